@@ -1,0 +1,7 @@
+#include "app/version.h"
+
+namespace kroveld {
+
+const char* VersionText() { return KROVELD_VERSION; }
+
+}  // namespace kroveld

@@ -1,0 +1,15 @@
+#include "engine/context.h"
+
+namespace kroveld {
+
+Context::Context(UiPort& ui_port, std::string folder)
+    : ui(ui_port), appFolder(std::move(folder)), lineProcessor(*this), sink(&null_sink_) {}
+
+std::string Context::AppFile(std::string_view name) const {
+  std::string path = appFolder;
+  if (!path.empty() && path.back() != '/' && path.back() != '\\') path += '/';
+  path += name;
+  return path;
+}
+
+}  // namespace kroveld

@@ -1,0 +1,60 @@
+// The one context of a run: what the system treats as process-wide (conversion options, line
+// processor, current recipe with its export specification, output sink, run state, application
+// folder) lives here, created at start-up and handed down by reference. Tests make one per case.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "engine/conversion_options.h"
+#include "engine/line_processor.h"
+#include "engine/output_sink.h"
+#include "engine/recipe.h"
+#include "util/ui_port.h"
+
+namespace kroveld {
+
+struct RunState {
+  bool commandLineMode = false;
+  bool running = false;
+  std::atomic<bool> stopRequested{false};
+  bool listBeingFilled = false;
+  std::uint64_t jobStartTick = 0;
+};
+
+class Context {
+ public:
+  Context(UiPort& ui, std::string appFolder);
+  Context(const Context&) = delete;
+  Context& operator=(const Context&) = delete;
+
+  UiPort& ui;
+  std::string appFolder;  // without a trailing separator
+  clsConversionOptions options;
+  RunState run;
+  clsRecipe recipe;
+  clsLineProcessor lineProcessor;
+  // Where sections write; never null (a NullSink when no output is open).
+  OutputSink* sink;
+
+  // Job state of the conversion under way.
+  int tabSize = 8;              // global tab size; 0 or less switches expansion off
+  std::string currentInput;     // the report being converted (input file 1 of the recipe)
+  std::string currentOutput;
+  std::string currentRecipe;
+  std::string periodLabel = "1";  // "first" or "first-last" for sheet names
+  std::string statusPrefix;       // shown before " row k of n" while a table runs
+  // The main window's recipe text, quoted by the "Recipe file ... does not exist!" message; in
+  // command-line mode the recipe path of the options.
+  std::string recipeBoxText;
+
+  // Application-folder files.
+  std::string AppFile(std::string_view name) const;  // appFolder + "/" + name
+
+ private:
+  NullSink null_sink_;
+};
+
+}  // namespace kroveld

@@ -1,0 +1,39 @@
+// What sections do to the output: set and get cells, rename sheets, set the standard font, clear
+// sheet 1, and append CSV rows. CSV output writes rows straight to its file and drops cell writes;
+// workbook output keeps an in-memory workbook and drops CSV rows.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kroveld {
+
+class OutputSink {
+ public:
+  virtual ~OutputSink() = default;
+
+  // Sheets are 1-based; rows and columns are 1-based. The value is text as the section computed
+  // it; a workbook sink decides how the spreadsheet stores it (number or text).
+  virtual void SetCell(int sheet, int row, int column, std::string_view value) = 0;
+  // The cell's value as text ("" when empty). Numbers come back in plain form.
+  virtual std::string GetCell(int sheet, int row, int column) = 0;
+  virtual void RenameSheet(int sheet, std::string_view name) = 0;
+  virtual void SetStandardFont(std::string_view font) = 0;
+  // Empties sheet 1's used range.
+  virtual void ClearOutput() = 0;
+  // Appends one CSV row (the line end is added by the sink).
+  virtual void WriteCsvRow(std::string_view row) = 0;
+};
+
+// A sink that accepts and drops everything: used when a pass runs without an output.
+class NullSink final : public OutputSink {
+ public:
+  void SetCell(int, int, int, std::string_view) override {}
+  std::string GetCell(int, int, int) override { return {}; }
+  void RenameSheet(int, std::string_view) override {}
+  void SetStandardFont(std::string_view) override {}
+  void ClearOutput() override {}
+  void WriteCsvRow(std::string_view) override {}
+};
+
+}  // namespace kroveld

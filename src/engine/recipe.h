@@ -1,0 +1,54 @@
+// A recipe (.rcp): the output name and options, up to twelve input files (periods) with the range
+// taking part, and the export specification (.krs) it names, which the recipe owns once loaded.
+#pragma once
+
+#include <array>
+#include <string>
+
+#include "engine/export_specs.h"
+#include "util/ui_port.h"
+
+namespace kroveld {
+
+class Context;
+
+class clsRecipe {
+ public:
+  static constexpr int kInputSlots = 12;
+
+  std::string OutputFileTitle;
+  std::string OutputFileName;
+  int InputFileFirst = 1;
+  int InputFileLast = 1;
+  std::string ExportSpecFileName;
+  std::string WriteDataFormat;  // "NearestCent", "NearestDollar" or ""
+  std::string Sheet1Name;
+  std::string Sheet2Name;
+  std::array<std::string, kInputSlots> InputFileTitles;  // index 0 is input file 1
+  std::array<std::string, kInputSlots> InputFileNames;
+  clsExportSpecs ExportSpecs;
+  // The path the recipe was loaded from; relative names inside it are taken from its folder.
+  std::string Path;
+
+  // Loads a long-form recipe and its export specification, with the system's messages.
+  void LoadFromFile(UiPort& ui, const std::string& path);
+  // Loads a short-format recipe: resets the fields, converts it to the application folder's
+  // "_ExportSpecs.krs" from the job's current input and names that file as the export
+  // specification (the caller reads it).
+  void LoadFromFileShort(Context& ctx, const std::string& path);
+  // Writes the recipe and asks the export specification to write itself. False on failure.
+  bool SaveToFile(UiPort& ui, const std::string& path) const;
+  void Reset();
+
+  // Input file n (1..12) as stored, and as a path usable on disk (relative names resolved
+  // against the recipe's folder). Out of range gives "".
+  const std::string& InputFileName(int n) const;
+  std::string InputFilePath(int n) const;
+  std::string ExportSpecPath() const;
+};
+
+// Resolves `name` against the folder of `owner` when it is relative (neither '/' nor '\' first,
+// no drive letter); otherwise returns it unchanged. An empty name stays empty.
+std::string ResolveRelativeTo(const std::string& owner, const std::string& name);
+
+}  // namespace kroveld

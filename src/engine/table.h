@@ -1,0 +1,40 @@
+// A table section: a block of consecutive input lines, found between a top and a bottom key text
+// (each moved by a signed line offset), copied one line per row into sheet 1 (or one CSV row per
+// line), each line cut into fields by its column fields. Process moves sheet 1's write pointer
+// below the rows written and records the first and last row for consolidation.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "engine/column.h"
+#include "util/private_profile.h"
+#include "util/text_file.h"
+#include "util/ui_port.h"
+
+namespace kroveld {
+
+class Context;
+
+class clsTable {
+ public:
+  int FirstRowWritten = 0;
+  int LastRowWritten = 0;
+  std::string ReadStartLine;
+  int ReadStartLineOffset = 0;
+  std::string ReadEndLine;
+  int ReadEndLineOffset = 0;
+  int TotalColumns = 0;
+  std::vector<clsColumn> Columns;
+
+  // Opens the file, reads section "Table n" and its columns, closes it. False after a message.
+  bool ReadFromFile(UiPort& ui, const std::string& path, int number);
+  bool ReadFromFileSequentially(UiPort& ui, TextFile& file, int number);
+  void WriteToFile(PrivateProfile& file, int number) const;
+  std::string PropertyPrint() const;
+
+  // Runs the section. csvFile > 0: rows go to the CSV output; otherwise to sheet 1.
+  void Process(Context& ctx, int csvFile);
+};
+
+}  // namespace kroveld

@@ -1,0 +1,91 @@
+// The in-memory workbook the sink writes into and the codecs save and load: numbered sheets with
+// names, 1-based cells holding text or a number with a number format, and the standard font.
+// Compact: a cell takes 16 bytes in its row; texts live in one arena per sheet.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kroveld {
+
+enum class CellType : std::uint8_t { kEmpty, kNumber, kText };
+
+// Number formats a cell can carry. kGeneral shows the number as it is.
+enum class NumberFormat : std::uint8_t {
+  kGeneral,
+  kInteger,        // "0"
+  kDecimal2,       // "0.00"
+  kGroupedInteger, // "#,##0"
+  kGroupedDecimal2 // "#,##0.00"
+};
+std::string_view NumberFormatCode(NumberFormat f);
+
+struct CellView {
+  CellType type = CellType::kEmpty;
+  double number = 0;
+  NumberFormat format = NumberFormat::kGeneral;
+  std::string_view text;
+};
+
+class Sheet {
+ public:
+  explicit Sheet(std::string name) : name_(std::move(name)) {}
+
+  const std::string& Name() const { return name_; }
+  void SetName(std::string name) { name_ = std::move(name); }
+
+  void SetText(int row, int column, std::string_view text);
+  void SetNumber(int row, int column, double value, NumberFormat format = NumberFormat::kGeneral);
+  void ClearCell(int row, int column);
+  CellView Get(int row, int column) const;
+  // Empties every cell.
+  void Clear();
+
+  // Highest row and column holding a cell (0 when the sheet is empty).
+  int MaxRow() const { return static_cast<int>(rows_.size()); }
+  int MaxColumn() const { return max_column_; }
+  std::size_t CellCount() const;
+  // Cells of a row in column order (row 1-based); empty cells are skipped by callers.
+  int RowLength(int row) const;
+
+ private:
+  struct Cell {
+    CellType type = CellType::kEmpty;
+    NumberFormat format = NumberFormat::kGeneral;
+    std::uint32_t length = 0;
+    union {
+      double number;
+      std::uint64_t offset;
+    };
+    Cell() : offset(0) {}
+  };
+  Cell* Slot(int row, int column);
+
+  std::string name_;
+  std::vector<std::vector<Cell>> rows_;
+  std::string arena_;
+  int max_column_ = 0;
+};
+
+class Workbook {
+ public:
+  // A new workbook has two sheets, "Sheet1" and "Sheet2", and the font "Calibri".
+  Workbook();
+
+  int SheetCount() const { return static_cast<int>(sheets_.size()); }
+  // Sheet n (1-based); sheets are added as needed so that n exists.
+  Sheet& GetSheet(int n);
+  const Sheet& GetSheet(int n) const { return sheets_.at(n - 1); }
+  void AddSheet(std::string name) { sheets_.emplace_back(std::move(name)); }
+
+  const std::string& StandardFont() const { return font_; }
+  void SetStandardFont(std::string font) { font_ = std::move(font); }
+
+ private:
+  std::vector<Sheet> sheets_;
+  std::string font_ = "Calibri";
+};
+
+}  // namespace kroveld

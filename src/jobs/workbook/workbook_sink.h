@@ -1,0 +1,45 @@
+// Workbook output: an in-memory workbook filled by the sections and saved with the codec the file
+// name chooses (a name ending in ".xls" gets BIFF8, every other workbook name OOXML). An existing
+// output is read in first so cells this run does not write keep their values. Text handed to a
+// cell is typed the way a spreadsheet types what is typed into it: numeric text becomes a number
+// with a matching format, leading-zero codes stay text, "=" is never a formula.
+#pragma once
+
+#include <string>
+
+#include "engine/output_sink.h"
+#include "jobs/workbook/workbook.h"
+#include "util/ui_port.h"
+
+namespace kroveld {
+
+class WorkbookSink final : public OutputSink {
+ public:
+  // True when the workbook at `path` is open in a spreadsheet program right now, seen by its lock
+  // file beside it (".~lock.NAME#" of LibreOffice, "~$NAME" of Excel).
+  static bool IsOpenInSpreadsheetApp(const std::string& path);
+
+  // Reads the existing workbook at `path`, or starts a new one with two sheets when it is missing
+  // or cannot be read (a corrupt file is then kept as NAME.bak when the new one is saved).
+  void Open(const std::string& path, bool show);
+  // Saves with the codec of the name, atomically. False with Error() (path and reason).
+  bool Save();
+  void Close();
+  const std::string& Error() const { return error_; }
+  Workbook& Model() { return book_; }
+
+  void SetCell(int sheet, int row, int column, std::string_view value) override;
+  std::string GetCell(int sheet, int row, int column) override;
+  void RenameSheet(int sheet, std::string_view name) override;
+  void SetStandardFont(std::string_view font) override;
+  void ClearOutput() override;
+  void WriteCsvRow(std::string_view) override {}
+
+ private:
+  Workbook book_;
+  std::string path_;
+  std::string error_;
+  bool keep_backup_ = false;
+};
+
+}  // namespace kroveld

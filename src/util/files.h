@@ -1,0 +1,84 @@
+// File and folder helpers. Paths are kept as typed; both '\' and '/' count as separators, and a
+// path is turned into the native form (every '\' becomes '/') only where it meets the file system.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kroveld {
+
+bool IsSeparator(char c);
+// The path as the file system wants it: every '\' becomes '/'.
+std::string NativePath(std::string_view path);
+
+// True when a regular file (or anything that is not a folder) exists at the trimmed path; false
+// for an empty path and on any error.
+bool FileExists(std::string_view path);
+bool FolderExists(std::string_view path);
+// True when the folder lists anything (files or folders).
+bool FolderHasEntries(std::string_view path);
+
+// The text up to and including the last separator, or "" when there is none.
+std::string FolderOfPath(std::string_view path);
+// Removes one trailing separator from a non-empty path.
+std::string StripTrailingBackslash(std::string_view path);
+// Parent folder name: the path without its last component and without a trailing separator.
+std::string ParentFolderName(std::string_view path);
+// The last component without its extension ("x.txt" -> "x").
+std::string BaseName(std::string_view path);
+// The text after the last point of the last component, or "".
+std::string ExtensionName(std::string_view path);
+// The last component.
+std::string FileName(std::string_view path);
+
+// Creates the folder and every missing folder above it. False with `error` on failure.
+bool CreateFolderTree(std::string_view path, std::string* error = nullptr);
+bool DeleteFile(std::string_view path);
+// True when the file contains the byte `c` (read in large blocks).
+bool FileContainsByte(std::string_view path, char c);
+
+// Names of the files and of the subfolders of a folder, each sorted by name (byte order).
+struct FolderListing {
+  std::vector<std::string> files;
+  std::vector<std::string> folders;
+};
+bool ListFolder(std::string_view path, FolderListing& out);
+
+// Writes a file completely or not at all: the data goes to a temporary file in the same folder,
+// which is renamed over the target on Commit(). Destroying an uncommitted AtomicFile removes the
+// temporary file and leaves the target as it was.
+class AtomicFile {
+ public:
+  AtomicFile() = default;
+  ~AtomicFile();
+  AtomicFile(const AtomicFile&) = delete;
+  AtomicFile& operator=(const AtomicFile&) = delete;
+
+  // Creates the temporary file beside `target`. False with Error() (path and reason) on failure.
+  bool Open(std::string_view target);
+  // Buffered append; errors are remembered and reported by Commit().
+  void Write(std::string_view data);
+  // Flushes, closes and renames over the target. False with Error() on any failure.
+  bool Commit();
+  // Drops the temporary file.
+  void Abort();
+  bool IsOpen() const { return fd_ >= 0; }
+  const std::string& Error() const { return error_; }
+  const std::string& Target() const { return target_; }
+
+ private:
+  void Flush();
+
+  int fd_ = -1;
+  std::string target_;
+  std::string temp_;
+  std::string buffer_;
+  std::string error_;
+  bool failed_ = false;
+};
+
+// Text of errno for messages.
+std::string LastErrorText();
+
+}  // namespace kroveld

@@ -1,0 +1,55 @@
+// The user-interface port: every message box, question, status text, caption change, beep and
+// "yield to the user interface" of the core goes through this one interface. The Qt window, the
+// console front end and the recording port of the tests implement it. The core never prints.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kroveld {
+
+// The icon of a message box; it also tells the console front end how to prefix the line.
+enum class Icon { None, Critical, Question, Exclamation, Information };
+
+class UiPort {
+ public:
+  virtual ~UiPort() = default;
+
+  // A modal message box. An empty title means the application's default title.
+  virtual void Message(std::string_view text, Icon icon = Icon::None, std::string_view title = {}) = 0;
+  // An informational note that is not a failure (the tab-characters note): shown like a message
+  // with the information icon, but a front end does not count it against the run's exit status.
+  virtual void Note(std::string_view text) { Message(text, Icon::Information); }
+  // A Yes/No question; true means Yes.
+  virtual bool AskYesNo(std::string_view text, Icon icon = Icon::Question,
+                        std::string_view title = {}) = 0;
+  // Status-bar panel text (panels 1..3 of the main frame; 2 is the elapsed time, 3 the file and row).
+  virtual void Status(int panel, std::string_view text) = 0;
+  // The main frame's caption: read so it can be put back, and replaced.
+  virtual std::string Caption() const = 0;
+  virtual void SetCaption(std::string_view text) = 0;
+  virtual void Beep() = 0;
+  // Let the user interface process pending events (the place where a Pause press is seen).
+  virtual void ProcessEvents() = 0;
+
+  // Cheap throttle for per-row status and event processing: true at most about 30 times a second.
+  // Callers on hot paths do `if (ui.Due()) { ui.ProcessEvents(); ui.Status(...); }`.
+  bool Due() {
+    if ((++calls_ & 255u) != 1u && !always_due_) return false;
+    const auto now = std::chrono::steady_clock::now();
+    if (!always_due_ && now - last_due_ < std::chrono::milliseconds(33)) return false;
+    last_due_ = now;
+    return true;
+  }
+  // Tests that want to see every status text switch the throttle off.
+  void SetAlwaysDue(bool on) { always_due_ = on; }
+
+ private:
+  std::uint32_t calls_ = 0;
+  bool always_due_ = false;
+  std::chrono::steady_clock::time_point last_due_{};
+};
+
+}  // namespace kroveld

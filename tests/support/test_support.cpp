@@ -1,0 +1,117 @@
+#include "support/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "support/recording_port.h"
+
+namespace fs = std::filesystem;
+
+namespace kroveld::testing {
+
+TempDir::TempDir() {
+  std::string templ = (fs::temp_directory_path() / "kroveld-test-XXXXXX").string();
+  char* made = mkdtemp(templ.data());
+  if (made == nullptr) throw std::runtime_error("mkdtemp failed");
+  path_ = made;
+}
+
+TempDir::~TempDir() {
+  std::error_code ec;
+  fs::permissions(path_, fs::perms::owner_all, fs::perm_options::add, ec);
+  fs::remove_all(path_, ec);
+}
+
+std::string TempDir::File(std::string_view name) const { return path_ + "/" + std::string(name); }
+
+std::string TempDir::Write(std::string_view name, std::string_view content) const {
+  std::string full = File(name);
+  fs::create_directories(fs::path(full).parent_path());
+  WriteFile(full, content);
+  return full;
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream out;
+  out << in.rdbuf();
+  return out.str();
+}
+
+void WriteFile(const std::string& path, std::string_view content) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out.write(content.data(), static_cast<std::streamsize>(content.size()));
+}
+
+std::string CrLf(std::initializer_list<std::string_view> lines) {
+  std::string s;
+  for (auto l : lines) {
+    s += l;
+    s += "\r\n";
+  }
+  return s;
+}
+
+std::string DataFile(std::string_view name) { return std::string(KROVELD_TEST_DATA) + "/" + std::string(name); }
+
+// ---- RecordingPort ----
+
+RecordingPort::~RecordingPort() {
+  for (const auto& [text, answer] : script_) {
+    ADD_FAILURE() << "expected question was never asked: " << text;
+  }
+}
+
+void RecordingPort::Message(std::string_view text, Icon icon, std::string_view title) {
+  messages.push_back({std::string(text), icon, std::string(title), false});
+}
+
+void RecordingPort::Note(std::string_view text) {
+  messages.push_back({std::string(text), Icon::Information, {}, true});
+}
+
+bool RecordingPort::AskYesNo(std::string_view text, Icon, std::string_view) {
+  questions.emplace_back(text);
+  if (script_.empty()) {
+    ADD_FAILURE() << "unexpected question: " << text;
+    return false;
+  }
+  auto [expected, answer] = script_.front();
+  script_.pop_front();
+  EXPECT_EQ(expected, text) << "a different question was asked";
+  return answer;
+}
+
+void RecordingPort::Status(int panel, std::string_view text) { statuses.emplace_back(panel, std::string(text)); }
+
+void RecordingPort::SetCaption(std::string_view text) {
+  caption_ = std::string(text);
+  captions.push_back(caption_);
+}
+
+void RecordingPort::ProcessEvents() {
+  ++events;
+  if (onProcessEvents) onProcessEvents();
+}
+
+void RecordingPort::ExpectQuestion(std::string text, bool answer) { script_.emplace_back(std::move(text), answer); }
+
+std::vector<std::string> RecordingPort::Texts() const {
+  std::vector<std::string> out;
+  for (const auto& m : messages) out.push_back(m.text);
+  return out;
+}
+
+void RecordingPort::Clear() {
+  messages.clear();
+  questions.clear();
+  statuses.clear();
+  captions.clear();
+  beeps = 0;
+}
+
+}  // namespace kroveld::testing

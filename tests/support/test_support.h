@@ -1,0 +1,34 @@
+// Shared helpers of the tests: a temporary folder removed at the end of the test, and reading and
+// writing whole files byte for byte.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kroveld::testing {
+
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+
+  const std::string& path() const { return path_; }
+  // path() + "/" + name
+  std::string File(std::string_view name) const;
+  // Writes `content` byte for byte to path()/name (creating folders) and returns the full path.
+  std::string Write(std::string_view name, std::string_view content) const;
+
+ private:
+  std::string path_;
+};
+
+std::string ReadFile(const std::string& path);
+void WriteFile(const std::string& path, std::string_view content);
+// Joins lines with CR LF after each.
+std::string CrLf(std::initializer_list<std::string_view> lines);
+// Path of a file in tests/data.
+std::string DataFile(std::string_view name);
+
+}  // namespace kroveld::testing
