@@ -44,6 +44,13 @@ class clsColumn {
   // The field value for the current row, after the equal-sign warning.
   std::string_view Value(Context& ctx);
   int write_column_number_ = 0;  // cached column number of WriteColumn (0: not yet worked out)
+  // The operator code and column number are worked out again only when the texts they came from
+  // change; an unknown operator is still reported for every field.
+  std::string cached_operator_;
+  int operator_code_ = 0;
+  bool operator_cached_ = false;
+  bool operator_unknown_ = false;
+  std::string cached_write_column_;
 };
 
 }  // namespace kroveld

@@ -1,10 +1,94 @@
-// PLACEHOLDER: replaced by the extraction work.
+// Writing a column field: its value for the current row into sheet 1, or quoted into a CSV row.
+// The operator code and the column number are cached per column so that a row costs no string
+// work beyond the field itself.
+#include <cstring>
+
 #include "engine/column.h"
 #include "engine/context.h"
+#include "util/column_letters.h"
+#include "util/strings.h"
+
 namespace kroveld {
-void clsColumn::Process(Context&, int) {}
-void clsColumn::AppendCsvValue(Context&, std::string&) {}
-std::string clsColumn::GetCsvValue(Context&) { return {}; }
-int clsColumn::OperatorCode(UiPort&, std::string&) { return 0; }
-std::string_view clsColumn::Value(Context&) { return {}; }
+
+namespace {
+
+void ReportUnknownOperator(UiPort& ui, std::string_view op) {
+  std::string text = "Unrecognized operator: ";
+  text += op;
+  text += " in clsColumn.OperatorCode!";
+  ui.Message(text, Icon::Critical);
+}
+
+bool IsKnownOperator(std::string_view op) {
+  return op.empty() || op == "SUM" || op == "FIRST" || op == "LAST" || op == "AVG";
+}
+
+}  // namespace
+
+int clsColumn::OperatorCode(UiPort& ui, std::string& op) {
+  op = UpperAscii(Trim(op));
+  if (op == "SUM") return kOpSum;
+  if (op == "FIRST") return kOpFirst;
+  if (op.empty() || op == "LAST") return kOpLast;
+  if (op == "AVG") return kOpLast;  // the average is not reachable through a name
+  ReportUnknownOperator(ui, op);
+  return kOpLast;
+}
+
+std::string_view clsColumn::Value(Context& ctx) {
+  UiPort& ui = ctx.ui;
+  if (!operator_cached_ || PeriodOperator != cached_operator_) {
+    operator_code_ = OperatorCode(ui, PeriodOperator);
+    operator_unknown_ = !IsKnownOperator(PeriodOperator);
+    cached_operator_ = PeriodOperator;
+    operator_cached_ = true;
+  } else if (operator_unknown_) {
+    ReportUnknownOperator(ui, PeriodOperator);  // reported for every field, as when worked out
+  }
+
+  const std::string_view value =
+      ctx.lineProcessor.ProcessField(operator_code_, ReadColumnStart, ReadColumnEnd);
+  const std::string_view trimmed = TrimLeft(value);
+  if (!trimmed.empty() && trimmed.front() == '=') {
+    ui.Beep();
+    ui.Message("Error: Source Data field begin with Equal Sign! This may not be accepted by Excel!",
+               Icon::Critical);
+  }
+  return value;
+}
+
+void clsColumn::Process(Context& ctx, int row) {
+  const std::string_view value = Value(ctx);
+  if (write_column_number_ == 0 || WriteColumn != cached_write_column_) {
+    const int number = AlphaToNum2(ctx.ui, WriteColumn);
+    write_column_number_ = number > 0 ? number : -1;  // -1: reported once, nothing written
+    cached_write_column_ = WriteColumn;
+  }
+  if (write_column_number_ < 1) return;
+  ctx.sink->SetCell(1, row, write_column_number_, value);
+}
+
+void clsColumn::AppendCsvValue(Context& ctx, std::string& out) {
+  const std::string_view value = Value(ctx);
+  if (value.find_first_of("\",") == std::string_view::npos) {
+    out.append(value);
+    return;
+  }
+  out.push_back('"');
+  std::string_view rest = value;
+  for (std::size_t quote; (quote = rest.find('"')) != std::string_view::npos;) {
+    out.append(rest.substr(0, quote + 1));
+    out.push_back('"');
+    rest.remove_prefix(quote + 1);
+  }
+  out.append(rest);
+  out.push_back('"');
+}
+
+std::string clsColumn::GetCsvValue(Context& ctx) {
+  std::string out;
+  AppendCsvValue(ctx, out);
+  return out;
+}
+
 }  // namespace kroveld

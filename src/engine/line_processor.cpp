@@ -1,12 +1,202 @@
-// PLACEHOLDER: replaced by the extraction work.
+// The row buffer and the field cutter. Slot 1 is the hot path of every table: it is refilled in
+// place (its capacity is kept), and fields are handed out as views into the slots, so cutting a
+// field costs no allocation. Sums and averages are built in one reused result buffer.
 #include "engine/line_processor.h"
+
+#include <cstring>
+
 #include "engine/context.h"
+#include "util/collections.h"
+#include "util/files.h"
+#include "util/lines_io.h"
+#include "util/numbers.h"
+#include "util/strings.h"
+
 namespace kroveld {
+
+namespace {
+
+// Line numbers and file numbers pass through a 16-bit counter when a file is read.
+constexpr long long kMaxShortCounter = 32767;
+
+// Columns first..first+width-1 (1-based) of `line`, clipped to the line.
+std::string_view Cut(std::string_view line, long long first, long long width) {
+  long long from = first - 1;
+  long long to = from + width;  // one past the last position
+  if (from < 0) from = 0;
+  if (to > static_cast<long long>(line.size())) to = static_cast<long long>(line.size());
+  if (from >= to) return {};
+  return line.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(to - from));
+}
+
+}  // namespace
+
 clsLineProcessor::clsLineProcessor(Context& ctx) : ctx_(ctx), rows_(kSlots) {}
-void clsLineProcessor::ReadRowPeriod1Only(TextFile*, int) {}
-bool clsLineProcessor::ReadRow(long long, int) { return false; }
-std::string_view clsLineProcessor::ProcessField(int, int, int) { return {}; }
-void clsLineProcessor::SetSlot(int i, std::string_view text) { rows_[i - 1] = text; }
-std::string clsLineProcessor::get_text_line(const std::string&, long long) { return {}; }
-void clsLineProcessor::ResetRows() {}
+
+void clsLineProcessor::ResetRows() {
+  // Every slot back to the empty string; the slots keep their capacity for the next lines.
+  rows_.resize(kSlots);
+  for (auto& slot : rows_) slot.clear();
+}
+
+void clsLineProcessor::SetSlot(int i, std::string_view text) {
+  if (i < 1 || i > kSlots) {
+    CollectionItemSet(ctx_.ui, rows_, i, std::string(text));
+    return;
+  }
+  rows_[static_cast<std::size_t>(i - 1)].assign(text);
+}
+
+void clsLineProcessor::ReadRowPeriod1Only(TextFile* file, int tabSize) {
+  if (file == nullptr) return;
+  std::string_view line;
+  if (!file->ReadLine(line)) line = {};  // past the end of the file a line reads as empty
+
+  std::string& slot = rows_[0];
+  // The blank goes on before the tabs are expanded (a field ending at the line's last character
+  // then still sees a trailing blank); an empty line stays empty.
+  const bool addBlank = !line.empty() && line.back() != ' ';
+  if (tabSize > 0 && std::memchr(line.data(), '\t', line.size()) != nullptr) {
+    raw_.assign(line);
+    if (addBlank) raw_.push_back(' ');
+    ExpandTabs(raw_, tabSize, slot);
+    return;
+  }
+  slot.assign(line);
+  if (addBlank) slot.push_back(' ');
+}
+
+bool clsLineProcessor::ReadRow(long long lineNumber, int tabSize) {
+  UiPort& ui = ctx_.ui;
+  if (lineNumber < 1) {
+    ui.Message(" invalid Row number in clsLineProcessor.ReadRow!", Icon::Critical);
+    return true;
+  }
+  const clsRecipe& recipe = ctx_.recipe;
+  const int first = recipe.InputFileFirst;
+  const int last = recipe.InputFileLast;
+  if (lineNumber > kMaxShortCounter) {
+    std::string text = "Overflow: line number ";
+    AppendInt(text, lineNumber);
+    text += " is above 32767 in clsLineProcessor.ReadRow!";
+    ui.Message(text, Icon::Critical);
+    return false;
+  }
+  if (first <= last && last > kMaxShortCounter) {
+    std::string text = "Overflow: input file number ";
+    AppendInt(text, last);
+    text += " is above 32767 in clsLineProcessor.ReadRow!";
+    ui.Message(text, Icon::Critical);
+    return false;
+  }
+
+  ResetRows();
+  for (int i = first; i <= last; ++i) {
+    if (i < 1 || i > kSlots) {
+      // The recipe holds input files 1 to 12 only: any other slot is refused with the list
+      // helper's own message and the loop goes on.
+      CollectionItemSet(ui, rows_, i, std::string());
+      continue;
+    }
+    std::string name = recipe.InputFilePath(i);
+    if (!FileExists(name)) {
+      ui.Message("Text File: " + name + " does not exist in ReadRow!", Icon::Exclamation);
+      continue;  // the slot stays empty
+    }
+    std::string text = get_text_line(name, lineNumber);
+    if (tabSize > 0) text = ExpandTabs(text, tabSize);
+    CollectionItemSet(ui, rows_, i, std::move(text));
+  }
+  return true;
+}
+
+std::string clsLineProcessor::get_text_line(const std::string& fileName, long long lineNumber) {
+  if (lineNumber < 1) {
+    ctx_.ui.Message(" invalid line number in clsLineProcessor.get_text_line!", Icon::Critical);
+    return {};
+  }
+  std::vector<std::string> lines(1);
+  file_read(ctx_.ui, lines, fileName, lineNumber, 1);
+  return std::move(lines[0]);
+}
+
+std::string_view clsLineProcessor::ProcessField(int code, int firstColumn, int lastColumn) {
+  const long long width = static_cast<long long>(lastColumn) - firstColumn + 1;
+  if (width < 1) return {};
+
+  const int first = ctx_.recipe.InputFileFirst;
+  const int last = ctx_.recipe.InputFileLast;
+  auto slot = [this](int i) -> std::string_view {
+    if (i < 1 || i > kSlots) return {};
+    return rows_[static_cast<std::size_t>(i - 1)];
+  };
+
+  switch (code) {
+    case 0:
+      return Cut(slot(last), firstColumn, width);
+    case 1:
+      return Cut(slot(first), firstColumn, width);
+    case 2:
+    case 3:
+      break;
+    default:
+      ctx_.ui.Message("Invalid operator in ProcessField!", Icon::None);
+      return {};
+  }
+
+  Fixed4 sum;
+  long long count = 0;
+  bool allNumeric = true;
+  std::string_view nonNumeric;
+  for (long long i = first; i <= last; ++i) {
+    const std::string_view piece = Cut(slot(static_cast<int>(i)), firstColumn, width);
+    Fixed4 value;
+    const NumberParse parsed = ParseFixed(piece, value);
+    if (parsed == NumberParse::kNotNumeric) {
+      allNumeric = false;
+      nonNumeric = piece;  // a later non-numeric piece replaces an earlier one
+      continue;
+    }
+    if (parsed == NumberParse::kOverflow || !AddFixed(sum, value, sum)) {
+      ctx_.ui.Message("Overflow: the sum of columns " + ToText(firstColumn) + " to " +
+                          ToText(lastColumn) + " is out of range in clsLineProcessor.ProcessField!",
+                      Icon::Critical);
+      return {};
+    }
+    ++count;
+  }
+  if (!allNumeric) return nonNumeric;
+
+  Fixed4 number = sum;
+  if (code == 3) {
+    if (count == 0) {
+      ctx_.ui.Message("Division by zero: no input file in the range " + ToText(first) + " to " +
+                          ToText(last) + " for the average in clsLineProcessor.ProcessField!",
+                      Icon::Critical);
+      return {};
+    }
+    const double average =
+        static_cast<double>(sum.raw) / Fixed4::kScale / static_cast<double>(count);
+    const std::string& format = ctx_.recipe.WriteDataFormat;
+    if (format != "NearestDollar" && format != "NearestCent") {
+      result_ = FormatPlainDouble(average);
+      return result_;
+    }
+    // Formatting rounds to at most two decimals: the quotient in fixed point is exact enough.
+    const double scaled = average * Fixed4::kScale;
+    number.raw = static_cast<std::int64_t>(scaled < 0 ? scaled - 0.5 : scaled + 0.5);
+  }
+
+  result_.clear();
+  const std::string& format = ctx_.recipe.WriteDataFormat;
+  if (format == "NearestDollar") {
+    AppendGrouped(result_, number, 0);
+  } else if (format == "NearestCent") {
+    AppendGrouped(result_, number, 2);
+  } else {
+    AppendPlain(result_, number);
+  }
+  return result_;
+}
+
 }  // namespace kroveld
