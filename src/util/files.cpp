@@ -1,0 +1,318 @@
+// File and folder helpers, and the all-or-nothing file writer.
+#include "util/files.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "util/strings.h"
+
+namespace kroveld {
+
+namespace {
+
+constexpr std::size_t kWriteBuffer = 1u << 20;
+
+std::size_t LastSeparator(std::string_view path) {
+  for (std::size_t i = path.size(); i > 0; --i) {
+    if (IsSeparator(path[i - 1])) return i - 1;
+  }
+  return std::string_view::npos;
+}
+
+bool StatPath(std::string_view path, struct stat& st) {
+  if (path.empty()) return false;
+  const std::string native = NativePath(path);
+  return ::stat(native.c_str(), &st) == 0;
+}
+
+}  // namespace
+
+bool IsSeparator(char c) {
+  return c == '\\' || c == '/';
+}
+
+std::string NativePath(std::string_view path) {
+  std::string out(path);
+  std::replace(out.begin(), out.end(), '\\', '/');
+  return out;
+}
+
+std::string LastErrorText() {
+  return std::strerror(errno);
+}
+
+bool FileExists(std::string_view path) {
+  const std::string_view trimmed = Trim(path);
+  struct stat st {};
+  if (!StatPath(trimmed, st)) return false;
+  return !S_ISDIR(st.st_mode);
+}
+
+bool FolderExists(std::string_view path) {
+  const std::string_view trimmed = Trim(path);
+  struct stat st {};
+  if (!StatPath(trimmed, st)) return false;
+  return S_ISDIR(st.st_mode);
+}
+
+bool FolderHasEntries(std::string_view path) {
+  if (path.empty()) return false;
+  const std::string native = NativePath(path);
+  DIR* dir = ::opendir(native.c_str());
+  if (dir == nullptr) return false;
+  bool any = false;
+  while (dirent* e = ::readdir(dir)) {
+    if (std::strcmp(e->d_name, ".") == 0 || std::strcmp(e->d_name, "..") == 0) continue;
+    any = true;
+    break;
+  }
+  ::closedir(dir);
+  return any;
+}
+
+std::string FolderOfPath(std::string_view path) {
+  const std::size_t p = LastSeparator(path);
+  if (p == std::string_view::npos) return {};
+  return std::string(path.substr(0, p + 1));
+}
+
+std::string StripTrailingBackslash(std::string_view path) {
+  if (!path.empty() && IsSeparator(path.back())) path.remove_suffix(1);
+  return std::string(path);
+}
+
+std::string ParentFolderName(std::string_view path) {
+  // A trailing separator does not make an extra component.
+  while (path.size() > 1 && IsSeparator(path.back())) path.remove_suffix(1);
+  const std::size_t p = LastSeparator(path);
+  if (p == std::string_view::npos) return {};
+  if (p == 0) return std::string(path.substr(0, 1));  // "/x" -> "/"
+  std::string_view parent = path.substr(0, p);
+  while (parent.size() > 1 && IsSeparator(parent.back())) parent.remove_suffix(1);
+  return std::string(parent);
+}
+
+std::string FileName(std::string_view path) {
+  const std::size_t p = LastSeparator(path);
+  if (p == std::string_view::npos) return std::string(path);
+  return std::string(path.substr(p + 1));
+}
+
+std::string BaseName(std::string_view path) {
+  std::string name = FileName(path);
+  const std::size_t dot = name.rfind('.');
+  if (dot != std::string::npos) name.resize(dot);
+  return name;
+}
+
+std::string ExtensionName(std::string_view path) {
+  std::string name = FileName(path);
+  const std::size_t dot = name.rfind('.');
+  if (dot == std::string::npos) return {};
+  return name.substr(dot + 1);
+}
+
+bool CreateFolderTree(std::string_view path, std::string* error) {
+  std::string native = NativePath(path);
+  while (native.size() > 1 && native.back() == '/') native.pop_back();
+  if (native.empty()) {
+    if (error) *error = "empty folder name";
+    return false;
+  }
+  // Walk the components from the top and make each missing one.
+  for (std::size_t i = 1; i <= native.size(); ++i) {
+    if (i != native.size() && native[i] != '/') continue;
+    const std::string part = native.substr(0, i);
+    struct stat st {};
+    if (::stat(part.c_str(), &st) == 0) {
+      if (!S_ISDIR(st.st_mode)) {
+        if (error) *error = part + ": " + std::strerror(ENOTDIR);
+        return false;
+      }
+      continue;
+    }
+    if (::mkdir(part.c_str(), 0777) != 0 && errno != EEXIST) {
+      if (error) *error = part + ": " + LastErrorText();
+      return false;
+    }
+  }
+  return true;
+}
+
+bool DeleteFile(std::string_view path) {
+  if (path.empty()) return false;
+  const std::string native = NativePath(path);
+  return ::unlink(native.c_str()) == 0;
+}
+
+bool FileContainsByte(std::string_view path, char c) {
+  const std::string native = NativePath(path);
+  const int fd = ::open(native.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return false;
+  std::string buf(kWriteBuffer, '\0');
+  bool found = false;
+  for (;;) {
+    const ssize_t n = ::read(fd, buf.data(), buf.size());
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) break;
+    if (std::memchr(buf.data(), c, static_cast<std::size_t>(n)) != nullptr) {
+      found = true;
+      break;
+    }
+  }
+  ::close(fd);
+  return found;
+}
+
+bool ListFolder(std::string_view path, FolderListing& out) {
+  out.files.clear();
+  out.folders.clear();
+  std::string native = NativePath(path);
+  if (native.empty()) return false;
+  DIR* dir = ::opendir(native.c_str());
+  if (dir == nullptr) return false;
+  if (native.back() != '/') native.push_back('/');
+  while (dirent* e = ::readdir(dir)) {
+    if (std::strcmp(e->d_name, ".") == 0 || std::strcmp(e->d_name, "..") == 0) continue;
+    bool is_dir = false;
+    if (e->d_type == DT_DIR) {
+      is_dir = true;
+    } else if (e->d_type == DT_UNKNOWN || e->d_type == DT_LNK) {
+      struct stat st {};
+      const std::string full = native + e->d_name;
+      is_dir = ::stat(full.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+    }
+    (is_dir ? out.folders : out.files).emplace_back(e->d_name);
+  }
+  ::closedir(dir);
+  std::sort(out.files.begin(), out.files.end());
+  std::sort(out.folders.begin(), out.folders.end());
+  return true;
+}
+
+// ---- AtomicFile ----
+
+AtomicFile::~AtomicFile() {
+  Abort();
+}
+
+bool AtomicFile::Open(std::string_view target) {
+  Abort();
+  error_.clear();
+  failed_ = false;
+  target_ = NativePath(target);
+  if (target_.empty()) {
+    error_ = "Cannot write file: no file name given";
+    return false;
+  }
+  const std::string folder = FolderOfPath(target_);
+  const std::string name = FileName(target_);
+  if (name.empty()) {
+    error_ = "Cannot write " + target_ + ": " + std::strerror(EISDIR);
+    return false;
+  }
+  temp_ = folder + "." + name + ".kroveld-XXXXXX";
+  fd_ = ::mkostemp(temp_.data(), O_CLOEXEC);
+  if (fd_ < 0) {
+    error_ = "Cannot write " + target_ + ": " + LastErrorText();
+    temp_.clear();
+    return false;
+  }
+  // Keep the permission bits of a file that is being replaced; a new file gets the usual ones.
+  struct stat st {};
+  mode_t mode;
+  if (::stat(target_.c_str(), &st) == 0) {
+    mode = st.st_mode & 07777;
+  } else {
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    mode = 0666 & ~mask;
+  }
+  ::fchmod(fd_, mode);
+  buffer_.clear();
+  buffer_.reserve(kWriteBuffer);
+  return true;
+}
+
+void AtomicFile::Write(std::string_view data) {
+  if (fd_ < 0 || failed_) return;
+  if (buffer_.size() + data.size() > kWriteBuffer) {
+    Flush();
+    if (data.size() >= kWriteBuffer) {
+      buffer_.assign(data);
+      Flush();
+      return;
+    }
+  }
+  buffer_.append(data);
+}
+
+void AtomicFile::Flush() {
+  if (fd_ < 0 || failed_) {
+    buffer_.clear();
+    return;
+  }
+  const char* p = buffer_.data();
+  std::size_t left = buffer_.size();
+  while (left > 0) {
+    const ssize_t n = ::write(fd_, p, left);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      failed_ = true;
+      error_ = "Cannot write " + target_ + ": " + LastErrorText();
+      break;
+    }
+    p += n;
+    left -= static_cast<std::size_t>(n);
+  }
+  buffer_.clear();
+}
+
+bool AtomicFile::Commit() {
+  if (fd_ < 0) {
+    if (error_.empty()) error_ = "Cannot write " + target_ + ": file is not open";
+    return false;
+  }
+  Flush();
+  if (!failed_ && ::fsync(fd_) != 0 && errno != EINVAL && errno != EROFS) {
+    failed_ = true;
+    error_ = "Cannot write " + target_ + ": " + LastErrorText();
+  }
+  if (::close(fd_) != 0 && !failed_) {
+    failed_ = true;
+    error_ = "Cannot write " + target_ + ": " + LastErrorText();
+  }
+  fd_ = -1;
+  if (!failed_ && ::rename(temp_.c_str(), target_.c_str()) != 0) {
+    failed_ = true;
+    error_ = "Cannot write " + target_ + ": " + LastErrorText();
+  }
+  if (failed_) {
+    ::unlink(temp_.c_str());
+    temp_.clear();
+    return false;
+  }
+  temp_.clear();
+  return true;
+}
+
+void AtomicFile::Abort() {
+  if (fd_ >= 0) {
+    ::close(fd_);
+    fd_ = -1;
+  }
+  if (!temp_.empty()) {
+    ::unlink(temp_.c_str());
+    temp_.clear();
+  }
+  buffer_.clear();
+}
+
+}  // namespace kroveld

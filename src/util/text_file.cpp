@@ -1,0 +1,191 @@
+// Buffered line reader: one large read buffer, lines handed out as views into it; only a line
+// longer than the buffer is assembled in a separate string.
+#include "util/text_file.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "util/files.h"
+
+namespace kroveld {
+
+namespace {
+constexpr std::size_t kBufferSize = 1u << 20;
+constexpr std::size_t kSmallBuffer = 4096;
+
+// Offset of the first CR or LF in [s, s + n), or n.
+inline std::size_t FindLineEnd(const char* s, std::size_t n) {
+  const void* lf = std::memchr(s, '\n', n);
+  const std::size_t limit = lf ? static_cast<std::size_t>(static_cast<const char*>(lf) - s) : n;
+  const void* cr = std::memchr(s, '\r', limit);
+  return cr ? static_cast<std::size_t>(static_cast<const char*>(cr) - s) : limit;
+}
+}  // namespace
+
+TextFile::~TextFile() {
+  Close();
+}
+
+bool TextFile::Open(const std::string& path) {
+  Close();
+  error_.clear();
+  const std::string native = NativePath(path);
+  if (native.empty()) {
+    error_ = "no file name given";
+    return false;
+  }
+  std::FILE* f = std::fopen(native.c_str(), "rb");
+  if (f == nullptr) {
+    error_ = path + ": " + LastErrorText();
+    return false;
+  }
+  struct stat st {};
+  if (::fstat(fileno(f), &st) != 0 || S_ISDIR(st.st_mode)) {
+    error_ = path + ": " + std::strerror(S_ISDIR(st.st_mode) ? EISDIR : errno);
+    std::fclose(f);
+    return false;
+  }
+  std::setvbuf(f, nullptr, _IONBF, 0);  // we buffer ourselves
+  file_ = f;
+  // Small files (recipes, opened once per key) get a buffer of their size; everything else the
+  // full megabyte. A file that grows while it is read is still read correctly.
+  std::size_t want = kBufferSize;
+  if (S_ISREG(st.st_mode) && st.st_size >= 0 &&
+      static_cast<unsigned long long>(st.st_size) < kBufferSize - 1) {
+    want = std::max<std::size_t>(static_cast<std::size_t>(st.st_size) + 1, kSmallBuffer);
+  }
+  if (buf_.size() != want) {
+    buf_.resize(want);
+    buf_.shrink_to_fit();
+  }
+  pos_ = end_ = 0;
+  eof_ = false;
+  pending_cr_ = false;
+  lines_read_ = 0;
+  long_line_.clear();
+  return true;
+}
+
+void TextFile::Close() {
+  if (file_ != nullptr) {
+    std::fclose(file_);
+    file_ = nullptr;
+  }
+  pos_ = end_ = 0;
+  eof_ = false;
+  pending_cr_ = false;
+}
+
+// Moves the unread bytes to the front and reads more behind them. True when bytes were added.
+bool TextFile::Fill() {
+  if (file_ == nullptr || eof_) return false;
+  if (pos_ > 0) {
+    const std::size_t rest = end_ - pos_;
+    if (rest > 0) std::memmove(buf_.data(), buf_.data() + pos_, rest);
+    pos_ = 0;
+    end_ = rest;
+  }
+  if (end_ >= buf_.size()) return false;
+  const std::size_t n = std::fread(buf_.data() + end_, 1, buf_.size() - end_, file_);
+  if (n == 0) {
+    if (std::ferror(file_)) error_ = LastErrorText();
+    eof_ = true;
+    return false;
+  }
+  end_ += n;
+  return true;
+}
+
+bool TextFile::ReadLine(std::string_view& line) {
+  if (file_ == nullptr) return false;
+  if (pending_cr_) {
+    // The previous line ended in a CR at the very end of a buffer fill: a LF that follows
+    // belongs to the same line end.
+    if (pos_ == end_) Fill();
+    if (pos_ < end_ && buf_[pos_] == '\n') ++pos_;
+    pending_cr_ = false;
+  }
+  bool in_long = false;
+  for (;;) {
+    if (pos_ == end_ && !Fill()) {
+      if (in_long) {
+        line = long_line_;
+        ++lines_read_;
+        return true;
+      }
+      return false;
+    }
+    const char* s = buf_.data() + pos_;
+    const std::size_t n = end_ - pos_;
+    const std::size_t k = FindLineEnd(s, n);
+    if (k < n) {
+      std::size_t next = pos_ + k + 1;
+      if (s[k] == '\r') {
+        if (next < end_) {
+          if (buf_[next] == '\n') ++next;
+        } else {
+          pending_cr_ = true;
+        }
+      }
+      if (in_long) {
+        long_line_.append(s, k);
+        line = long_line_;
+      } else {
+        line = std::string_view(s, k);
+      }
+      pos_ = next;
+      ++lines_read_;
+      return true;
+    }
+    // No line end in what is buffered.
+    if (!in_long && (pos_ > 0 || end_ < buf_.size())) {
+      if (Fill()) continue;
+      // End of file: the rest is the last line, without a line end.
+      line = std::string_view(buf_.data() + pos_, end_ - pos_);
+      pos_ = end_;
+      ++lines_read_;
+      return true;
+    }
+    // The line is longer than the buffer: collect it in long_line_.
+    if (!in_long) {
+      long_line_.clear();
+      in_long = true;
+    }
+    long_line_.append(s, n);
+    pos_ = end_ = 0;
+  }
+}
+
+bool TextFile::ReadLine(std::string& line) {
+  std::string_view v;
+  if (!ReadLine(v)) {
+    line.clear();
+    return false;
+  }
+  line.assign(v.data(), v.size());
+  return true;
+}
+
+bool TextFile::SkipLines(std::int64_t count) {
+  std::string_view v;
+  for (std::int64_t i = 0; i < count; ++i) {
+    if (!ReadLine(v)) return false;
+  }
+  return true;
+}
+
+bool TextFile::AtEnd() {
+  if (file_ == nullptr) return true;
+  if (pending_cr_) {
+    if (pos_ == end_) Fill();
+    if (pos_ < end_ && buf_[pos_] == '\n') ++pos_;
+    pending_cr_ = false;
+  }
+  if (pos_ < end_) return false;
+  return !Fill();
+}
+
+}  // namespace kroveld
