@@ -1,0 +1,125 @@
+// Reading, writing and listing of consolidate sections ("Consolidate n") and their departments
+// ("Con n Dept m").
+#include <algorithm>
+
+#include "engine/con.h"
+#include "engine/section_keys.h"
+#include "util/profile.h"
+#include "util/strings.h"
+
+namespace kroveld {
+
+namespace {
+
+std::string DepartmentSection(int conNumber, int deptNumber) {
+  return "Con " + ToText(conNumber) + " Dept " + ToText(deptNumber);
+}
+
+}  // namespace
+
+bool clsCon::ReadFromFile(UiPort& ui, const std::string& path, int number, int tableCount) {
+  TextFile file;
+  file.Open(path);  // a file that cannot be read gives every key its default
+  return ReadFromFileSequentially(ui, file, number, tableCount);
+}
+
+bool clsCon::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number, int tableCount) {
+  const std::string section = "Consolidate " + ToText(number);
+  Departments.clear();
+
+  Table = ValidatedNumber(GetProfileValue(file, section, "Table", kMissing));
+  if (Table < 1) {
+    ShowSectionError(ui, section, " : Table number must be > 0!");
+    return false;
+  }
+  if (Table > tableCount) {
+    ShowSectionError(ui, section, " : Table number " + ToText(Table) + " does not exist!");
+    return false;
+  }
+  ReadAccountsColumn = ValidatedNumber(GetProfileValue(file, "", "ReadAccountsColumn", kMissing));
+  if (ReadAccountsColumn < 1) {
+    ShowSectionError(ui, section, " : Accounts Column Number must be > 0!");
+    return false;
+  }
+  // No departments (missing or not above 0) is reported when the section is processed.
+  TotalDepartments = ValidatedNumber(GetProfileValue(file, "", "TotalDepartments", kMissing));
+  if (TotalDepartments > kMaxDepartments) {
+    ShowSectionError(ui, section,
+                     " : Number of departments must be at most " + ToText(kMaxDepartments) + "!");
+    return false;
+  }
+
+  bool ok = true;
+  const int count = std::max(TotalDepartments, 0);
+  Departments.reserve(static_cast<std::size_t>(count));
+  for (int d = 1; d <= count; ++d) {
+    clsDepartment department;
+    if (!department.ReadFromFileSequentially(ui, file, number, d)) ok = false;
+    Departments.push_back(std::move(department));
+  }
+  return ok;
+}
+
+void clsCon::WriteToFile(PrivateProfile& file, int number) const {
+  const std::string section = "Consolidate " + ToText(number);
+  file.Set(section, "Table", ToText(Table));
+  file.Set(section, "ReadAccountsColumn", ToText(ReadAccountsColumn));
+  file.Set(section, "TotalDepartments", ToText(static_cast<long long>(Departments.size())));
+  for (std::size_t d = 0; d < Departments.size(); ++d) {
+    Departments[d].WriteToFile(file, number, static_cast<int>(d + 1));
+  }
+}
+
+std::string clsCon::PropertyPrint() const {
+  std::string out = "Consolidate Object Properties: \n";
+  out += "ReadAccountsColumn = " + ToText(ReadAccountsColumn) + "\n";
+  out += "TotalDepartments = " + ToText(TotalDepartments) + "\n";
+  out += "now printing the department collection:\n";
+  for (const clsDepartment& department : Departments) out += department.PropertyPrint();
+  out += "now printing the AccNames collection:\n";
+  for (const std::string& name : AccNames) out += name + "\n";
+  out += "now printing the AccReadRowNumbers collection:\n";
+  for (int row : AccReadRowNumbers) out += ToText(row) + "\n";
+  out += "now printing the DupAccReadRowNumbers collection:\n";
+  for (int row : DupAccReadRowNumbers) out += ToText(row) + "\n";
+  return out;
+}
+
+bool clsDepartment::ReadFromFileSequentially(UiPort& ui, TextFile& file, int conNumber,
+                                             int deptNumber) {
+  const std::string section = DepartmentSection(conNumber, deptNumber);
+  ReadStartLine = GetProfileValue(file, section, "ReadStartLine", kMissing);
+  if (ReadStartLine == kMissing) {
+    ShowSectionError(ui, section, " : Missing ReadStartLine text!");
+    return false;
+  }
+  if (!ReadOffsetKey(ui, file, section, "ReadStartLineOffset", ReadStartLineOffset)) return false;
+  ReadEndLine = GetProfileValue(file, "", "ReadEndLine", kMissing);
+  if (ReadEndLine == kMissing) {
+    ShowSectionError(ui, section, " : Missing ReadEndLine text!");
+    return false;
+  }
+  return ReadOffsetKey(ui, file, section, "ReadEndLineOffset", ReadEndLineOffset);
+}
+
+void clsDepartment::WriteToFile(PrivateProfile& file, int conNumber, int deptNumber) const {
+  const std::string section = DepartmentSection(conNumber, deptNumber);
+  file.Set(section, "ReadStartLine", ReadStartLine);
+  file.Set(section, "ReadStartLineOffset", ToText(ReadStartLineOffset));
+  file.Set(section, "ReadEndLine", ReadEndLine);
+  file.Set(section, "ReadEndLineOffset", ToText(ReadEndLineOffset));
+}
+
+std::string clsDepartment::PropertyPrint() const {
+  std::string out = "Department Object Properties: \n";
+  out += "ReadStartLine = " + ReadStartLine + "\n";
+  out += "ReadStartLineOffset = " + ToText(ReadStartLineOffset) + "\n";
+  out += "ReadEndLine = " + ReadEndLine + "\n";
+  out += "ReadEndLineOffset = " + ToText(ReadEndLineOffset) + "\n";
+  for (std::size_t i = 0; i < AccountNames.size() && i < AccountRows.size(); ++i) {
+    out += ToText(AccountRows[i]) + " " + AccountNames[i] + "\n";
+  }
+  return out;
+}
+
+}  // namespace kroveld

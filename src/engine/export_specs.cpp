@@ -1,0 +1,302 @@
+#include "engine/export_specs.h"
+
+#include <cstdint>
+
+#include "engine/context.h"
+#include "engine/section_keys.h"
+#include "util/line_search.h"
+#include "util/private_profile.h"
+#include "util/profile.h"
+#include "util/strings.h"
+#include "util/timing.h"
+
+namespace kroveld {
+
+namespace {
+
+constexpr std::int64_t kThirdTextOffset = 10000000;
+
+// For each section number 1..count of the three kinds, the first line that could hold its
+// heading: a line with "[" that contains the kind word, a blank and the number. A section whose
+// heading cannot be in the file reads with every key missing without scanning the file; a section
+// whose first possible heading lies after the lines already read continues on the open file
+// (which finds the same heading as reopening it would), so a file in order is read in one pass.
+struct HeadingIndex {
+  std::vector<std::int64_t> titles, tables, cons;
+
+  void Note(std::string_view line, std::string_view word, std::int64_t lineNumber,
+            std::vector<std::int64_t>& first) {
+    for (std::size_t pos = line.find(word); pos != std::string_view::npos;
+         pos = line.find(word, pos + 1)) {
+      std::size_t p = pos + word.size();
+      if (p >= line.size() || line[p] == '0') continue;  // names never have leading zeros
+      long long n = 0;
+      for (int digits = 0; p < line.size() && line[p] >= '0' && line[p] <= '9' && digits < 10;
+           ++p, ++digits) {
+        n = n * 10 + (line[p] - '0');
+        if (n >= static_cast<long long>(first.size())) break;
+        if (first[static_cast<std::size_t>(n)] == 0)
+          first[static_cast<std::size_t>(n)] = lineNumber;
+      }
+    }
+  }
+
+  void Build(const std::string& path, int titleCount, int tableCount, int conCount) {
+    titles.assign(static_cast<std::size_t>(titleCount) + 1, 0);
+    tables.assign(static_cast<std::size_t>(tableCount) + 1, 0);
+    cons.assign(static_cast<std::size_t>(conCount) + 1, 0);
+    TextFile file;
+    if (!file.Open(path)) return;
+    std::string_view line;
+    std::int64_t number = 0;
+    while (file.ReadLine(line)) {
+      ++number;
+      if (line.find('[') == std::string_view::npos) continue;
+      Note(line, "Title ", number, titles);
+      Note(line, "Table ", number, tables);
+      Note(line, "Consolidate ", number, cons);
+    }
+  }
+};
+
+// Keeps one file open across the sections of a kind; see HeadingIndex.
+class SectionReader {
+ public:
+  explicit SectionReader(const std::string& path) : path_(path) {}
+
+  // The file to read a section from whose heading may first stand on `firstLine` (0: nowhere).
+  TextFile& For(std::int64_t firstLine) {
+    if (firstLine == 0) return closed_;
+    if (!file_.IsOpen() || file_.LinesRead() >= firstLine) {
+      file_.Close();
+      file_.Open(path_);
+    }
+    return file_;
+  }
+
+ private:
+  const std::string& path_;
+  TextFile file_;
+  TextFile closed_;
+};
+
+std::string TooManySections(const std::string& path, std::string_view kind) {
+  return "Error in export specification " + path + " : more than " + ToText(kMaxSectionsPerKind) +
+         " " + std::string(kind) + " sections!";
+}
+
+}  // namespace
+
+std::vector<std::string> ReadSectionSequence(const std::string& path, int total) {
+  std::vector<std::string> sequence;
+  TextFile file;
+  if (!file.Open(path)) return sequence;
+  for (int k = 0; k < total; ++k) {
+    const std::int64_t found = FindNextLine(file, "[Title ", "[Table ", "[Consolidate ", "Col");
+    if (found == 0) break;  // end of file: the rest of the sequence stays absent
+    if (found > kThirdTextOffset) {
+      sequence.emplace_back("Consolidate");
+    } else if (found < 0) {
+      sequence.emplace_back("Table");
+    } else {
+      sequence.emplace_back("Title");
+    }
+  }
+  return sequence;
+}
+
+int clsExportSpecs::getWritePointer(UiPort& ui, int sheet) const {
+  if (sheet == 1) return WritePointer1;
+  if (sheet == 2) return WritePointer2;
+  ui.Message("Invalid sheet number in clsExportSpecs.getWritePointer!", Icon::Critical);
+  return 0;
+}
+
+void clsExportSpecs::setWritePointer(UiPort& ui, int sheet, int row) {
+  if (sheet == 1) {
+    WritePointer1 = row;
+  } else if (sheet == 2) {
+    WritePointer2 = row;
+  } else {
+    ui.Message("Invalid sheet number in clsExportSpecs.setWritePointer!", Icon::Critical);
+  }
+}
+
+void clsExportSpecs::Clear() {
+  Name.clear();
+  SectionSequenceCollection.clear();
+  Titles.clear();
+  Tables.clear();
+  Consolidates.clear();
+  TitleCount = 0;
+  TableCount = 0;
+  ConsolidateCount = 0;
+  WritePointer1 = 1;
+  WritePointer2 = 1;
+  TablesProcessed = 0;
+  Failed = false;
+}
+
+void clsExportSpecs::ReadFromFile(UiPort& ui, const std::string& path) {
+  Clear();
+  if (CheckFileHeader(ui, path, "KRO", "EXPORT SPEC", "1.1")) return;
+  Name = GetProfileValueFromFile(path, "General", "Name", "");
+
+  const int titleCount = CountSectionHeadings(path, "[Title ", "");
+  const int tableCount = CountSectionHeadings(path, "[Table ", "Col");
+  const int conCount = CountSectionHeadings(path, "[Consolidate ", "");
+  const struct {
+    int count;
+    std::string_view kind;
+  } counts[] = {{titleCount, "Title"}, {tableCount, "Table"}, {conCount, "Consolidate"}};
+  for (const auto& c : counts) {
+    if (c.count > kMaxSectionsPerKind) {
+      ui.Message(TooManySections(path, c.kind), Icon::Critical);
+      Clear();
+      return;
+    }
+  }
+  TitleCount = titleCount;
+  TableCount = tableCount;
+  ConsolidateCount = conCount;
+  SectionSequenceCollection = ReadSectionSequence(path, TitleCount + TableCount + ConsolidateCount);
+
+  HeadingIndex index;
+  index.Build(path, TitleCount, TableCount, ConsolidateCount);
+
+  Titles.reserve(static_cast<std::size_t>(TitleCount));
+  {
+    SectionReader reader(path);
+    for (int n = 1; n <= TitleCount; ++n) {
+      clsTitle title;
+      title.ReadFromFileSequentially(ui, reader.For(index.titles[static_cast<std::size_t>(n)]), n);
+      Titles.push_back(std::move(title));
+    }
+  }
+  Tables.reserve(static_cast<std::size_t>(TableCount));
+  {
+    SectionReader reader(path);
+    for (int n = 1; n <= TableCount; ++n) {
+      clsTable table;
+      table.ReadFromFileSequentially(ui, reader.For(index.tables[static_cast<std::size_t>(n)]), n);
+      Tables.push_back(std::move(table));
+    }
+  }
+  Consolidates.reserve(static_cast<std::size_t>(ConsolidateCount));
+  {
+    SectionReader reader(path);
+    for (int n = 1; n <= ConsolidateCount; ++n) {
+      clsCon con;
+      con.ReadFromFileSequentially(ui, reader.For(index.cons[static_cast<std::size_t>(n)]), n,
+                                   TableCount);
+      Consolidates.push_back(std::move(con));
+    }
+  }
+}
+
+bool clsExportSpecs::WriteToFile(UiPort& ui, const std::string& path) const {
+  PrivateProfile file;
+  if (!file.Load(path)) {
+    ui.Message("Cannot read export specification file: " + path + " (" + file.Error() + ")",
+               Icon::Critical);
+    return false;
+  }
+  file.Set("Header", "Product", Product);
+  file.Set("Header", "FileType", FileType);
+  file.Set("Header", "FileFormat", FileFormat);
+  file.Set("General", "Name", Name);
+
+  std::size_t title = 0;
+  std::size_t table = 0;
+  std::size_t con = 0;
+  for (const std::string& kind : SectionSequenceCollection) {
+    if (kind == "Title" && title < Titles.size()) {
+      Titles[title].WriteToFile(file, static_cast<int>(title + 1));
+      ++title;
+    } else if (kind == "Table" && table < Tables.size()) {
+      Tables[table].WriteToFile(file, static_cast<int>(table + 1));
+      ++table;
+    } else if (kind == "Consolidate" && con < Consolidates.size()) {
+      Consolidates[con].WriteToFile(file, static_cast<int>(con + 1));
+      ++con;
+    } else {
+      ui.Message("Invalid item in SectionSequenceCollection!", Icon::Critical);
+    }
+  }
+  if (!file.Save(path)) {
+    ui.Message("Cannot write export specification file: " + path + " (" + file.Error() + ")",
+               Icon::Critical);
+    return false;
+  }
+  return true;
+}
+
+void clsExportSpecs::Process(Context& ctx, int csvFile) {
+  UiPort& ui = ctx.ui;
+  const std::size_t expected = static_cast<std::size_t>(TitleCount) +
+                               static_cast<std::size_t>(TableCount) +
+                               static_cast<std::size_t>(ConsolidateCount);
+  if (SectionSequenceCollection.size() != expected) {
+    ui.Message("Error in csExportSpecs: Invalid Section Count!", Icon::Critical);
+    return;
+  }
+
+  if (csvFile < 1) {
+    const std::string* names[2] = {&ctx.recipe.Sheet1Name, &ctx.recipe.Sheet2Name};
+    for (int sheet = 1; sheet <= 2; ++sheet) {
+      const std::string_view name = Trim(*names[sheet - 1]);
+      if (name.empty()) continue;
+      ctx.sink->RenameSheet(sheet, std::string(name) + " (P" + ctx.periodLabel + ")");
+    }
+    ctx.sink->SetStandardFont("Courier New");
+  }
+
+  setWritePointer(ui, 1, 1);
+  setWritePointer(ui, 2, 1);
+  TablesProcessed = 0;
+  Failed = false;
+  ctx.run.running = true;
+
+  std::size_t t = 0;
+  std::size_t n = 0;
+  std::size_t c = 0;
+  for (const std::string& kind : SectionSequenceCollection) {
+    ui.Status(2, FormatSeconds(TickCount() - ctx.run.jobStartTick));
+    if (kind == "Title" && t < Titles.size()) {
+      ++t;
+      ui.ProcessEvents();
+      ctx.statusPrefix = "Writing Title " + ToText(static_cast<long long>(t)) + "  Please wait...";
+      ui.Status(1, ctx.statusPrefix);
+      Titles[t - 1].Process(ctx);
+    } else if (kind == "Table" && n < Tables.size()) {
+      ++n;
+      ui.ProcessEvents();
+      ctx.statusPrefix = " Exporting Table " + ToText(static_cast<long long>(n)) + ":";
+      ui.Status(1, ctx.statusPrefix);
+      Tables[n - 1].Process(ctx, csvFile);
+      ++TablesProcessed;
+    } else if (kind == "Consolidate" && c < Consolidates.size()) {
+      ++c;
+      Consolidates[c - 1].Process(ctx);
+    } else {
+      ui.Message("invalid section type in clsExportSpecs.Process!", Icon::Critical);
+      break;
+    }
+    if (Failed) break;
+  }
+  ctx.run.running = false;
+}
+
+std::string clsExportSpecs::PropertyPrintCons() const {
+  std::string out;
+  for (const clsCon& con : Consolidates) out += con.PropertyPrint();
+  return out;
+}
+
+std::string clsExportSpecs::PropertyPrintTables() const {
+  std::string out;
+  for (const clsTable& table : Tables) out += table.PropertyPrint();
+  return out;
+}
+
+}  // namespace kroveld

@@ -1,0 +1,42 @@
+#include "engine/section_keys.h"
+
+#include "util/profile.h"
+#include "util/strings.h"
+
+namespace kroveld {
+
+void ShowSectionError(UiPort& ui, std::string_view section, std::string_view text) {
+  std::string message = "Error in ";
+  message += section;
+  message += text;
+  ui.Message(message, Icon::Critical);
+}
+
+int ValidatedNumber(std::string_view text) {
+  int value = 0;
+  if (!ParseLong(text, value)) return kMissingNumber;
+  return value;
+}
+
+bool BadWriteColumn(std::string_view column) {
+  if (column == kMissing) return true;
+  const std::string upper = UpperAscii(column);
+  return upper < "A" || upper > "Z";
+}
+
+bool ReadOffsetKey(UiPort& ui, TextFile& file, std::string_view section, std::string_view key,
+                   int& out) {
+  const std::string text = GetProfileValue(file, "", key, "0");
+  int value = 0;
+  if (!ParseLong(text, value)) {
+    std::string what = " : ";
+    what += key;
+    what += " must be a whole number!";
+    ShowSectionError(ui, section, what);
+    return false;
+  }
+  out = value;
+  return true;
+}
+
+}  // namespace kroveld
