@@ -1,0 +1,253 @@
+#include <gtest/gtest.h>
+
+#include "engine/context.h"
+#include "engine/extract_support.h"
+#include "engine/table.h"
+
+namespace kroveld::testing {
+namespace {
+
+constexpr const char* kTerminate = "Do you want to terminate the process?";
+
+class TableTest : public ::testing::Test {
+ protected:
+  ExtractFixture f;
+};
+
+TEST_F(TableTest, KeysAndOffsetsSelectTheBlockAndMoveThePointer) {
+  f.UseReport(NumberedLines(25, {{10, "== TOP =="}, {20, "== BOTTOM =="}}));
+  f.ctx->recipe.ExportSpecs.WritePointer1 = 5;
+  clsTable table = MakeTable("TOP", 2, "BOTTOM", -1, {MakeColumn(1, 8, "B")});
+  f.Run(table);
+
+  EXPECT_TRUE(f.ui.messages.empty());
+  EXPECT_FALSE(f.Failed());
+  for (int i = 0; i < 8; ++i)
+    EXPECT_EQ("line " + std::to_string(12 + i) + " ", f.sink.At(5 + i, 2));
+  EXPECT_FALSE(f.sink.RowWritten(4));
+  EXPECT_FALSE(f.sink.RowWritten(13));
+  EXPECT_EQ(13, f.Pointer());
+  EXPECT_EQ(5, table.FirstRowWritten);
+  EXPECT_EQ(12, table.LastRowWritten);
+}
+
+TEST_F(TableTest, KeySearchProblemsAreReportedAndMarkTheExportFailed) {
+  struct Case {
+    std::string top;
+    std::string bottom;
+    std::string message;
+  };
+  // The bottom key occurs on lines 3 and 30, the top key on line 10: both searches start at line 1.
+  const std::string report = NumberedLines(
+      40, {{3, "Total"}, {10, "Accounts Payable"}, {30, "Total"}, {35, "Inside Total row"}});
+  const std::vector<Case> cases = {
+      {"Accounts Payable", "Total",
+       "Error in Table specs: ReadEndLine key text [Total] was found before ReadStartLine key "
+       "text [Accounts Payable]"},
+      {"Accounts Receivable", "Total",
+       "Error in Table specs: Can not find ReadStartLine: Accounts Receivable"},
+      {"Accounts Payable", "Grand", "Error in Table specs: Can not find ReadEndLine: Grand"},
+      {"accounts payable", "Total",  // case counts
+       "Error in Table specs: Can not find ReadStartLine: accounts payable"},
+  };
+  for (const auto& c : cases) {
+    ExtractFixture g;
+    g.UseReport(report);
+    clsTable table = MakeTable(c.top, 0, c.bottom, 0, {MakeColumn(1, 5)});
+    g.Run(table, true);
+    EXPECT_EQ(std::vector<std::string>{c.message}, g.ui.Texts());
+    EXPECT_EQ(Icon::Critical, g.ui.messages.at(0).icon);
+    EXPECT_TRUE(g.Failed());
+    EXPECT_TRUE(g.sink.rows.empty());
+    EXPECT_EQ(1, g.Pointer());
+  }
+}
+
+TEST_F(TableTest, AStartBeforeLineOneStopsSilently) {
+  f.UseReport(NumberedLines(10, {{2, "HEAD"}, {6, "END"}}));
+  for (int offset : {-2, -5}) {
+    clsTable table = MakeTable("HEAD", offset, "END", 0, {MakeColumn(1, 4)});
+    f.Run(table, true);
+  }
+  clsTable endBefore = MakeTable("HEAD", -9, "END", -6, {MakeColumn(1, 4)});  // end line 0
+  f.Run(endBefore, true);
+  EXPECT_TRUE(f.ui.messages.empty());
+  EXPECT_FALSE(f.Failed());
+  EXPECT_TRUE(f.sink.rows.empty());
+  EXPECT_EQ(1, f.Pointer());
+}
+
+TEST_F(TableTest, CsvRowsKeepBlankLinesTrailingBlanksTabsAndShiftLeadingEmptyFields) {
+  f.UseReport("START\r\nab\r\n\r\nab\tcd\r\nxy\r\nEND\r\n");
+  // Fields: columns 10-12 (empty on short lines), 1, 2 and 3 (the blank ReadRowPeriod1Only adds).
+  clsTable table =
+      MakeTable("START", 1, "END", -1,
+                {MakeColumn(10, 12), MakeColumn(1, 1), MakeColumn(2, 2), MakeColumn(3, 3)});
+  f.Run(table, true);
+  EXPECT_EQ((std::vector<std::string>{"a,b, ", "", "d ,a,b, ", "x,y, "}), f.sink.rows);
+  EXPECT_EQ(5, f.Pointer());
+  EXPECT_EQ(1, table.FirstRowWritten);
+  EXPECT_EQ(4, table.LastRowWritten);
+  EXPECT_TRUE(f.sink.cells.empty());
+
+  // An empty field between others keeps its comma.
+  ExtractFixture g;
+  g.UseReport("START\r\nab\r\nEND\r\n");
+  clsTable middle =
+      MakeTable("START", 1, "END", -1, {MakeColumn(1, 1), MakeColumn(10, 12), MakeColumn(2, 2)});
+  g.Run(middle, true);
+  EXPECT_EQ(std::vector<std::string>{"a,,b"}, g.sink.rows);
+}
+
+TEST_F(TableTest, TheTabSizeOfTheContextAppliesToTableLines) {
+  f.UseReport("START\r\nab\tcd\r\nEND\r\n");
+  clsTable table = MakeTable("START", 1, "END", -1, {MakeColumn(5, 6, "A")});
+  f.ctx->tabSize = 4;
+  f.Run(table);
+  EXPECT_EQ("cd", f.sink.At(1, 1));
+  f.ctx->tabSize = 0;
+  f.Run(table);
+  EXPECT_EQ("d ", f.sink.At(2, 1));  // "ab\tcd " unexpanded
+}
+
+TEST_F(TableTest, AnInvalidColumnIsReportedOnTheFirstRowNamingIt) {
+  f.UseReport(NumberedLines(6, {{1, "TOP"}, {6, "END"}}));
+  for (auto bad : {MakeColumn(0, 3, "B"), MakeColumn(5, 4, "B")}) {
+    ExtractFixture g;
+    g.UseReport(NumberedLines(6, {{1, "TOP"}, {6, "END"}}));
+    g.ctx->recipe.ExportSpecs.WritePointer1 = 3;
+    clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 4, "A"), bad});
+    g.Run(table);
+    EXPECT_EQ(std::vector<std::string>{"Invalid table specs (column 2): ReadColumnStart is "
+                                       "smaller than 1 or larger than ReadColumnEnd!"},
+              g.ui.Texts());
+    EXPECT_EQ(Icon::Critical, g.ui.messages[0].icon);
+    EXPECT_TRUE(g.Failed());
+    EXPECT_EQ(3, g.Pointer());
+    EXPECT_EQ(1, g.sink.cellWrites);  // column 1 of the first row was written before the check
+    EXPECT_FALSE(g.sink.RowWritten(4));
+
+    ExtractFixture h;
+    h.UseReport(NumberedLines(6, {{1, "TOP"}, {6, "END"}}));
+    clsTable csvTable = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 4, "A"), bad});
+    h.Run(csvTable, true);
+    EXPECT_TRUE(h.sink.rows.empty());
+    EXPECT_TRUE(h.Failed());
+  }
+}
+
+TEST_F(TableTest, TablesStackOnSheetOne) {
+  f.UseReport(NumberedLines(12, {{1, "FIRST"}, {4, "END1"}, {6, "SECOND"}, {9, "END2"}}));
+  clsTable one = MakeTable("FIRST", 1, "END1", -1, {MakeColumn(1, 6, "A")});
+  clsTable two = MakeTable("SECOND", 1, "END2", 0, {MakeColumn(1, 6, "B")});
+  f.Run(one);
+  f.Run(two);
+  EXPECT_EQ("line 2", f.sink.At(1, 1));
+  EXPECT_EQ("line 3", f.sink.At(2, 1));
+  EXPECT_EQ("line 7", f.sink.At(3, 2));
+  EXPECT_EQ("END2 ", f.sink.At(5, 2));
+  EXPECT_EQ(6, f.Pointer());
+  EXPECT_EQ(3, two.FirstRowWritten);
+  EXPECT_EQ(5, two.LastRowWritten);
+}
+
+TEST_F(TableTest, KeysAreSearchedInTheFirstFileTakingPartButRowsComeFromFileOne) {
+  f.UseReport("period one a\r\nperiod one b\r\nperiod one c\r\n");
+  f.ctx->recipe.InputFileNames[1] = f.dir.Write("p2.txt", "x\r\nKEY\r\n");
+  f.ctx->recipe.InputFileFirst = 2;
+  f.ctx->recipe.InputFileLast = 2;
+  clsTable table = MakeTable("KEY", 0, "KEY", 1, {MakeColumn(1, 12, "A", "first")});
+  f.Run(table);
+  // Lines 2-3 of file 1 land in slot 1; FIRST reads slot 2, which a table never fills.
+  EXPECT_EQ("", f.sink.At(1, 1));
+  EXPECT_EQ(2, f.sink.cellWrites);
+  EXPECT_EQ(3, f.Pointer());
+  EXPECT_EQ("period one c ", f.ctx->lineProcessor.Slot(1));
+}
+
+TEST_F(TableTest, AStopRequestAnsweredYesEndsTheTableAndKeepsTheRows) {
+  f.UseReport(NumberedLines(10, {{1, "TOP"}, {10, "END"}}));
+  f.ui.onProcessEvents = [this] {
+    if (f.ui.events == 3) f.ctx->run.stopRequested = true;
+  };
+  f.ui.ExpectQuestion(kTerminate, true);
+  clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 6)});
+  f.Run(table, true);
+  EXPECT_EQ((std::vector<std::string>{"line 2", "line 3"}), f.sink.rows);
+  EXPECT_EQ(3, f.Pointer());
+  EXPECT_EQ(2, table.LastRowWritten);
+  EXPECT_FALSE(f.Failed());
+  EXPECT_TRUE(f.ctx->run.stopRequested);  // left for the batch loop, which stops between files
+  EXPECT_TRUE(f.ui.messages.empty());
+}
+
+TEST_F(TableTest, AStopRequestAnsweredNoGoesOnAndClearsTheRequest) {
+  f.UseReport(NumberedLines(10, {{1, "TOP"}, {10, "END"}}));
+  f.ui.onProcessEvents = [this] {
+    if (f.ui.events == 3) f.ctx->run.stopRequested = true;
+  };
+  f.ui.ExpectQuestion(kTerminate, false);
+  clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 6)});
+  f.Run(table, true);
+  EXPECT_EQ(8u, f.sink.rows.size());
+  EXPECT_FALSE(f.ctx->run.stopRequested);
+  EXPECT_EQ(1u, f.ui.questions.size());
+  // The status panel shows the row being read.
+  ASSERT_FALSE(f.ui.statuses.empty());
+  EXPECT_EQ(3, f.ui.statuses.back().first);
+  EXPECT_EQ(" row 8 of 8", f.ui.statuses.back().second);
+}
+
+TEST_F(TableTest, AwkwardBytesAndLineEndsPassThrough) {
+  const std::string longField(1 << 20, 'w');
+  std::string report = "TOP\r";                  // lone CR line ends
+  report += "form\ffeed\r";                      // form feed inside a line
+  report += std::string("nul\0byte", 8) + "\n";  // NUL byte
+  report += "caf\xe9 \x80\xff\r\n";              // bytes above 127
+  report += longField + "\n";                    // a 1 MB line
+  report += "END";                               // last line without a line end
+  f.UseReport(report);
+  clsTable table = MakeTable("TOP", 1, "END", 0, {MakeColumn(1, 1 << 21)});
+  f.Run(table, true);
+  ASSERT_EQ(5u, f.sink.rows.size());
+  EXPECT_EQ("form\ffeed ", f.sink.rows[0]);
+  EXPECT_EQ(std::string("nul\0byte ", 9), f.sink.rows[1]);
+  EXPECT_EQ("caf\xe9 \x80\xff ", f.sink.rows[2]);
+  EXPECT_EQ(longField + " ", f.sink.rows[3]);
+  EXPECT_EQ("END ", f.sink.rows[4]);
+  EXPECT_TRUE(f.ui.messages.empty());
+}
+
+TEST_F(TableTest, TheFirstOccurrenceOfAKeyCountsEvenInsideTheTable) {
+  // The bottom key also appears on a data row (line 4): the block ends there.
+  f.UseReport(NumberedLines(9, {{2, "BEGIN"}, {4, "Sub Total 12"}, {8, "Total"}}));
+  clsTable table = MakeTable("BEGIN", 1, "Total", 0, {MakeColumn(1, 20)});
+  f.Run(table, true);
+  EXPECT_EQ((std::vector<std::string>{"line 3 ", "Sub Total 12 "}), f.sink.rows);
+}
+
+TEST_F(TableTest, ABlockRunningPastTheEndOfTheFileGivesEmptyRows) {
+  f.UseReport("a\r\nTOP\r\nb\r\n");
+  clsTable table = MakeTable("TOP", 1, "TOP", 3, {MakeColumn(1, 2)});
+  f.Run(table, true);
+  EXPECT_EQ((std::vector<std::string>{"b ", "", ""}), f.sink.rows);
+  EXPECT_EQ(4, f.Pointer());
+}
+
+TEST_F(TableTest, EmptyAndMissingInputsAreReportedNotCrashed) {
+  f.UseReport("");
+  clsTable table = MakeTable("TOP", 0, "END", 0, {MakeColumn(1, 2)});
+  f.Run(table, true);
+  EXPECT_EQ(std::vector<std::string>{"Error in Table specs: Can not find ReadStartLine: TOP"},
+            f.ui.Texts());
+
+  ExtractFixture g;
+  g.ctx->recipe.InputFileNames[0] = g.dir.File("no-such-report.txt");
+  g.Run(table, true);
+  EXPECT_EQ(std::vector<std::string>{"Error in Table specs: Can not find ReadStartLine: TOP"},
+            g.ui.Texts());
+  EXPECT_TRUE(g.Failed());
+}
+
+}  // namespace
+}  // namespace kroveld::testing
