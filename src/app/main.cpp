@@ -1,2 +1,6 @@
-// Entry point of kroveld (start-up comes with the application shell).
-int main() { return 0; }
+// Entry point of kroveld.
+#include "app/startup.h"
+
+int main(int argc, char** argv) {
+  return kroveld::RunMain(argc, argv);
+}

@@ -2,6 +2,8 @@
 
 namespace kroveld {
 
-const char* VersionText() { return KROVELD_VERSION; }
+const char* VersionText() {
+  return KROVELD_VERSION;
+}
 
 }  // namespace kroveld

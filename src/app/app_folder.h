@@ -1,0 +1,13 @@
+// Where kroveld keeps config.ini, ErrorLog.txt and its automatic recipe files: the folder of the
+// executable, unless KROVELD_HOME names another; when that folder is not writable,
+// $XDG_CONFIG_HOME/kroveld (default ~/.config/kroveld), created when missing.
+#pragma once
+
+#include <string>
+
+namespace kroveld {
+
+// Without a trailing separator.
+std::string FindAppFolder();
+
+}  // namespace kroveld

@@ -1,0 +1,27 @@
+// The conventional command line (-i/--input, -o/--output, -r/--recipe, ...), parsed by CLI11 into
+// the same options record as the slash syntax. Paths are taken relative to the current directory
+// and made absolute.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "engine/conversion_options.h"
+
+namespace kroveld {
+
+struct CliParseResult {
+  bool job = false;  // a conversion is to run
+  int exitCode = 0;  // when there is no job: 0 after --help/--version, 2 for a rejected line
+  std::string out;   // text for stdout (help, version)
+  std::string err;   // text for stderr (the parser's complaint)
+};
+
+// `args` are the arguments after the program name.
+CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args,
+                                            clsConversionOptions& options);
+
+// The path made absolute against the current directory (empty stays empty).
+std::string AbsolutePath(const std::string& path);
+
+}  // namespace kroveld

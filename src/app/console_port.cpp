@@ -1,0 +1,121 @@
+#include "app/console_port.h"
+
+namespace kroveld {
+
+namespace {
+
+constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
+constexpr std::size_t kMaxProgressWidth = 79;
+constexpr std::string_view kTerminateQuestion = "Do you want to terminate the process?";
+
+}  // namespace
+
+ConsolePort::ConsolePort(std::FILE* out, bool progress) : out_(out), progress_(progress) {}
+
+ConsolePort::~ConsolePort() {
+  EraseProgress();
+}
+
+const char* ConsolePort::Prefix(Icon icon) {
+  switch (icon) {
+    case Icon::Critical:
+      return "kroveld: error: ";
+    case Icon::Exclamation:
+      return "kroveld: warning: ";
+    case Icon::Information:
+      return "kroveld: note: ";
+    case Icon::None:
+    case Icon::Question:
+      break;
+  }
+  return "kroveld: ";
+}
+
+std::string ConsolePort::OneLine(std::string_view text) {
+  std::string line;
+  line.reserve(text.size());
+  bool inBreak = false;
+  for (char c : text) {
+    if (c == '\r' || c == '\n') {
+      if (!inBreak) line += ' ';
+      inBreak = true;
+    } else {
+      line += c;
+      inBreak = false;
+    }
+  }
+  return line;
+}
+
+void ConsolePort::WriteLine(const char* prefix, std::string_view text) {
+  EraseProgress();
+  const std::string line = prefix + OneLine(text) + "\n";
+  std::fwrite(line.data(), 1, line.size(), out_);
+  std::fflush(out_);
+}
+
+void ConsolePort::Message(std::string_view text, Icon icon, std::string_view /*title*/) {
+  message_shown_ = true;
+  WriteLine(Prefix(icon), text);
+}
+
+void ConsolePort::Note(std::string_view text) {
+  WriteLine(Prefix(Icon::Information), text);
+}
+
+bool ConsolePort::AskYesNo(std::string_view text, Icon icon, std::string_view /*title*/) {
+  // Nobody is there to answer: a request to stop is confirmed, anything else declined.
+  const bool yes = text == kTerminateQuestion;
+  message_shown_ = true;
+  WriteLine(Prefix(icon), std::string(text) + (yes ? " Yes" : " No"));
+  return yes;
+}
+
+void ConsolePort::Status(int panel, std::string_view text) {
+  if (!progress_) return;
+  if (panel == 2) {
+    panel2_.assign(text);
+  } else if (panel == 3) {
+    if (text.ends_with(" files]")) {
+      file_.assign(text);
+      detail_.clear();
+    } else {
+      detail_.assign(text);
+    }
+  } else {
+    return;
+  }
+  DrawProgress(false);
+}
+
+void ConsolePort::DrawProgress(bool force) {
+  const auto now = std::chrono::steady_clock::now();
+  if (!force && drawn_ && now - last_draw_ < kRedrawInterval) return;
+  last_draw_ = now;
+  line_ = file_;
+  if (!detail_.empty()) {
+    if (!line_.empty()) line_ += "  ";
+    line_ += detail_;
+  }
+  if (!panel2_.empty()) {
+    line_ += "  (";
+    line_ += panel2_;
+    line_ += " s)";
+  }
+  if (line_.size() > kMaxProgressWidth) {
+    line_ = "..." + line_.substr(line_.size() - (kMaxProgressWidth - 3));
+  }
+  std::fputs("\r\033[K", out_);
+  std::fwrite(line_.data(), 1, line_.size(), out_);
+  std::fflush(out_);
+  drawn_ = true;
+}
+
+void ConsolePort::EraseProgress() {
+  if (!drawn_) return;
+  std::fputs("\r\033[K", out_);
+  std::fflush(out_);
+  drawn_ = false;
+}
+
+}  // namespace kroveld

@@ -1,0 +1,56 @@
+// The user-interface port of command-line runs: every message is one line on stderr prefixed by
+// its icon, questions get the answers an unattended run needs, and a progress line is drawn on
+// stderr only when it is a terminal. Remembers whether anything was shown, for the exit status.
+#pragma once
+
+#include <chrono>
+#include <cstdio>
+#include <string>
+
+#include "util/ui_port.h"
+
+namespace kroveld {
+
+class ConsolePort final : public UiPort {
+ public:
+  // `out` is where lines go (stderr in the program); progress is drawn when `progress` is true.
+  explicit ConsolePort(std::FILE* out = stderr, bool progress = false);
+  ~ConsolePort() override;
+
+  void Message(std::string_view text, Icon icon = Icon::None, std::string_view title = {}) override;
+  void Note(std::string_view text) override;
+  bool AskYesNo(std::string_view text, Icon icon = Icon::Question,
+                std::string_view title = {}) override;
+  void Status(int panel, std::string_view text) override;
+  std::string Caption() const override { return caption_; }
+  void SetCaption(std::string_view text) override { caption_ = std::string(text); }
+  void Beep() override {}
+  void ProcessEvents() override {}
+
+  // True once a message other than a note (or a question) has been shown.
+  bool MessageShown() const { return message_shown_; }
+  // Removes the progress line, if one is drawn.
+  void EraseProgress();
+
+  // "kroveld: error: " and the like for an icon.
+  static const char* Prefix(Icon icon);
+  // The text on one line: every run of CR and LF becomes one blank.
+  static std::string OneLine(std::string_view text);
+
+ private:
+  void WriteLine(const char* prefix, std::string_view text);
+  void DrawProgress(bool force);
+
+  std::FILE* out_;
+  bool progress_;
+  bool drawn_ = false;
+  bool message_shown_ = false;
+  std::string caption_ = "Kroveld - Document To CSV/XLS Conversion";
+  std::string panel2_;
+  std::string file_;    // "file   [i of n files]"
+  std::string detail_;  // the other panel-3 texts (table, row)
+  std::string line_;
+  std::chrono::steady_clock::time_point last_draw_{};
+};
+
+}  // namespace kroveld

@@ -1,0 +1,110 @@
+#include "app/startup.h"
+
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "app/app_folder.h"
+#include "app/cli_command_line.h"
+#include "app/command_line_host.h"
+#include "app/console_port.h"
+#include "app/help_text.h"
+#include "app/slash_command_line.h"
+#include "app/startup_files.h"
+#include "engine/context.h"
+#include "jobs/batch.h"
+#include "jobs/trace.h"
+#include "util/files.h"
+#include "util/strings.h"
+
+namespace kroveld {
+
+namespace {
+
+constexpr int kExitInterrupted = 130;
+
+std::atomic<bool>* g_stop = nullptr;
+
+// The first Ctrl-C asks the batch to stop before its next file; a second one ends the process.
+extern "C" void OnInterrupt(int) {
+  if (g_stop != nullptr) g_stop->store(true);
+  std::signal(SIGINT, SIG_DFL);
+}
+
+void PrintHelp() {
+  std::fputs(CommandLineHelpText().c_str(), stdout);
+}
+
+bool AllBlank(const std::vector<std::string>& args) {
+  for (const auto& a : args) {
+    if (!Trim(a).empty()) return false;
+  }
+  return true;
+}
+
+std::string Join(const std::vector<std::string>& args) {
+  std::string text;
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    if (i > 0) text += ' ';
+    text += args[i];
+  }
+  return text;
+}
+
+}  // namespace
+
+int RunMain(int argc, char** argv) {
+  const std::vector<std::string> args(argv + (argc > 0 ? 1 : 0), argv + argc);
+  ConsolePort port(stderr, ::isatty(STDERR_FILENO) == 1);
+  Context ctx(port, FindAppFolder());
+
+  WriteErrorLogHeader(ctx.AppFile("ErrorLog.txt"));
+  Trace("MainModule.Main 1");
+  ctx.run.commandLineMode = false;
+  ctx.tabSize = 8;
+  const std::string configPath = ctx.AppFile("config.ini");
+  if (!FileExists(configPath)) CreateDefaultConfig(configPath);
+  Trace("MainModule.Main 2");
+
+  if (args.empty()) {
+    // No window yet: the interactive program comes with the main window.
+    PrintHelp();
+    return 0;
+  }
+
+  if (args.front().starts_with('/') || AllBlank(args)) {
+    const SlashParseResult parsed = ParseCommandLine(Join(args), ctx.options, ctx.appFolder);
+    if (parsed.helpRequested) {
+      PrintHelp();
+      return 0;
+    }
+    if (!parsed.job) return 0;
+  } else {
+    const CliParseResult parsed = ParseConventionalCommandLine(args, ctx.options);
+    if (!parsed.job) {
+      std::fputs(parsed.out.c_str(), stdout);
+      std::fputs(parsed.err.c_str(), stderr);
+      return parsed.exitCode;
+    }
+  }
+
+  ctx.run.commandLineMode = true;
+  ctx.recipeBoxText = ctx.options.sRecipeFile;
+  CommandLineHost host(configPath, ctx.options);
+
+  g_stop = &ctx.run.stopRequested;
+  std::signal(SIGINT, OnInterrupt);
+  BeginProcessing(ctx, host);
+  std::signal(SIGINT, SIG_DFL);
+  g_stop = nullptr;
+
+  host.SaveMRUs();
+  port.EraseProgress();
+  if (ctx.run.stopRequested.load()) return kExitInterrupted;
+  return port.MessageShown() ? 1 : 0;
+}
+
+}  // namespace kroveld

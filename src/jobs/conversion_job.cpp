@@ -1,0 +1,162 @@
+#include "jobs/conversion_job.h"
+
+#include <filesystem>
+#include <system_error>
+
+#include "jobs/auto_recipe_lock.h"
+#include "jobs/trace.h"
+#include "jobs/write_report.h"
+#include "util/files.h"
+#include "util/private_profile.h"
+#include "util/profile.h"
+#include "util/strings.h"
+
+namespace kroveld {
+
+namespace {
+
+constexpr std::string_view kGeneral = "General";
+constexpr std::string_view kWarnedKey = "bWarnedAboutTabsInFile";
+
+// The input as an absolute path, so that a recipe's folder never changes what it names.
+std::string AbsoluteInput(const std::string& input) {
+  std::error_code ec;
+  auto abs = std::filesystem::absolute(NativePath(input), ec);
+  return ec ? input : abs.lexically_normal().string();
+}
+
+// A recipe of the short format carries Product "KRO-B" in its header.
+bool IsShortFormatRecipe(const std::string& path) {
+  return EqualsNoCase(GetProfileValueFromFile(path, "Header", "Product", ""), "KRO-B");
+}
+
+void ReadExportSpecs(Context& ctx) {
+  Trace("frmMain.cmdRunRecipe_Click 12");
+  const std::string path = ctx.recipe.ExportSpecPath();
+  if (FileExists(path)) {
+    ctx.recipe.ExportSpecs.ReadFromFile(ctx.ui, path);
+  } else {
+    ctx.ui.Message("Cannot find Export Specs file: " + ctx.recipe.ExportSpecFileName, Icon::None);
+  }
+}
+
+void NoteTabs(Context& ctx, ConversionHost& host) {
+  if (!host.WarnedAboutTabsInFile() && FileContainsByte(ctx.currentInput, '\t')) {
+    WarnAboutTabsInFile(ctx, host);
+  }
+}
+
+void MissingInput(Context& ctx) {
+  ctx.ui.Message("Input file: " + ctx.currentInput + " does not exist!", Icon::Exclamation);
+}
+
+// The automatic recipe: a short recipe written from the marked-up input, then loaded.
+void RunAutomatic(Context& ctx, ConversionHost& host, bool csv) {
+  Trace("frmMain.cmdRunRecipe_Click 9");
+  const std::string autoPath = AutoRecipePath(ctx);
+  if (!FileExists(ctx.currentInput)) {
+    MissingInput(ctx);
+    return;
+  }
+  NoteTabs(ctx, host);
+  {
+    // _AutoRecipe.rcp and _ExportSpecs.krs are shared by every process of this application
+    // folder; once the export definition is in memory they are no longer needed.
+    AutoRecipeLock lock(ctx.appFolder);
+    Trace("frmMain.cmdRunRecipe_Click 10");
+    if (FileExists(autoPath)) DeleteFile(autoPath);
+    ctx.recipe.ExportSpecs.FileCreateShort(ctx, ctx.currentInput, autoPath);
+    Trace("frmMain.cmdRunRecipe_Click 11");
+    ctx.recipe.LoadFromFileShort(ctx, autoPath);
+    ReadExportSpecs(ctx);
+  }
+  ctx.periodLabel = PeriodLabel(ctx.recipe);
+  Trace("frmMain.cmdRunRecipe_Click 13");
+  WriteReport(ctx, csv);
+}
+
+// The recipe the user chose, in either form; the report being converted is its input file 1.
+void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
+  Trace("frmMain.cmdRunRecipe_Click 4");
+  if (!FileExists(ctx.currentRecipe)) {
+    ctx.ui.Message("Recipe file " + ctx.recipeBoxText + " does not exist!", Icon::Exclamation);
+    return;
+  }
+  if (!FileExists(ctx.currentInput)) {
+    MissingInput(ctx);
+    return;
+  }
+  Trace("frmMain.cmdRunRecipe_Click 5");
+  NoteTabs(ctx, host);
+  if (IsShortFormatRecipe(ctx.currentRecipe)) {
+    AutoRecipeLock lock(ctx.appFolder);
+    ctx.recipe.LoadFromFileShort(ctx, ctx.currentRecipe);
+    ReadExportSpecs(ctx);
+  } else {
+    ctx.recipe.LoadFromFile(ctx.ui, ctx.currentRecipe);
+    ctx.recipe.InputFileNames[0] = AbsoluteInput(ctx.currentInput);
+    ReadExportSpecs(ctx);
+  }
+  ctx.periodLabel = PeriodLabel(ctx.recipe);
+  Trace("frmMain.cmdRunRecipe_Click 6");
+  WriteReport(ctx, csv);
+}
+
+}  // namespace
+
+ConfigIniHost::ConfigIniHost(std::string configPath) : config_path_(std::move(configPath)) {
+  warned_ =
+      UpperAscii(ReadPrivateProfileString(config_path_, kGeneral, kWarnedKey, "FALSE")) != "FALSE";
+}
+
+void ConfigIniHost::SetWarnedAboutTabsInFile() {
+  warned_ = true;
+  WritePrivateProfileString(config_path_, kGeneral, kWarnedKey, "TRUE");
+}
+
+OutputKind OutputKindOf(std::string_view outputPath) {
+  const std::string upper = UpperAscii(outputPath);
+  if (upper.find(".CSV") != std::string::npos) return OutputKind::Csv;
+  if (upper.find(".XLS") != std::string::npos) return OutputKind::Workbook;
+  return OutputKind::None;
+}
+
+std::string AutoRecipePath(const Context& ctx) {
+  return ctx.AppFile("_AutoRecipe.rcp");
+}
+
+std::string PeriodLabel(const clsRecipe& recipe) {
+  std::string label = ToText(recipe.InputFileFirst);
+  if (recipe.InputFileLast != recipe.InputFileFirst) label += "-" + ToText(recipe.InputFileLast);
+  return label;
+}
+
+void WarnAboutTabsInFile(Context& ctx, ConversionHost& host) {
+  if (host.WarnedAboutTabsInFile()) return;
+  host.SetWarnedAboutTabsInFile();
+  ctx.ui.Note(kTabNote);
+}
+
+void RunRecipe(Context& ctx, ConversionHost& host) {
+  const clsConversionOptions& options = ctx.options;
+  ctx.currentInput = options.sInputFile;
+  ctx.currentRecipe = options.sRecipeFile;
+  ctx.currentOutput = options.sOutputFile;
+  ctx.tabSize = options.lTabSize;
+
+  const OutputKind kind = OutputKindOf(ctx.currentOutput);
+  if (kind == OutputKind::None) {
+    ctx.ui.Message("Output File must be of type XLS or CSV", Icon::Exclamation);
+    return;
+  }
+  const bool csv = kind == OutputKind::Csv;
+  if (options.bUseRecipe) {
+    RunWithRecipe(ctx, host, csv);
+  } else {
+    RunAutomatic(ctx, host, csv);
+  }
+  Trace("frmMain.cmdRunRecipe_Click 14");
+  host.UpdateMRUs();
+}
+
+}  // namespace kroveld

@@ -1,0 +1,93 @@
+#include "jobs/write_report.h"
+
+#include "jobs/csv/csv_sink.h"
+#include "jobs/workbook/workbook_sink.h"
+
+namespace kroveld {
+
+namespace {
+
+// Points the context at a sink for the length of a pass and back at what it had afterwards.
+class SinkScope {
+ public:
+  SinkScope(Context& ctx, OutputSink& sink) : ctx_(ctx), saved_(ctx.sink) { ctx.sink = &sink; }
+  ~SinkScope() { ctx_.sink = saved_; }
+  SinkScope(const SinkScope&) = delete;
+  SinkScope& operator=(const SinkScope&) = delete;
+
+ private:
+  Context& ctx_;
+  OutputSink* saved_;
+};
+
+// Replaces the caption and puts the old one back at the end of the scope.
+class CaptionScope {
+ public:
+  CaptionScope(UiPort& ui, const char* text) : ui_(ui), saved_(ui.Caption()) {
+    ui.SetCaption(text);
+  }
+  ~CaptionScope() { ui_.SetCaption(saved_); }
+  CaptionScope(const CaptionScope&) = delete;
+  CaptionScope& operator=(const CaptionScope&) = delete;
+
+ private:
+  UiPort& ui_;
+  std::string saved_;
+};
+
+// The sink's own text names the path and the reason; a bare fallback keeps the report from
+// ever being empty.
+std::string FailureText(const std::string& error, const std::string& path) {
+  return error.empty() ? "Cannot write " + path : error;
+}
+
+void WriteCsv(Context& ctx) {
+  std::string failure;
+  {
+    CaptionScope caption(ctx.ui, kCsvCaption);
+    CsvSink sink;
+    if (!sink.Open(ctx.currentOutput)) {
+      failure = FailureText(sink.Error(), ctx.currentOutput);
+    } else {
+      {
+        SinkScope scope(ctx, sink);
+        ctx.recipe.ExportSpecs.Process(ctx, 1);
+      }
+      if (!sink.Commit()) failure = FailureText(sink.Error(), ctx.currentOutput);
+    }
+  }
+  if (!failure.empty()) ctx.ui.Message(failure, Icon::Critical);
+}
+
+void WriteWorkbook(Context& ctx) {
+  if (WorkbookSink::IsOpenInSpreadsheetApp(ctx.currentOutput)) {
+    ctx.ui.Message(kExcelAlreadyOpen, Icon::Information);
+    return;
+  }
+  std::string failure;
+  {
+    CaptionScope caption(ctx.ui, kWorkbookCaption);
+    WorkbookSink sink;
+    sink.Open(ctx.currentOutput, ctx.options.bShowExcel);
+    {
+      SinkScope scope(ctx, sink);
+      if (ctx.options.bClearOutputFileBeforeProcessing) sink.ClearOutput();
+      ctx.recipe.ExportSpecs.Process(ctx, 0);
+    }
+    if (!sink.Save()) failure = FailureText(sink.Error(), ctx.currentOutput);
+    sink.Close();
+  }
+  if (!failure.empty()) ctx.ui.Message(failure, Icon::Critical);
+}
+
+}  // namespace
+
+void WriteReport(Context& ctx, bool csv) {
+  if (csv) {
+    WriteCsv(ctx);
+  } else {
+    WriteWorkbook(ctx);
+  }
+}
+
+}  // namespace kroveld
