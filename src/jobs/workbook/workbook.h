@@ -15,12 +15,18 @@ enum class CellType : std::uint8_t { kEmpty, kNumber, kText };
 // Number formats a cell can carry. kGeneral shows the number as it is.
 enum class NumberFormat : std::uint8_t {
   kGeneral,
-  kInteger,        // "0"
-  kDecimal2,       // "0.00"
-  kGroupedInteger, // "#,##0"
-  kGroupedDecimal2 // "#,##0.00"
+  kInteger,         // "0"
+  kDecimal2,        // "0.00"
+  kGroupedInteger,  // "#,##0"
+  kGroupedDecimal2  // "#,##0.00"
 };
 std::string_view NumberFormatCode(NumberFormat f);
+// The format whose code is `code`; kGeneral for any code outside the list.
+NumberFormat NumberFormatFromCode(std::string_view code);
+
+// The largest sheet any workbook file can hold; cells beyond are not kept.
+inline constexpr int kMaxSheetRows = 1048576;
+inline constexpr int kMaxSheetColumns = 16384;
 
 struct CellView {
   CellType type = CellType::kEmpty;
@@ -36,8 +42,9 @@ class Sheet {
   const std::string& Name() const { return name_; }
   void SetName(std::string name) { name_ = std::move(name); }
 
-  void SetText(int row, int column, std::string_view text);
-  void SetNumber(int row, int column, double value, NumberFormat format = NumberFormat::kGeneral);
+  // Text is UTF-8. A cell outside 1..kMaxSheetRows x 1..kMaxSheetColumns is not kept: false.
+  bool SetText(int row, int column, std::string_view text);
+  bool SetNumber(int row, int column, double value, NumberFormat format = NumberFormat::kGeneral);
   void ClearCell(int row, int column);
   CellView Get(int row, int column) const;
   // Empties every cell.
@@ -65,7 +72,10 @@ class Sheet {
 
   std::string name_;
   std::vector<std::vector<Cell>> rows_;
+  void TrimTrailingRows();
+
   std::string arena_;
+  std::size_t arena_garbage_ = 0;  // bytes of texts that were overwritten
   int max_column_ = 0;
 };
 
@@ -79,6 +89,8 @@ class Workbook {
   Sheet& GetSheet(int n);
   const Sheet& GetSheet(int n) const { return sheets_.at(n - 1); }
   void AddSheet(std::string name) { sheets_.emplace_back(std::move(name)); }
+  // Removes every sheet (readers start from an empty list and add what the file holds).
+  void RemoveAllSheets() { sheets_.clear(); }
 
   const std::string& StandardFont() const { return font_; }
   void SetStandardFont(std::string font) { font_ = std::move(font); }
@@ -87,5 +99,11 @@ class Workbook {
   std::vector<Sheet> sheets_;
   std::string font_ = "Calibri";
 };
+
+// A sheet name every workbook format accepts, made from `wanted` (UTF-8): at most 31 characters,
+// none of []:*?/\ (each becomes '_'), no control characters, no apostrophe at either end, not
+// empty, and different (ignoring ASCII case) from the names of the other sheets of `book`
+// ("Name (2)", "Name (3)", ... when it is taken). `sheet` is the 1-based number being named.
+std::string MakeSheetName(std::string_view wanted, const Workbook& book, int sheet);
 
 }  // namespace kroveld

@@ -1,13 +1,186 @@
-// PLACEHOLDER: replaced by the workbook work.
+// Workbook output: reads the existing output into the model, types and stores cell texts, and
+// saves with the codec the file name chooses.
 #include "jobs/workbook/workbook_sink.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <fstream>
+
+#include "jobs/workbook/cell_typing.h"
+#include "jobs/workbook/text_encoding.h"
+#include "jobs/workbook/xls_reader.h"
+#include "jobs/workbook/xls_writer.h"
+#include "jobs/workbook/xlsx_reader.h"
+#include "jobs/workbook/xlsx_writer.h"
+#include "util/files.h"
+#include "util/numbers.h"
+#include "util/strings.h"
+
 namespace kroveld {
-bool WorkbookSink::IsOpenInSpreadsheetApp(const std::string&) { return false; }
-void WorkbookSink::Open(const std::string&, bool) {}
-bool WorkbookSink::Save() { return false; }
-void WorkbookSink::Close() {}
-void WorkbookSink::SetCell(int, int, int, std::string_view) {}
-std::string WorkbookSink::GetCell(int, int, int) { return {}; }
-void WorkbookSink::RenameSheet(int, std::string_view) {}
-void WorkbookSink::SetStandardFont(std::string_view) {}
-void WorkbookSink::ClearOutput() {}
+namespace {
+
+// Sheets beyond this number are not made on demand (the engine writes to sheets 1 and 2).
+constexpr int kMaxSheets = 255;
+
+enum class FileKind { kMissing, kZip, kOle, kOther };
+
+FileKind Sniff(const std::string& native) {
+  std::ifstream in(native, std::ios::binary);
+  if (!in) return FileKind::kMissing;
+  char head[8] = {};
+  in.read(head, sizeof head);
+  const std::string_view magic(head, static_cast<std::size_t>(in.gcount()));
+  if (magic.substr(0, 4) == std::string_view("PK\x03\x04", 4)) return FileKind::kZip;
+  if (magic == std::string_view("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8)) return FileKind::kOle;
+  return FileKind::kOther;
+}
+
+bool IsXlsName(std::string_view path) {
+  return path.size() >= 4 && EqualsNoCase(path.substr(path.size() - 4), ".xls");
+}
+
+}  // namespace
+
+bool WorkbookSink::IsOpenInSpreadsheetApp(const std::string& path) {
+  const std::string native = NativePath(path);
+  const std::string folder = FolderOfPath(native);
+  const std::string name = FileName(native);
+  if (name.empty()) return false;
+  if (FileExists(folder + ".~lock." + name + "#")) return true;  // LibreOffice
+  if (FileExists(folder + "~$" + name)) return true;             // Excel
+  // Office cuts the first two characters of long names: "~$port.xlsx" for "report.xlsx".
+  return name.size() > 2 && FileExists(folder + "~$" + name.substr(2));
+}
+
+void WorkbookSink::Open(const std::string& path, bool /*show: no window to show*/) {
+  path_ = path;
+  error_.clear();
+  keep_backup_ = false;
+  dropped_ = 0;
+  book_ = Workbook();
+  const std::string native = NativePath(path);
+  const FileKind kind = Sniff(native);
+  std::string why;
+  bool read = false;
+  switch (kind) {
+    case FileKind::kMissing:
+      return;
+    case FileKind::kZip:
+      read = ReadXlsx(path, book_, why);
+      break;
+    case FileKind::kOle:
+      read = ReadXls(path, book_, why);
+      break;
+    case FileKind::kOther:
+      break;
+  }
+  if (!read) {
+    // Not a workbook we can read: start afresh and keep the old file as NAME.bak on saving.
+    book_ = Workbook();
+    keep_backup_ = true;
+    return;
+  }
+  book_.GetSheet(2);  // two sheets always exist
+}
+
+bool WorkbookSink::SaveBackupOfCorruptOutput() {
+  const std::string native = NativePath(path_);
+  const std::string backup = native + ".bak";
+  if (!FileExists(native)) return true;
+  ::unlink(backup.c_str());
+  // A hard link keeps the original in place until the new file is renamed over it.
+  if (::link(native.c_str(), backup.c_str()) == 0) return true;
+  std::ifstream in(native, std::ios::binary);
+  std::ofstream out(backup, std::ios::binary | std::ios::trunc);
+  out << in.rdbuf();
+  out.close();
+  if (!in || !out) {
+    error_ = path_ + ": the unreadable old file could not be kept as " + backup + " (" +
+             LastErrorText() + ")";
+    return false;
+  }
+  return true;
+}
+
+bool WorkbookSink::Save() {
+  error_.clear();
+  if (path_.empty()) {
+    error_ = "no output workbook is open";
+    return false;
+  }
+  const bool xls = IsXlsName(path_);
+  if (keep_backup_ && !SaveBackupOfCorruptOutput()) return false;
+  const bool ok = xls ? WriteXls(book_, path_, error_) : WriteXlsx(book_, path_, error_);
+  if (!ok) {
+    // The writers leave the old file as it was; the backup of it is not needed then.
+    if (keep_backup_) ::unlink((NativePath(path_) + ".bak").c_str());
+    return false;
+  }
+  keep_backup_ = false;
+  if (dropped_ > 0) {
+    error_ = path_ + ": " + std::to_string(dropped_) +
+             " cell(s) beyond row 1048576 or column XFD could not be stored";
+    return false;
+  }
+  return true;
+}
+
+void WorkbookSink::Close() {
+  book_ = Workbook();
+  path_.clear();
+  keep_backup_ = false;
+  dropped_ = 0;
+}
+
+void WorkbookSink::SetCell(int sheet, int row, int column, std::string_view value) {
+  if (sheet < 1 || sheet > kMaxSheets) return;
+  Sheet& target = book_.GetSheet(sheet);
+  const TypedCell typed = TypeCellText(value);
+  bool kept = true;
+  switch (typed.type) {
+    case CellType::kEmpty:
+      target.ClearCell(row, column);
+      break;
+    case CellType::kNumber:
+      kept = target.SetNumber(row, column, typed.number, typed.format);
+      break;
+    case CellType::kText:
+      scratch_.clear();
+      AppendAsUtf8(value, scratch_);
+      kept = target.SetText(row, column, scratch_);
+      break;
+  }
+  if (!kept) ++dropped_;
+}
+
+std::string WorkbookSink::GetCell(int sheet, int row, int column) {
+  if (sheet < 1 || sheet > book_.SheetCount()) return {};
+  const CellView cell = book_.GetSheet(sheet).Get(row, column);
+  switch (cell.type) {
+    case CellType::kNumber:
+      return FormatPlainDouble(cell.number);
+    case CellType::kText:
+      return std::string(cell.text);
+    case CellType::kEmpty:
+      break;
+  }
+  return {};
+}
+
+void WorkbookSink::RenameSheet(int sheet, std::string_view name) {
+  if (sheet < 1 || sheet > kMaxSheets) return;
+  book_.GetSheet(sheet);
+  book_.GetSheet(sheet).SetName(MakeSheetName(AsUtf8(name), book_, sheet));
+}
+
+void WorkbookSink::SetStandardFont(std::string_view font) {
+  const std::string_view name = Trim(font);
+  if (!name.empty()) book_.SetStandardFont(AsUtf8(name));
+}
+
+void WorkbookSink::ClearOutput() {
+  book_.GetSheet(1).Clear();
+}
+
 }  // namespace kroveld

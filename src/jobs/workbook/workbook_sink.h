@@ -36,10 +36,14 @@ class WorkbookSink final : public OutputSink {
   void WriteCsvRow(std::string_view) override {}
 
  private:
+  bool SaveBackupOfCorruptOutput();
+
   Workbook book_;
   std::string path_;
   std::string error_;
   bool keep_backup_ = false;
+  std::string scratch_;      // UTF-8 form of the cell text being set
+  std::size_t dropped_ = 0;  // cells beyond the largest sheet, not kept
 };
 
 }  // namespace kroveld

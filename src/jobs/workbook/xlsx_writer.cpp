@@ -1,0 +1,96 @@
+// .xlsx output through libxlsxwriter in constant-memory mode (rows in ascending order).
+#include "jobs/workbook/xlsx_writer.h"
+
+#include <xlsxwriter.h>
+
+#include "jobs/workbook/temp_output.h"
+
+namespace kroveld {
+namespace {
+
+constexpr std::size_t kMaxCellChars = 32767;
+constexpr double kDefaultFontSize = 11;
+
+// The longest prefix of UTF-8 text with at most kMaxCellChars UTF-16 units.
+std::string_view CutToCellLimit(std::string_view text) {
+  if (text.size() <= kMaxCellChars) return text;
+  std::size_t units = 0;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    if ((c & 0xC0) == 0x80) continue;
+    const std::size_t add = c >= 0xF0 ? 2 : 1;
+    if (units + add > kMaxCellChars) return text.substr(0, i);
+    units += add;
+  }
+  return text;
+}
+
+}  // namespace
+
+bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error) {
+  TempOutput temp;
+  if (!temp.Create(path, error)) return false;
+
+  lxw_workbook_options options{};
+  options.constant_memory = LXW_TRUE;
+  lxw_workbook* wb = workbook_new_opt(temp.Path().c_str(), &options);
+  if (!wb) {
+    error = path + ": the workbook could not be created";
+    return false;
+  }
+  const std::string font = book.StandardFont();
+  // The first format of a new workbook is its "Normal" style: its font is the default font.
+  lxw_format* normal = STAILQ_FIRST(wb->formats);
+  if (normal) {
+    format_set_font_name(normal, font.c_str());
+    format_set_font_size(normal, kDefaultFontSize);
+  }
+  lxw_format* formats[5] = {nullptr, nullptr, nullptr, nullptr, nullptr};
+  for (int f = 1; f < 5; ++f) {
+    formats[f] = workbook_add_format(wb);
+    format_set_font_name(formats[f], font.c_str());
+    format_set_font_size(formats[f], kDefaultFontSize);
+    format_set_num_format_index(formats[f], static_cast<uint8_t>(f));  // built-in 1..4
+  }
+
+  std::string text;  // NUL-terminated copy of a cell text
+  lxw_error failure = LXW_NO_ERROR;
+  for (int s = 1; s <= book.SheetCount() && failure == LXW_NO_ERROR; ++s) {
+    const Sheet& sheet = book.GetSheet(s);
+    lxw_worksheet* ws = workbook_add_worksheet(wb, sheet.Name().c_str());
+    if (!ws) ws = workbook_add_worksheet(wb, nullptr);
+    if (!ws) {
+      failure = LXW_ERROR_SHEETNAME_ALREADY_USED;
+      break;
+    }
+    for (int r = 1; r <= sheet.MaxRow() && failure == LXW_NO_ERROR; ++r) {
+      const int length = sheet.RowLength(r);
+      for (int c = 1; c <= length; ++c) {
+        const CellView cell = sheet.Get(r, c);
+        lxw_error e = LXW_NO_ERROR;
+        if (cell.type == CellType::kNumber) {
+          e = worksheet_write_number(ws, r - 1, static_cast<lxw_col_t>(c - 1), cell.number,
+                                     formats[static_cast<int>(cell.format)]);
+        } else if (cell.type == CellType::kText && !cell.text.empty()) {
+          text.assign(CutToCellLimit(cell.text));
+          std::erase(text, '\0');  // the C interface ends a text at NUL; drop them, keep the rest
+          e = worksheet_write_string(ws, r - 1, static_cast<lxw_col_t>(c - 1), text.c_str(),
+                                     nullptr);
+        }
+        if (e != LXW_NO_ERROR && e != LXW_ERROR_WORKSHEET_INDEX_OUT_OF_RANGE) {
+          failure = e;
+          break;
+        }
+      }
+    }
+  }
+  const lxw_error closed = workbook_close(wb);
+  if (failure == LXW_NO_ERROR) failure = closed;
+  if (failure != LXW_NO_ERROR) {
+    error = path + ": " + lxw_strerror(failure);
+    return false;
+  }
+  return temp.Commit(error);
+}
+
+}  // namespace kroveld

@@ -1,0 +1,103 @@
+// Helpers of the workbook tests: run python3 readers we did not write (xlrd, openpyxl) on our
+// files, and let python3 write files for our readers.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace kroveld::testing {
+
+inline bool HavePythonModules(const std::string& modules) {
+  const std::string cmd = "/usr/bin/python3 -c 'import " + modules + "' >/dev/null 2>&1";
+  return std::system(cmd.c_str()) == 0;
+}
+
+inline std::string RunCapture(const std::string& cmd, int* status = nullptr) {
+  std::string out;
+  FILE* p = ::popen(cmd.c_str(), "r");
+  if (!p) return out;
+  std::array<char, 4096> buf;
+  std::size_t n;
+  while ((n = std::fread(buf.data(), 1, buf.size(), p)) > 0) out.append(buf.data(), n);
+  const int rc = ::pclose(p);
+  if (status) *status = rc;
+  return out;
+}
+
+struct DumpedCell {
+  std::string type;  // "n" or "s"
+  std::string value;
+  std::string format;
+};
+
+struct DumpedSheet {
+  std::string name;
+  std::map<std::pair<int, int>, DumpedCell> cells;
+};
+
+struct DumpedBook {
+  std::string font;
+  std::vector<DumpedSheet> sheets;
+};
+
+// Reads a workbook with tests/e2e/read_workbook.py (xlrd or openpyxl). Fails the test when the
+// reader fails.
+inline DumpedBook ReadWithPython(const std::string& path) {
+  DumpedBook book;
+  int status = 0;
+  const std::string out =
+      RunCapture("/usr/bin/python3 " KROVELD_SOURCE_DIR "/tests/e2e/read_workbook.py --lines '" +
+                     path + "' 2>&1",
+                 &status);
+  EXPECT_EQ(status, 0) << out;
+  std::istringstream lines(out);
+  std::string line;
+  while (std::getline(lines, line)) {
+    std::vector<std::string> parts;
+    std::size_t start = 0;
+    for (;;) {
+      const std::size_t tab = line.find('\t', start);
+      parts.push_back(line.substr(start, tab - start));
+      if (tab == std::string::npos) break;
+      start = tab + 1;
+    }
+    if (parts[0] == "font" && parts.size() == 2) {
+      book.font = parts[1];
+    } else if (parts[0] == "sheet" && parts.size() == 2) {
+      book.sheets.push_back({parts[1], {}});
+    } else if (parts[0] == "cell" && parts.size() == 6 && !book.sheets.empty()) {
+      book.sheets.back().cells[{std::stoi(parts[1]), std::stoi(parts[2])}] = {parts[3], parts[4],
+                                                                              parts[5]};
+    } else {
+      ADD_FAILURE() << "unexpected reader output: " << line;
+    }
+  }
+  return book;
+}
+
+// Runs a python3 snippet with the file path as sys.argv[1]; false when it fails.
+inline bool RunPython(const std::string& code, const std::string& path) {
+  std::string quoted;
+  for (char c : code) {
+    if (c == '\'') {
+      quoted += "'\\''";
+    } else {
+      quoted += c;
+    }
+  }
+  int status = 0;
+  const std::string out =
+      RunCapture("/usr/bin/python3 -c '" + quoted + "' '" + path + "' 2>&1", &status);
+  EXPECT_EQ(status, 0) << out;
+  return status == 0;
+}
+
+}  // namespace kroveld::testing
