@@ -1,0 +1,139 @@
+// Column letters, the list helper, file_read and WriteLines, and the timing texts.
+#include <gtest/gtest.h>
+
+#include "support/recording_port.h"
+#include "support/test_support.h"
+#include "util/collections.h"
+#include "util/column_letters.h"
+#include "util/lines_io.h"
+#include "util/timing.h"
+
+namespace kroveld {
+namespace {
+
+using testing::CrLf;
+using testing::ReadFile;
+using testing::RecordingPort;
+using testing::TempDir;
+
+TEST(ColumnLetters, TwoLetterRange) {
+  RecordingPort ui;
+  const std::pair<int, const char*> cases[] = {{1, "A"},   {26, "Z"},   {27, "AA"},  {52, "AZ"},
+                                               {53, "BA"}, {676, "YZ"}, {677, "ZA"}, {702, "ZZ"}};
+  for (const auto& [n, letters] : cases) {
+    EXPECT_EQ(NumToAlpha2(ui, n), letters) << n;
+    EXPECT_EQ(AlphaToNum2(ui, letters), n) << letters;
+  }
+  EXPECT_TRUE(ui.messages.empty());
+  EXPECT_EQ(AlphaToNum2(ui, "ab"), 28);
+  EXPECT_EQ(AlphaToNum2(ui, "z"), 26);
+
+  for (int bad : {0, -1, 703}) {
+    RecordingPort port;
+    EXPECT_EQ(NumToAlpha2(port, bad), "");
+    ASSERT_EQ(port.messages.size(), 1u);
+    EXPECT_EQ(port.messages[0].text, "unexpected number code in xl.NumToAlpha2!");
+    EXPECT_EQ(port.messages[0].icon, Icon::Critical);
+  }
+  for (const char* bad : {"", "ABC"}) {
+    RecordingPort port;
+    EXPECT_EQ(AlphaToNum2(port, bad), 0);
+    EXPECT_EQ(port.Texts(), std::vector<std::string>{"unexpected letter code in xl.AlphaToNum2!"});
+    EXPECT_EQ(port.messages[0].icon, Icon::Critical);
+  }
+  RecordingPort port;
+  EXPECT_EQ(AlphaToNum2(port, "A1"), 26);  // the bad letter counts as 0
+  EXPECT_EQ(port.Texts(),
+            std::vector<std::string>{"unexpected Letter code in utilities.AlphaToNum!"});
+}
+
+TEST(ColumnLetters, OneLetterPair) {
+  RecordingPort ui;
+  std::string letter = "c";
+  EXPECT_EQ(AlphaToNum(ui, letter), 3);
+  EXPECT_EQ(letter, "C");  // upper-cased in place
+  EXPECT_EQ(NumToAlpha(ui, 26), "Z");
+  EXPECT_TRUE(ui.messages.empty());
+
+  for (std::string bad : {"", "AB", "1", "["}) {
+    RecordingPort port;
+    EXPECT_EQ(AlphaToNum(port, bad), 0);
+    EXPECT_EQ(port.Texts(),
+              std::vector<std::string>{"unexpected Letter code in utilities.AlphaToNum!"});
+    EXPECT_EQ(port.messages[0].icon, Icon::Critical);
+  }
+  std::string pair = "ab";
+  RecordingPort port;
+  EXPECT_EQ(AlphaToNum(port, pair), 0);
+  EXPECT_EQ(pair, "AB");
+  EXPECT_EQ(NumToAlpha(port, 27), "");
+  EXPECT_EQ(port.Texts().back(), "unexpected number code in utilities.NumToAlpha!");
+}
+
+TEST(CollectionItemSet, ReplacesInPlaceOrRefuses) {
+  RecordingPort ui;
+  std::vector<std::string> list = {"a", "b", "c"};
+  EXPECT_TRUE(CollectionItemSet(ui, list, 3, "C"));
+  EXPECT_TRUE(CollectionItemSet(ui, list, 1, "A"));
+  EXPECT_EQ(list, (std::vector<std::string>{"A", "b", "C"}));
+  for (int bad : {0, 4, -2}) {
+    RecordingPort port;
+    EXPECT_FALSE(CollectionItemSet(port, list, bad, "x"));
+    EXPECT_EQ(port.Texts(), std::vector<std::string>{"Invalid Index in CollectionItemSet!"});
+    EXPECT_EQ(port.messages[0].icon, Icon::Critical);
+  }
+  EXPECT_EQ(list, (std::vector<std::string>{"A", "b", "C"}));
+  CollectionClear(list);
+  EXPECT_TRUE(list.empty());
+}
+
+TEST(FileRead, RunsOfLines) {
+  TempDir dir;
+  const std::string path = dir.Write("in.txt", "l1\r\nl2\nl3\rl4");
+  RecordingPort ui;
+  std::vector<std::string> lines = {"keep", "keep", "keep"};
+  file_read(ui, lines, path, 0, 2);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{" invalid start_line in utilities.file_read!"});
+  EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
+  EXPECT_EQ(lines, (std::vector<std::string>{"keep", "keep", "keep"}));
+
+  RecordingPort quiet;
+  file_read(quiet, lines, path, 2, 2);
+  EXPECT_EQ(lines, (std::vector<std::string>{"l2", "l3", "keep"}));
+  file_read(quiet, lines, path, 4, 3);  // past the end: the rest keeps its values
+  EXPECT_EQ(lines, (std::vector<std::string>{"l4", "l3", "keep"}));
+  std::vector<std::string> grow;
+  file_read(quiet, grow, path, 1, 2);
+  EXPECT_EQ(grow, (std::vector<std::string>{"l1", "l2"}));
+  file_read(quiet, grow, dir.File("missing.txt"), 1, 1);
+  EXPECT_EQ(grow[0], "l1");
+  EXPECT_TRUE(quiet.messages.empty());
+}
+
+TEST(WriteLines, ReplaceAndAppend) {
+  TempDir dir;
+  const std::string path = dir.File("out.txt");
+  std::string error;
+  ASSERT_TRUE(WriteLines(path, {"a", "b", "c"}, 2, false, &error)) << error;
+  EXPECT_EQ(ReadFile(path), CrLf({"a", "b"}));
+  ASSERT_TRUE(WriteLines(path, {"c"}, 1, true, &error)) << error;
+  EXPECT_EQ(ReadFile(path), CrLf({"a", "b", "c"}));
+  ASSERT_TRUE(WriteLines(path, {"z"}, 5, false, &error));  // count beyond the array
+  EXPECT_EQ(ReadFile(path), CrLf({"z"}));
+  EXPECT_FALSE(WriteLines(dir.File("no/folder/x.txt"), {"a"}, 1, false, &error));
+  EXPECT_NE(error.find("no/folder/x.txt"), std::string::npos) << error;
+}
+
+TEST(Timing, Texts) {
+  EXPECT_EQ(TimingLine("Table 1", 250), "Time (ms) from [Table 1] = 250");
+  EXPECT_EQ(FormatSeconds(0), "0.0");
+  EXPECT_EQ(FormatSeconds(1234), "1.2");
+  EXPECT_EQ(FormatSeconds(123456), "123.5");
+  EXPECT_EQ(FormatSeconds(49), "0.0");
+  EXPECT_EQ(FormatSeconds(50), "0.1");
+  const auto a = TickCount();
+  EXPECT_GE(TickCount(), a);
+}
+
+}  // namespace
+}  // namespace kroveld

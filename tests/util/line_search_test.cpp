@@ -1,0 +1,134 @@
+// FindNextLine's signed results and the whole-file key search.
+#include "util/line_search.h"
+
+#include <gtest/gtest.h>
+
+#include "support/test_support.h"
+
+namespace kroveld {
+namespace {
+
+using testing::CrLf;
+using testing::TempDir;
+
+TEST(FindNextLine, SignsOffsetsAndExclusion) {
+  TempDir dir;
+  const std::string path =
+      dir.Write("s.krs", CrLf({"[Header]", "Product=KRO", "[Table 1]", "[Table 1 Col 1]", "x",
+                               "[Title 1]", "[Consolidate 1]", "[Table 2]"}));
+  TextFile f(path);
+  ASSERT_TRUE(f.IsOpen());
+  // Section sequence scan: tables +n, titles -n, consolidations n + 10000000, "Col" excluded.
+  const auto next = [&] { return FindNextLine(f, "[Table ", "[Title ", "[Consolidate ", "Col"); };
+  EXPECT_EQ(next(), 3);             // [Table 1]
+  EXPECT_EQ(next(), -3);            // [Title 1], counted from the line after [Table 1]
+  EXPECT_EQ(next(), 1 + 10000000);  // [Consolidate 1]
+  EXPECT_EQ(next(), 1);             // [Table 2]
+  EXPECT_EQ(next(), 0);             // end of file
+}
+
+TEST(FindNextLine, TextOneWinsAndEmptyTextsAreIgnored) {
+  TempDir dir;
+  const std::string path = dir.Write("t.txt", CrLf({"alpha beta", "beta", "gamma"}));
+  {
+    TextFile f(path);
+    EXPECT_EQ(FindNextLine(f, "beta", "alpha"), 1);  // both occur: text 1 decides
+  }
+  {
+    TextFile f(path);
+    EXPECT_EQ(FindNextLine(f, "zzz", "", "gamma"), 3 + 10000000);
+  }
+  {
+    TextFile f(path);
+    EXPECT_EQ(FindNextLine(f, "zzz", "", "", "beta"), 0);
+  }
+  {
+    TextFile f(path);
+    EXPECT_EQ(FindNextLine(f, "beta", "", "", "alpha"), 2);  // line 1 excluded
+  }
+}
+
+TEST(FindNextLine, CompareWindow) {
+  TempDir dir;
+  const std::string path = dir.Write("w.txt", CrLf({"TOTAL    x", "x  TOTAL", "ab", "  TOTAL"}));
+  {
+    TextFile f(path);
+    // Only columns 3..7 are looked at.
+    EXPECT_EQ(FindNextLine(f, "TOTAL", "", "", "", 3, 5), 4);
+  }
+  {
+    TextFile f(path);
+    EXPECT_EQ(FindNextLine(f, "TOTAL", "", "", "", 4, 5), 2);
+  }
+  {
+    TextFile f(path);
+    EXPECT_EQ(FindNextLine(f, "x", "", "", "", 1, 3), 2);  // "TOT" has no x, "x  " has
+  }
+}
+
+TEST(FindFirstLineContaining, CountsLinesLikeTheReader) {
+  TempDir dir;
+  struct Case {
+    std::string content;
+    std::string key;
+    std::int64_t line;
+  };
+  const Case cases[] = {
+      {"a\r\nb\r\nKEY here\r\n", "KEY", 3},
+      {"a\nb\nKEY\n", "KEY", 3},
+      {"a\rb\rKEY", "KEY", 3},
+      {"a\r\n\r\n\n\rKEY", "KEY", 5},
+      {"KEY\nKEY", "KEY", 1},
+      {"ke\ny", "ke\ny", 0},  // a key never spans a line end
+      {"abc", "abcd", 0},
+      {"", "x", 0},
+      {"\r\n\r\n  x\r\n", "", 3},  // empty key: first non-empty line
+      {"\n\r\n\r", "", 0},
+      {std::string("a\0b\nc\0KEY", 9), std::string("\0KEY", 4), 2},
+  };
+  int n = 0;
+  for (const Case& c : cases) {
+    const std::string path = dir.Write("k" + std::to_string(n++) + ".txt", c.content);
+    EXPECT_EQ(FindFirstLineContaining(path, c.key), c.line)
+        << ::testing::PrintToString(c.content) << " key " << c.key;
+  }
+  EXPECT_EQ(FindFirstLineContaining(dir.File("missing.txt"), "x"), 0);
+}
+
+// The search reads in blocks of several megabytes: keys and CR LF pairs that straddle a block
+// boundary must be found and counted as in one piece.
+TEST(FindFirstLineContaining, BlockBoundaries) {
+  TempDir dir;
+  constexpr std::size_t kBlock = 4u << 20;
+  // Line ends: 9-byte CR LF lines up to past the first block, then the key.
+  std::string text;
+  std::int64_t lines = 0;
+  while (text.size() < kBlock + 100) {
+    text += "1234567\r\n";
+    ++lines;
+  }
+  // Put a CR exactly at the end of the first block, its LF in the second.
+  std::string crlf_split(kBlock - 1, 'x');
+  crlf_split += "\r\nsecond\r\nTHE KEY";
+  EXPECT_EQ(FindFirstLineContaining(dir.Write("crlf.txt", crlf_split), "THE KEY"), 3);
+
+  // A key that starts in the first block and ends in the second.
+  for (std::size_t back : {1u, 3u, 6u}) {
+    std::string straddle(kBlock - back, 'y');
+    straddle[100] = '\n';
+    straddle += "ACCOUNT TOTAL\n";
+    EXPECT_EQ(FindFirstLineContaining(dir.Write("straddle.txt", straddle), "ACCOUNT TOTAL"), 2)
+        << back;
+  }
+  text += "zzz TOTAL\r\n";
+  EXPECT_EQ(FindFirstLineContaining(dir.Write("many.txt", text), "TOTAL"), lines + 1);
+  // Lone CRs over the boundary.
+  std::string cr(kBlock + 10, 'c');
+  for (std::size_t i = 0; i < cr.size(); i += 1000) cr[i] = '\r';
+  cr += "\rKEY";
+  const std::int64_t crs = static_cast<std::int64_t>((kBlock + 10 + 999) / 1000) + 1;
+  EXPECT_EQ(FindFirstLineContaining(dir.Write("cr.txt", cr), "KEY"), crs + 1);
+}
+
+}  // namespace
+}  // namespace kroveld

@@ -1,0 +1,144 @@
+// TextFile: line ends of every kind, buffer boundaries, long lines, NUL bytes, odd paths.
+#include "util/text_file.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "support/test_support.h"
+
+namespace kroveld {
+namespace {
+
+using testing::TempDir;
+
+std::vector<std::string> ReadAll(const std::string& path) {
+  TextFile f;
+  EXPECT_TRUE(f.Open(path)) << f.Error();
+  std::vector<std::string> lines;
+  std::string_view line;
+  while (f.ReadLine(line)) lines.emplace_back(line);
+  EXPECT_EQ(f.LinesRead(), static_cast<std::int64_t>(lines.size()));
+  return lines;
+}
+
+using Lines = std::vector<std::string>;
+
+TEST(TextFile, LineEndsOfEveryKind) {
+  struct Case {
+    std::string content;
+    Lines expected;
+  };
+  const Case cases[] = {
+      {"", {}},
+      {"a", {"a"}},
+      {"a\r\nb\r\n", {"a", "b"}},
+      {"a\nb\n", {"a", "b"}},
+      {"a\rb\r", {"a", "b"}},
+      {"a\r\n\r\nb", {"a", "", "b"}},
+      {"a\n\nb\n", {"a", "", "b"}},
+      {"a\r\rb", {"a", "", "b"}},
+      {"a\n\rb", {"a", "", "b"}},  // LF then a lone CR: two line ends
+      {"\r\n", {""}},
+      {"\n\n", {"", ""}},
+      {"x\r", {"x"}},
+      {"mixed\r\nends\nhere\rlast", {"mixed", "ends", "here", "last"}},
+  };
+  TempDir dir;
+  int n = 0;
+  for (const Case& c : cases) {
+    const std::string path = dir.Write("f" + std::to_string(n++) + ".txt", c.content);
+    EXPECT_EQ(ReadAll(path), c.expected) << "content: " << ::testing::PrintToString(c.content);
+  }
+}
+
+TEST(TextFile, NulBytesStayInsideTheLine) {
+  TempDir dir;
+  const std::string content("a\0b\r\n\0\n", 7);
+  const Lines lines = ReadAll(dir.Write("nul.txt", content));
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(lines[0], std::string("a\0b", 3));
+  EXPECT_EQ(lines[1], std::string("\0", 1));
+}
+
+// A CR LF whose CR is the last byte of one buffer fill and whose LF is the first of the next
+// must still be one line end. Lines of several lengths move the split over the boundary.
+TEST(TextFile, CrLfSplitAcrossTheBufferBoundary) {
+  TempDir dir;
+  constexpr std::size_t kBuffer = 1u << 20;
+  for (std::size_t shift = 0; shift < 4; ++shift) {
+    // First line so long that its CR falls at kBuffer - 1 - shift + ... around the boundary.
+    std::string content(kBuffer - 1 - shift, 'x');
+    content += "\r\nsecond\r\nthird";
+    const Lines lines = ReadAll(dir.Write("split" + std::to_string(shift) + ".txt", content));
+    ASSERT_EQ(lines.size(), 3u) << "shift " << shift;
+    EXPECT_EQ(lines[0].size(), kBuffer - 1 - shift);
+    EXPECT_EQ(lines[1], "second");
+    EXPECT_EQ(lines[2], "third");
+  }
+  // Many short CR LF lines: with a 7-byte line, some line end straddles the boundary.
+  std::string many;
+  for (int i = 0; i < 400000; ++i) many += "abcde\r\n";
+  const Lines lines = ReadAll(dir.Write("many.txt", many));
+  ASSERT_EQ(lines.size(), 400000u);
+  for (const auto& l : lines) ASSERT_EQ(l, "abcde");
+}
+
+TEST(TextFile, LinesLongerThanTheBufferComeBackWhole) {
+  TempDir dir;
+  std::string big(10u << 20, 'q');
+  big[12345] = 'A';
+  big.back() = 'Z';
+  const std::string content = "short\n" + big + "\r\nafter\n" + big;  // last one without end
+  const Lines lines = ReadAll(dir.Write("big.txt", content));
+  ASSERT_EQ(lines.size(), 4u);
+  EXPECT_EQ(lines[0], "short");
+  EXPECT_EQ(lines[1], big);
+  EXPECT_EQ(lines[2], "after");
+  EXPECT_EQ(lines[3], big);
+}
+
+TEST(TextFile, SkipAtEndAndReopen) {
+  TempDir dir;
+  const std::string path = dir.Write("s.txt", "1\r\n2\r\n3\r\n");
+  TextFile f(path);
+  ASSERT_TRUE(f.IsOpen());
+  EXPECT_TRUE(f.SkipLines(2));
+  std::string line;
+  EXPECT_FALSE(f.AtEnd());
+  EXPECT_TRUE(f.ReadLine(line));
+  EXPECT_EQ(line, "3");
+  EXPECT_TRUE(f.AtEnd());
+  EXPECT_FALSE(f.ReadLine(line));
+  EXPECT_EQ(line, "");
+  EXPECT_FALSE(f.SkipLines(1));
+  // Reopening starts over.
+  ASSERT_TRUE(f.Open(path));
+  EXPECT_TRUE(f.ReadLine(line));
+  EXPECT_EQ(line, "1");
+  EXPECT_EQ(f.LinesRead(), 1);
+}
+
+TEST(TextFile, MissingFilesFoldersAndBackslashPaths) {
+  TempDir dir;
+  TextFile f;
+  EXPECT_FALSE(f.Open(dir.File("missing.txt")));
+  EXPECT_FALSE(f.Error().empty());
+  EXPECT_FALSE(f.Open(dir.path()));  // a folder is not a text file
+  EXPECT_NE(f.Error().find("directory"), std::string::npos) << f.Error();
+  EXPECT_FALSE(f.IsOpen());
+  std::string_view v;
+  EXPECT_FALSE(f.ReadLine(v));
+  EXPECT_FALSE(f.Open(""));
+
+  dir.Write("sub/r.txt", "hello");
+  std::string windows = dir.path() + "\\sub\\r.txt";
+  ASSERT_TRUE(f.Open(windows)) << f.Error();
+  std::string line;
+  EXPECT_TRUE(f.ReadLine(line));
+  EXPECT_EQ(line, "hello");
+}
+
+}  // namespace
+}  // namespace kroveld
