@@ -1,0 +1,225 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "app/cli_command_line.h"
+#include "app/help_text.h"
+#include "app/slash_command_line.h"
+#include "support/test_support.h"
+
+namespace kroveld {
+namespace {
+
+using testing::TempDir;
+
+const std::string kApp = "/opt/kroveld";
+
+struct SlashCase {
+  const char* name;
+  const char* text;
+  void (*check)(const clsConversionOptions&);
+};
+
+TEST(SlashCommandLine, EachSwitchSetsItsField) {
+  const SlashCase cases[] = {
+      {"input path", "/I\\data\\in.txt",
+       [](const clsConversionOptions& o) { EXPECT_EQ(o.sInputFile, "\\data\\in.txt"); }},
+      {"output path", "/O \\data\\out.csv ",
+       [](const clsConversionOptions& o) { EXPECT_EQ(o.sOutputFile, "\\data\\out.csv"); }},
+      {"recipe path", "/R\\r\\x.rcp",
+       [](const clsConversionOptions& o) {
+         EXPECT_EQ(o.sRecipeFile, "\\r\\x.rcp");
+         EXPECT_TRUE(o.bUseRecipe);
+       }},
+      {"bare recipe name is in the application folder", "/Rledger.rcp",
+       [](const clsConversionOptions& o) {
+         EXPECT_EQ(o.sRecipeFile, kApp + "\\ledger.rcp");
+         EXPECT_TRUE(o.bUseRecipe);
+       }},
+      {"subfolders", "/S", [](const clsConversionOptions& o) { EXPECT_TRUE(o.bDoSubfolders); }},
+      {"beside input", "/G",
+       [](const clsConversionOptions& o) { EXPECT_TRUE(o.bSaveInOriginalFolder); }},
+      {"show", "/E", [](const clsConversionOptions& o) { EXPECT_TRUE(o.bShowExcel); }},
+      {"no clear", "/C",
+       [](const clsConversionOptions& o) { EXPECT_FALSE(o.bClearOutputFileBeforeProcessing); }},
+      {"verbose", "/V", [](const clsConversionOptions& o) { EXPECT_TRUE(o.bVerbose); }},
+      {"lower-case switch", "/i\\a.txt /s",
+       [](const clsConversionOptions& o) {
+         EXPECT_EQ(o.sInputFile, "\\a.txt");
+         EXPECT_TRUE(o.bDoSubfolders);
+       }},
+      {"tab size lower case", "/t12",
+       [](const clsConversionOptions& o) { EXPECT_EQ(o.lTabSize, 12); }},
+      {"tab size not a number keeps 8", "/Tx",
+       [](const clsConversionOptions& o) { EXPECT_EQ(o.lTabSize, 8); }},
+      {"sheet quotes removed", "/W \"Budget, Expense\"",
+       [](const clsConversionOptions& o) { EXPECT_EQ(o.sSheetTarget, "Budget, Expense"); }},
+      {"quotes and backslash: quotes removed", "/I\"\\my data\\in.txt\"",
+       [](const clsConversionOptions& o) { EXPECT_EQ(o.sInputFile, "\\my data\\in.txt"); }},
+      {"bare quoted name keeps its quotes", "/I\"in.txt\"",
+       [](const clsConversionOptions& o) { EXPECT_EQ(o.sInputFile, kApp + "\\\"in.txt\""); }},
+      {"inner blanks kept", "/I \\my reports\\june 2024.txt  ",
+       [](const clsConversionOptions& o) {
+         EXPECT_EQ(o.sInputFile, "\\my reports\\june 2024.txt");
+       }},
+      {"later switch wins", "/Tx /T4 /T6",
+       [](const clsConversionOptions& o) { EXPECT_EQ(o.lTabSize, 6); }},
+      {"unknown switch ignored", "/X\\nothing /Q",
+       [](const clsConversionOptions& o) {
+         EXPECT_TRUE(o.sInputFile.empty());
+         EXPECT_EQ(o.lTabSize, 8);
+       }},
+      {"text before the first slash ignored", "in.txt /S",
+       [](const clsConversionOptions& o) {
+         EXPECT_TRUE(o.sInputFile.empty());
+         EXPECT_TRUE(o.bDoSubfolders);
+       }},
+      {"blank after the slash is no switch", "/ S",
+       [](const clsConversionOptions& o) { EXPECT_FALSE(o.bDoSubfolders); }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    clsConversionOptions options;
+    const SlashParseResult r = ParseCommandLine(c.text, options, kApp);
+    EXPECT_TRUE(r.job);
+    EXPECT_TRUE(r.commandLineMode);
+    EXPECT_FALSE(r.helpRequested);
+    c.check(options);
+  }
+}
+
+TEST(SlashCommandLine, EmptyTextIsNoJobAndBlanksAreAJob) {
+  clsConversionOptions options;
+  SlashParseResult r = ParseCommandLine("", options, kApp);
+  EXPECT_FALSE(r.job);
+  EXPECT_FALSE(r.commandLineMode);
+
+  r = ParseCommandLine("   ", options, kApp);
+  EXPECT_TRUE(r.job);
+  EXPECT_TRUE(r.commandLineMode);
+  EXPECT_TRUE(options.sInputFile.empty());
+  EXPECT_EQ(options.sSheetTarget, "1");
+  EXPECT_TRUE(options.bClearOutputFileBeforeProcessing);
+}
+
+TEST(SlashCommandLine, QuestionMarkAsksForHelpAndIsStillAJob) {
+  clsConversionOptions options;
+  const SlashParseResult r = ParseCommandLine("/?", options, kApp);
+  EXPECT_TRUE(r.job);
+  EXPECT_TRUE(r.helpRequested);
+}
+
+TEST(SlashCommandLine, LogSwitchCreatesEveryMissingFolder) {
+  TempDir dir;
+  // "/" ends a value, so the slash syntax spells folders with backslashes.
+  std::string folder = dir.path();
+  for (char& c : folder) c = c == '/' ? '\\' : c;
+  const std::string log = folder + "\\a\\b\\c\\run.log";
+  clsConversionOptions options;
+  ParseCommandLine("/L" + log, options, kApp);
+  EXPECT_EQ(options.sLogFile, log);
+  EXPECT_TRUE(std::filesystem::is_directory(dir.path() + "/a/b/c"));
+  EXPECT_FALSE(std::filesystem::exists(dir.path() + "/a/b/c/run.log"));
+}
+
+TEST(SlashCommandLine, FieldHelpers) {
+  EXPECT_EQ(CountFields("", '/'), 1);
+  EXPECT_EQ(CountFields("/a/b", '/'), 3);
+  std::string key;
+  EXPECT_EQ(GetField(2, "x/ i  some value  /o", '/', &key), "i  some value");
+  EXPECT_EQ(key, "");
+  EXPECT_EQ(GetField(3, "x/i a/ob ", '/', &key), "b");
+  EXPECT_EQ(key, "O");
+  EXPECT_EQ(GetField(2, "x//y", '/', &key), "");
+  EXPECT_EQ(key, "");
+  EXPECT_EQ(RemoveQuotes("\"a\"b\""), "ab");
+}
+
+TEST(ConventionalCommandLine, RelativePathsBecomeAbsoluteAndFlagsApply) {
+  clsConversionOptions options;
+  const auto r =
+      ParseConventionalCommandLine({"-i", "in/*.txt", "--output", "out/*.csv", "-r", "x.rcp", "-s",
+                                    "-g", "-e", "--no-clear", "-w", "Budget", "-t", "4", "-v"},
+                                   options);
+  ASSERT_TRUE(r.job) << r.err;
+  const std::string cwd = std::filesystem::current_path().string();
+  EXPECT_EQ(options.sInputFile, cwd + "/in/*.txt");
+  EXPECT_EQ(options.sOutputFile, cwd + "/out/*.csv");
+  EXPECT_EQ(options.sRecipeFile, cwd + "/x.rcp");
+  EXPECT_TRUE(options.bUseRecipe);
+  EXPECT_TRUE(options.bDoSubfolders);
+  EXPECT_TRUE(options.bSaveInOriginalFolder);
+  EXPECT_TRUE(options.bShowExcel);
+  EXPECT_FALSE(options.bClearOutputFileBeforeProcessing);
+  EXPECT_EQ(options.sSheetTarget, "Budget");
+  EXPECT_EQ(options.lTabSize, 4);
+  EXPECT_TRUE(options.bVerbose);
+}
+
+TEST(ConventionalCommandLine, DefaultsWithoutRecipeAndAbsolutePathsKept) {
+  clsConversionOptions options;
+  const auto r = ParseConventionalCommandLine({"-i", "/data/a.txt", "-o", "/data/a.csv"}, options);
+  ASSERT_TRUE(r.job);
+  EXPECT_EQ(options.sInputFile, "/data/a.txt");
+  EXPECT_FALSE(options.bUseRecipe);
+  EXPECT_TRUE(options.sRecipeFile.empty());
+  EXPECT_TRUE(options.bClearOutputFileBeforeProcessing);
+  EXPECT_EQ(options.lTabSize, 8);
+}
+
+TEST(ConventionalCommandLine, RejectedLinesExitTwoWithAReason) {
+  const std::vector<std::vector<std::string>> bad = {
+      {"-i", "a.txt"},                            // no output
+      {"-i", "a.txt", "-o", "a.csv", "--bogus"},  // unknown option
+      {"-i", "a.txt", "-o", "a.csv", "-t", "x"},  // tab size not a number
+      {"-i", "a.txt", "-o", "a.csv", "extra"},    // stray argument
+  };
+  for (const auto& args : bad) {
+    clsConversionOptions options;
+    const auto r = ParseConventionalCommandLine(args, options);
+    EXPECT_FALSE(r.job);
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_NE(r.err.find("kroveld: "), std::string::npos);
+  }
+}
+
+TEST(ConventionalCommandLine, HelpAndVersion) {
+  clsConversionOptions options;
+  auto r = ParseConventionalCommandLine({"--help"}, options);
+  EXPECT_FALSE(r.job);
+  EXPECT_EQ(r.exitCode, 0);
+  EXPECT_EQ(r.out, CommandLineHelpText());
+  r = ParseConventionalCommandLine({"--version"}, options);
+  EXPECT_FALSE(r.job);
+  EXPECT_EQ(r.exitCode, 0);
+  EXPECT_EQ(r.out.rfind("kroveld ", 0), 0u);
+}
+
+TEST(ConventionalCommandLine, LogCreatesItsFolder) {
+  TempDir dir;
+  clsConversionOptions options;
+  const auto r = ParseConventionalCommandLine(
+      {"-i", "a", "-o", "b.csv", "-l", dir.File("x/y/k.log")}, options);
+  ASSERT_TRUE(r.job);
+  EXPECT_TRUE(std::filesystem::is_directory(dir.File("x/y")));
+}
+
+// The help window shows docs/help/topic-4.html: it must carry the same text as "/?".
+TEST(HelpText, HtmlTopicHoldsTheSameText) {
+  std::string html = testing::ReadFile(std::string(KROVELD_SOURCE_DIR) + "/docs/help/topic-4.html");
+  const auto begin = html.find("<pre>");
+  const auto end = html.find("</pre>");
+  ASSERT_NE(begin, std::string::npos);
+  ASSERT_NE(end, std::string::npos);
+  std::string text = html.substr(begin + 5, end - begin - 5);
+  for (auto [entity, ch] :
+       {std::pair{"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&amp;", "&"}}) {
+    for (auto p = text.find(entity); p != std::string::npos; p = text.find(entity, p + 1)) {
+      text.replace(p, std::string_view(entity).size(), ch);
+    }
+  }
+  EXPECT_EQ(text, CommandLineHelpText());
+}
+
+}  // namespace
+}  // namespace kroveld

@@ -1,0 +1,48 @@
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "app/startup_files.h"
+#include "support/test_support.h"
+
+namespace kroveld {
+namespace {
+
+using testing::ReadFile;
+using testing::TempDir;
+
+TEST(DefaultConfig, ElevenLinesByteForByte) {
+  TempDir dir;
+  const std::string path = dir.File("config.ini");
+  testing::WriteFile(path, "old content that must go\r\n");
+  ASSERT_TRUE(CreateDefaultConfig(path));
+  EXPECT_EQ(ReadFile(path),
+            "[Header]\r\nProduct=KRO_B\r\nFileType=CONFIG\r\nFileFormat=1.0\r\n\r\n[General]\r\n"
+            "DefaultInputFile=\r\nDefaultOutputFile=\r\nUseRecipeFile=\r\nDefaultRecipeFile=\r\n"
+            "\r\n");
+}
+
+TEST(ErrorLog, RewrittenWithOneHeaderLine) {
+  TempDir dir;
+  const std::string path = dir.File("ErrorLog.txt");
+  testing::WriteFile(path, "line of an earlier run\r\nanother\r\n");
+  ASSERT_TRUE(WriteErrorLogHeader(path));
+  ASSERT_TRUE(WriteErrorLogHeader(path));
+  const std::string log = ReadFile(path);
+  EXPECT_TRUE(std::regex_match(
+      log, std::regex(R"(Kroveld Error Log \[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\]\r\n)")))
+      << log;
+}
+
+TEST(IniBool, OnlyTheWordFalseIsFalse) {
+  EXPECT_FALSE(IniBool("FALSE"));
+  EXPECT_FALSE(IniBool("false"));
+  EXPECT_FALSE(IniBool("False"));
+  EXPECT_TRUE(IniBool("no"));
+  EXPECT_TRUE(IniBool(""));
+  EXPECT_TRUE(IniBool("0"));
+  EXPECT_TRUE(IniBool("TRUE"));
+}
+
+}  // namespace
+}  // namespace kroveld
