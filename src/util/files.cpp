@@ -281,7 +281,7 @@ bool AtomicFile::Commit() {
     return false;
   }
   Flush();
-  if (!failed_ && ::fsync(fd_) != 0 && errno != EINVAL && errno != EROFS) {
+  if (!failed_ && durable_ && ::fsync(fd_) != 0 && errno != EINVAL && errno != EROFS) {
     failed_ = true;
     error_ = "Cannot write " + target_ + ": " + LastErrorText();
   }

@@ -63,6 +63,10 @@ class AtomicFile {
   bool Commit();
   // Drops the temporary file.
   void Abort();
+  // With durable (the default) Commit() flushes the data to the disk before the rename. Callers
+  // that rewrite one small file many times in a row (one key at a time) switch it off; the rename
+  // still replaces the file in one step.
+  void SetDurable(bool durable) { durable_ = durable; }
   bool IsOpen() const { return fd_ >= 0; }
   const std::string& Error() const { return error_; }
   const std::string& Target() const { return target_; }
@@ -76,6 +80,7 @@ class AtomicFile {
   std::string buffer_;
   std::string error_;
   bool failed_ = false;
+  bool durable_ = true;
 };
 
 // Text of errno for messages.

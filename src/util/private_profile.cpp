@@ -88,8 +88,9 @@ bool PrivateProfile::Load(const std::string& path) {
   return true;
 }
 
-bool PrivateProfile::Save(const std::string& path) {
+bool PrivateProfile::Save(const std::string& path, bool durable) {
   AtomicFile out;
+  out.SetDurable(durable);
   if (!out.Open(path)) {
     error_ = out.Error();
     return false;
@@ -161,7 +162,8 @@ bool WritePrivateProfileString(const std::string& path, std::string_view section
   PrivateProfile p;
   if (!p.Load(path)) return false;
   p.Set(section, key, value);
-  return p.Save(path);
+  // Writers call this once per key, in long runs; the rename alone keeps the file whole.
+  return p.Save(path, false);
 }
 
 }  // namespace kroveld

@@ -17,8 +17,9 @@ class PrivateProfile {
   // Reads the file; a missing file gives an empty document. False (with Error()) if it exists but
   // cannot be read.
   bool Load(const std::string& path);
-  // Writes the document to `path` (atomically). False with Error() on failure.
-  bool Save(const std::string& path);
+  // Writes the document to `path` (atomically). False with Error() on failure. `durable` false
+  // skips flushing to the disk before the rename (for a file rewritten once per key).
+  bool Save(const std::string& path, bool durable = true);
 
   std::string Get(std::string_view section, std::string_view key, std::string_view def) const;
   void Set(std::string_view section, std::string_view key, std::string_view value);
