@@ -1,0 +1,361 @@
+#include "engine/short_format.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "engine/context.h"
+#include "engine/export_specs.h"
+#include "engine/extract_support.h"
+#include "engine/recipe.h"
+#include "support/recording_port.h"
+#include "support/test_support.h"
+#include "util/profile.h"
+#include "util/strings.h"
+
+namespace kroveld {
+namespace {
+
+using testing::CrLf;
+using testing::DataFile;
+using testing::ReadFile;
+using testing::RecordingPort;
+using testing::TempDir;
+
+// ---- the line-span search ----
+
+TEST(FindLineSpan, FindsBlocksOneAfterTheOther) {
+  TempDir dir;
+  const std::string path =
+      dir.Write("t.txt", CrLf({"x", "<<a", "tmpl", "y", ">>b", " <<", "<", "<<c", "t2", "z"}));
+  TextFile file(path);
+  LineSpan s = FindLineSpan(file, "<<", ">>");
+  EXPECT_EQ(2, s.start);
+  EXPECT_EQ("tmpl", s.text);
+  EXPECT_EQ(5, s.end);
+  // From the current position on: " <<" and "<" do not begin with the key; no end follows.
+  s = FindLineSpan(file, "<<", ">>");
+  EXPECT_EQ(3, s.start);
+  EXPECT_EQ("t2", s.text);
+  EXPECT_EQ(0, s.end);
+  s = FindLineSpan(file, "<<", ">>");
+  EXPECT_EQ(0, s.start);
+  EXPECT_EQ(0, s.end);
+}
+
+TEST(FindLineSpan, StartOnTheLastLine) {
+  TempDir dir;
+  TextFile file(dir.Write("t.txt", CrLf({"a", "<<"})));
+  const LineSpan s = FindLineSpan(file, "<<", ">>");
+  EXPECT_EQ(2, s.start);
+  EXPECT_EQ("", s.text);
+  EXPECT_EQ(0, s.end);
+}
+
+// ---- FileCreateShort ----
+
+struct ShortFixture : ::testing::Test {
+  RecordingPort ui;
+  TempDir dir;
+  Context ctx{ui, dir.path()};
+  clsExportSpecs specs;
+
+  std::string CreateShort(std::string_view marked) {
+    const std::string in = dir.Write("marked.txt", marked);
+    const std::string out = dir.File("short.rcp");
+    specs.FileCreateShort(ctx, in, out);
+    return ReadFile(out);
+  }
+};
+
+const std::string kShortHeader =
+    CrLf({"[Header]", "Product=KRO-B", "FileType=RECIPE", "FileFormat=1.0"});
+
+std::string ShortTable(int n, std::string_view tmpl) {
+  const std::string k = ToText(n);
+  return CrLf({"", "[Table " + k + "]", "ReadStartLine=>>" + k, "ReadStartLineOffset=2",
+               "ReadEndLine=<<" + k, "ReadEndLineOffset=-1", "Parsing=" + std::string(tmpl),
+               "WriteColumn=A"});
+}
+
+TEST_F(ShortFixture, CreateShortFromMarkedReport) {
+  specs.FileCreateShort(ctx, DataFile("auto-marked-report.txt"), dir.File("short.rcp"));
+  EXPECT_EQ(kShortHeader + ShortTable(1, "=") + ShortTable(2, "-----      +--  +======"),
+            ReadFile(dir.File("short.rcp")));
+  EXPECT_TRUE(ui.messages.empty());
+}
+
+TEST_F(ShortFixture, TemplateKeepsItsLeadingBlanks) {
+  EXPECT_EQ(kShortHeader + ShortTable(1, "   ----  ----"),
+            CreateShort(CrLf({">>1", "h", "row", "<<1", "   ----  ----", ">>"})));
+}
+
+TEST_F(ShortFixture, EmptyTemplateEndsTheRecipe) {
+  const std::string text = CreateShort(CrLf({">>1", "h", "r1", "<<1", "---", ">>2", "h", "r2",
+                                             "<<2", "", ">>3", "h", "r3", "<<3", "---", ">>"}));
+  EXPECT_EQ(kShortHeader + ShortTable(1, "---"), text);
+  ASSERT_EQ(1u, ui.messages.size());
+  EXPECT_EQ("Table 2: the template line (line 10 of " + dir.File("marked.txt") +
+                ") is empty; this table and the ones after it are not read.",
+            ui.messages[0].text);
+  EXPECT_EQ(Icon::Exclamation, ui.messages[0].icon);
+}
+
+TEST_F(ShortFixture, BlockWithoutClosingMarker) {
+  const std::string text =
+      CreateShort(CrLf({">>1", "h", "r1", "<<1", "---", ">>2", "h", "r2", "<<2", "--- ---"}));
+  EXPECT_EQ(kShortHeader + ShortTable(1, "---"), text);
+  ASSERT_EQ(1u, ui.messages.size());
+  EXPECT_EQ("Table 2: no line beginning with \">>\" after its template (line 10 of " +
+                dir.File("marked.txt") + "); this table is not read.",
+            ui.messages[0].text);
+}
+
+TEST_F(ShortFixture, NoBlocksAtAll) {
+  EXPECT_EQ(kShortHeader, CreateShort(CrLf({"A plain report", "1001  Cash  12.00"})));
+  ASSERT_EQ(1u, ui.messages.size());
+  EXPECT_EQ(Icon::Exclamation, ui.messages[0].icon);
+  EXPECT_NE(std::string::npos, ui.messages[0].text.find("No table markers found in "));
+}
+
+TEST_F(ShortFixture, UnreadableTemplateFileStillWritesTheHeader) {
+  specs.FileCreateShort(ctx, dir.File("missing.txt"), dir.File("short.rcp"));
+  EXPECT_EQ(kShortHeader, ReadFile(dir.File("short.rcp")));
+  ASSERT_EQ(1u, ui.messages.size());
+  EXPECT_NE(std::string::npos, ui.messages[0].text.find("missing.txt"));
+}
+
+// ---- FileConvertShortToLong and LoadFromFileShort ----
+
+std::string LongHeader() {
+  return CrLf({"[Header]", "Product=KRO", "FileType=EXPORT SPEC", "FileFormat=1.1", "", "[General]",
+               "Name="});
+}
+
+std::string LongTable(int n, const std::string& top, int topOffset, const std::string& bottom,
+                      int bottomOffset, std::vector<clsColumn> columns) {
+  const std::string t = "Table " + ToText(n);
+  std::string s =
+      CrLf({"", "[" + t + "]", "ReadStartLine=" + top, "ReadStartLineOffset=" + ToText(topOffset),
+            "ReadEndLine=" + bottom, "ReadEndLineOffset=" + ToText(bottomOffset),
+            "TotalColumns=" + ToText(static_cast<long long>(columns.size()))});
+  for (std::size_t c = 0; c < columns.size(); ++c) {
+    s += CrLf({"", "[" + t + " Col " + ToText(static_cast<long long>(c + 1)) + "]",
+               "ReadColumnStart=" + ToText(columns[c].ReadColumnStart),
+               "ReadColumnEnd=" + ToText(columns[c].ReadColumnEnd),
+               "WriteColumn=" + columns[c].WriteColumn,
+               "PeriodOperator=" + columns[c].PeriodOperator});
+  }
+  return s;
+}
+
+using testing::MakeColumn;
+
+TEST_F(ShortFixture, AutomaticRoadEndToEnd) {
+  // The marked-up report is the template text and the report being converted at once.
+  const std::string report = DataFile("auto-marked-report.txt");
+  const std::string shortPath = dir.File("_AutoRecipe.rcp");
+  specs.FileCreateShort(ctx, report, shortPath);
+  ctx.currentInput = report;
+  ctx.statusPrefix = "report";
+  ctx.recipe.LoadFromFileShort(ctx, shortPath);
+  EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
+
+  const std::string longPath = ctx.AppFile("_ExportSpecs.krs");
+  EXPECT_EQ(longPath, ctx.recipe.ExportSpecFileName);
+  EXPECT_EQ(report, ctx.recipe.InputFileNames[0]);
+  EXPECT_EQ(LongHeader() +
+                LongTable(1, ">>1", 2, "<<1", -1,
+                          {MakeColumn(1, 5, "A"), MakeColumn(6, 29, "B"), MakeColumn(30, 41, "C"),
+                           MakeColumn(42, 54, "D")}) +
+                LongTable(2, ">>2", 2, "<<2", -1,
+                          {MakeColumn(1, 6, "A"), MakeColumn(7, 15, "B", "SUM"),
+                           MakeColumn(16, 25, "C", "SUM")}),
+            ReadFile(longPath));
+  // One status text per table, and a yield after each.
+  EXPECT_EQ((std::vector<std::pair<int, std::string>>{{1, "report - Scanning Table 1"},
+                                                      {1, "report - Scanning Table 2"}}),
+            ui.statuses);
+  EXPECT_EQ(2, ui.events);
+
+  // The long form converts the report.
+  testing::CellSink sink;
+  ctx.sink = &sink;
+  ctx.recipe.ExportSpecs.ReadFromFile(ui, longPath);
+  ctx.recipe.ExportSpecs.Process(ctx, 0);
+  ASSERT_TRUE(ui.messages.empty()) << ui.messages[0].text;
+  const std::vector<std::vector<std::string>> expected = {
+      {"1000", "Cash on hand", "1,250.00", ""},
+      {"1200", "Accounts receivable", "980.15", ""},
+      {"2000", "Accounts payable", "", "(1,300.00)"},
+      {"", "", "", ""},
+      {"3000", "Retained earnings", "", "45.50"},
+      {"North", "12", "1204.5", ""},
+      {"South", "3", "-88", ""},
+  };
+  for (std::size_t r = 0; r < expected.size(); ++r) {
+    for (std::size_t c = 0; c < expected[r].size(); ++c) {
+      EXPECT_EQ(expected[r][c],
+                std::string(Trim(sink.At(static_cast<int>(r + 1), static_cast<int>(c + 1)))))
+          << "row " << r + 1 << " column " << c + 1;
+    }
+  }
+}
+
+// A report with two tables between plain key texts.
+const char* const kTwoTables =
+    "SALES\r\n"
+    "  North    10   20   30   40\r\n"
+    "  South     1    2    3    4\r\n"
+    "END SALES\r\n"
+    "COSTS\r\n"
+    "  Rent    100\r\n"
+    "END COSTS\r\n";
+
+struct ConvertFixture : ShortFixture {
+  std::string input;
+  std::string longPath;
+  ConvertFixture() {
+    input = dir.Write("report.txt", kTwoTables);
+    longPath = dir.File("long.krs");
+  }
+  std::string Convert(std::string_view shortText) {
+    const std::string shortPath = dir.Write("short.rcp", shortText);
+    specs.FileConvertShortToLong(ctx, shortPath, longPath, input);
+    return ReadFile(longPath);
+  }
+  std::string Key(const std::string& section, const std::string& key) {
+    return GetProfileValueFromFile(longPath, section, key, "<absent>");
+  }
+};
+
+std::string ShortSection(int n, std::string_view top, std::string_view bottom,
+                         std::string_view tmpl, std::string_view column) {
+  return CrLf({"[Table " + ToText(n) + "]", "ReadStartLine=" + std::string(top),
+               "ReadStartLineOffset=1", "ReadEndLine=" + std::string(bottom),
+               "ReadEndLineOffset=-1", "Parsing=" + std::string(tmpl),
+               "WriteColumn=" + std::string(column)});
+}
+
+TEST_F(ConvertFixture, ColumnsFillLettersPastZ) {
+  Convert(kShortHeader + ShortSection(1, "SALES", "END SALES", "-", "Y"));
+  EXPECT_EQ("5", Key("Table 1", "TotalColumns"));
+  const char* letters[] = {"Y", "Z", "AA", "AB", "AC"};
+  for (int c = 1; c <= 5; ++c) {
+    EXPECT_EQ(letters[c - 1], Key("Table 1 Col " + ToText(c), "WriteColumn"));
+  }
+  EXPECT_EQ("1", Key("Table 1 Col 1", "ReadColumnStart"));
+  EXPECT_EQ("8", Key("Table 1 Col 1", "ReadColumnEnd"));
+  EXPECT_TRUE(ui.messages.empty());
+}
+
+TEST_F(ConvertFixture, FourColumnsFromY) {
+  Convert(kShortHeader + ShortSection(1, "SALES", "END SALES", "-------  ---  ---  ---", "y"));
+  EXPECT_EQ("4", Key("Table 1", "TotalColumns"));
+  EXPECT_EQ("Y", Key("Table 1 Col 1", "WriteColumn"));
+  EXPECT_EQ("Z", Key("Table 1 Col 2", "WriteColumn"));
+  EXPECT_EQ("AA", Key("Table 1 Col 3", "WriteColumn"));
+  EXPECT_EQ("AB", Key("Table 1 Col 4", "WriteColumn"));
+  // The fixed template is shorter than the rows: the last column reaches their end (28).
+  EXPECT_EQ("19", Key("Table 1 Col 4", "ReadColumnStart"));
+  EXPECT_EQ("28", Key("Table 1 Col 4", "ReadColumnEnd"));
+}
+
+TEST_F(ConvertFixture, LettersRunningPastZZStopTheConversion) {
+  Convert(kShortHeader + ShortSection(1, "SALES", "END SALES", "--- ---", "ZZ"));
+  EXPECT_EQ("<absent>", Key("Table 1", "TotalColumns"));
+  ASSERT_EQ(1u, ui.messages.size());
+  EXPECT_EQ("unexpected number code in xl.NumToAlpha2!", ui.messages[0].text);
+}
+
+TEST_F(ConvertFixture, TableNotFoundStopsTheLaterTables) {
+  Convert(kShortHeader + ShortSection(1, "SALES", "END SALES", "=", "A") +
+          ShortSection(2, "PROFITS", "END PROFITS", "=", "A") +
+          ShortSection(3, "COSTS", "END COSTS", "=", "A"));
+  ASSERT_EQ(1u, ui.messages.size());
+  EXPECT_EQ("Table 2 not found!", ui.messages[0].text);
+  EXPECT_EQ(Icon::Exclamation, ui.messages[0].icon);
+  EXPECT_EQ("5", Key("Table 1", "TotalColumns"));
+  EXPECT_EQ("<absent>", Key("Table 2", "ReadStartLine"));
+  EXPECT_EQ("<absent>", Key("Table 3", "ReadStartLine"));
+}
+
+TEST_F(ConvertFixture, HeaderIsNotValidated) {
+  const std::string text =
+      Convert(CrLf({"[Header]", "Product=SOMETHING", "FileType=ELSE", "FileFormat=9"}) +
+              ShortSection(1, "COSTS", "END COSTS", "+", "C"));
+  EXPECT_TRUE(ui.messages.empty());
+  EXPECT_EQ(
+      LongHeader() + LongTable(1, "COSTS", 1, "END COSTS", -1, {MakeColumn(1, 13, "C", "SUM")}),
+      text);
+}
+
+TEST_F(ConvertFixture, BadShortRecipes) {
+  struct Case {
+    const char* what;
+    std::string shortText;
+    std::string message;
+  };
+  const Case cases[] = {
+      {"template of blanks only", ShortSection(1, "SALES", "END SALES", "     ", "A"),
+       "Table 1 not found!"},
+      {"no Parsing key", CrLf({"[Table 1]", "ReadStartLine=SALES", "ReadEndLine=END SALES"}),
+       "Table 1 not found!"},
+      {"no ReadEndLine", CrLf({"[Table 1]", "ReadStartLine=SALES", "Parsing=-"}),
+       "Error in Table 1 : Invalid ReadEndLine!"},
+      {"no ReadStartLine", CrLf({"[Table 1]", "ReadEndLine=END SALES", "Parsing=-"}),
+       "Error in Table 1 : Invalid ReadStartLine!"},
+      {"offset not a number",
+       CrLf({"[Table 1]", "ReadStartLine=SALES", "ReadStartLineOffset=two", "ReadEndLine=END",
+             "Parsing=-"}),
+       "Error in Table 1 : ReadStartLineOffset must be a whole number!"},
+      {"inferred template on a block of blank lines",
+       ShortSection(1, "END SALES", "COSTS", "=", "A"), "Table 1 not found!"},
+  };
+  for (const Case& c : cases) {
+    ui.Clear();
+    const std::string text = Convert(c.shortText);
+    EXPECT_EQ(std::vector<std::string>{c.message}, ui.Texts()) << c.what;
+    EXPECT_EQ(LongHeader(), text) << c.what;
+  }
+}
+
+TEST_F(ConvertFixture, MissingWriteColumnMeansA) {
+  Convert(CrLf({"[Table 1]", "ReadStartLine=COSTS", "ReadStartLineOffset=1",
+                "ReadEndLine=END COSTS", "ReadEndLineOffset=-1", "Parsing=-"}));
+  EXPECT_EQ("A", Key("Table 1 Col 1", "WriteColumn"));
+  EXPECT_EQ("B", Key("Table 1 Col 2", "WriteColumn"));
+  EXPECT_TRUE(ui.messages.empty());
+}
+
+TEST_F(ConvertFixture, TooManyRowsIsRefused) {
+  std::string big = "TOP\r\n";
+  for (int i = 0; i < 10000; ++i) big += "  a   1\r\n";
+  big += "BOTTOM\r\n";
+  input = dir.Write("big.txt", big);
+  Convert(ShortSection(1, "TOP", "BOTTOM", "=R", "A"));
+  EXPECT_EQ((std::vector<std::string>{"Error: A table must have no more than 9999 rows!",
+                                      "Table 1 not found!"}),
+            ui.Texts());
+}
+
+TEST_F(ShortFixture, LoadFromMissingShortRecipe) {
+  const std::string longPath = ctx.AppFile("_ExportSpecs.krs");
+  testing::WriteFile(longPath, CrLf({"[Table 9]", "ReadStartLine=old"}));
+  ctx.currentInput = dir.File("report.txt");
+  ctx.recipe.OutputFileTitle = "left over";
+  ctx.recipe.LoadFromFileShort(ctx, dir.File("nothing.rcp"));
+  ASSERT_EQ(2u, ui.messages.size());
+  EXPECT_EQ("Cannot find recipe file: " + dir.File("nothing.rcp"), ui.messages[0].text);
+  EXPECT_EQ(Icon::None, ui.messages[0].icon);
+  EXPECT_EQ("short format recipe file does not exist!", ui.messages[1].text);
+  EXPECT_EQ(Icon::None, ui.messages[1].icon);
+  // The old long form is gone: only the header and the name are left.
+  EXPECT_EQ(LongHeader(), ReadFile(longPath));
+  EXPECT_EQ("", ctx.recipe.OutputFileTitle);
+  EXPECT_EQ(dir.File("report.txt"), ctx.recipe.InputFileNames[0]);
+  EXPECT_EQ(longPath, ctx.recipe.ExportSpecFileName);
+}
+
+}  // namespace
+}  // namespace kroveld
