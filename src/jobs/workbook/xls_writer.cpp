@@ -426,7 +426,8 @@ bool WriteXls(const Workbook& book, const std::string& path, std::string& error)
     g_object_unref(ole);
   }
   if (out) {
-    ok = gsf_output_close(out) && ok;
+    // Closing the compound file closes its sink too; close it here only if it is still open.
+    if (!gsf_output_is_closed(out)) ok = gsf_output_close(out) && ok;
     g_object_unref(out);
   } else {
     std::fclose(file);

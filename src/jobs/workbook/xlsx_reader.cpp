@@ -136,7 +136,7 @@ struct Relationship {
   std::string target;
 };
 
-// Relationships of `part`, by id, with targets resolved to part names.
+// Relationships of `part` ("" for the package itself), by id, with targets resolved to part names.
 std::unordered_map<std::string, Relationship> ReadRelationships(zip_t* zip,
                                                                 const std::string& part) {
   std::unordered_map<std::string, Relationship> rels;
@@ -284,7 +284,7 @@ bool ReadXlsx(const std::string& path, Workbook& book, std::string& error) {
     return false;
   }
   std::string workbook_part = "xl/workbook.xml";
-  for (const auto& [id, rel] : ReadRelationships(zip.get(), "_rels/.rels")) {
+  for (const auto& [id, rel] : ReadRelationships(zip.get(), "")) {
     (void)id;
     if (EndsWith(rel.type, "/officeDocument")) workbook_part = rel.target;
   }
