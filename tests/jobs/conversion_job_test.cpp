@@ -1,0 +1,214 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "engine/context.h"
+#include "jobs/auto_recipe_lock.h"
+#include "jobs/conversion_job.h"
+#include "jobs/job_test_support.h"
+#include "jobs/write_report.h"
+#include "support/recording_port.h"
+#include "util/private_profile.h"
+
+namespace kroveld {
+namespace {
+
+using testing::ReadFile;
+using testing::RecordingHost;
+using testing::RecordingPort;
+using testing::TempDir;
+
+struct JobFixture {
+  TempDir dir;
+  RecordingPort port;
+  Context ctx{port, dir.path()};
+  RecordingHost host;
+
+  void UseRecipe(const std::string& recipe, const std::string& input, const std::string& output) {
+    ctx.options.bUseRecipe = true;
+    ctx.options.sRecipeFile = recipe;
+    ctx.recipeBoxText = recipe;
+    ctx.options.sInputFile = input;
+    ctx.options.sOutputFile = output;
+  }
+};
+
+TEST(OutputKind, DecidedBySubstringCsvFirst) {
+  const std::pair<const char*, OutputKind> cases[] = {
+      {"/o/report.csv", OutputKind::Csv},
+      {"/o/report.CSV.xls", OutputKind::Csv},
+      {"/o/report.xlsx", OutputKind::Workbook},
+      {"/o/data.csv/report.xls", OutputKind::Csv},
+      {"/o/report.Xls", OutputKind::Workbook},
+      {"/o/report.txt", OutputKind::None},
+      {"", OutputKind::None},
+  };
+  for (const auto& [path, kind] : cases) EXPECT_EQ(OutputKindOf(path), kind) << path;
+}
+
+TEST(RunRecipe, OutputOfNoKnownKindStopsBeforeAnythingElse) {
+  JobFixture f;
+  f.UseRecipe(f.dir.File("missing.rcp"), f.dir.File("missing.txt"), f.dir.File("out.doc"));
+  RunRecipe(f.ctx, f.host);
+  ASSERT_EQ(f.port.messages.size(), 1u);
+  EXPECT_EQ(f.port.messages[0].text, "Output File must be of type XLS or CSV");
+  EXPECT_EQ(f.port.messages[0].icon, Icon::Exclamation);
+  EXPECT_EQ(f.host.mruUpdates, 0);
+}
+
+TEST(RunRecipe, MissingRecipeQuotesTheRecipeBoxAndUpdatesTheLists) {
+  for (bool folder : {false, true}) {
+    JobFixture f;
+    const std::string recipe = f.dir.File("ledger.rcp");
+    if (folder) std::filesystem::create_directory(recipe);
+    f.UseRecipe(recipe, f.dir.Write("in.txt", testing::SmallReport()), f.dir.File("out.csv"));
+    f.ctx.recipeBoxText = "ledger as typed";
+    RunRecipe(f.ctx, f.host);
+    ASSERT_EQ(f.port.messages.size(), 1u);
+    EXPECT_EQ(f.port.messages[0].text, "Recipe file ledger as typed does not exist!");
+    EXPECT_EQ(f.port.messages[0].icon, Icon::Exclamation);
+    EXPECT_EQ(f.host.mruUpdates, 1);
+    EXPECT_FALSE(std::filesystem::exists(f.dir.File("out.csv")));
+  }
+}
+
+TEST(RunRecipe, MissingInputOnTheRecipeRoad) {
+  JobFixture f;
+  const std::string input = f.dir.File("nope.txt");
+  f.UseRecipe(testing::SmallRecipe(f.dir), input, f.dir.File("out.csv"));
+  RunRecipe(f.ctx, f.host);
+  ASSERT_EQ(f.port.Texts(), std::vector<std::string>{"Input file: " + input + " does not exist!"});
+  EXPECT_EQ(f.port.messages[0].icon, Icon::Exclamation);
+  EXPECT_EQ(f.host.mruUpdates, 1);
+}
+
+TEST(RunRecipe, MissingInputOnTheAutomaticRoadLeavesTheOldAutomaticRecipe) {
+  JobFixture f;
+  const std::string autoRecipe = f.dir.Write("_AutoRecipe.rcp", "older automatic recipe\r\n");
+  f.ctx.options.sInputFile = f.dir.File("nope.txt");
+  f.ctx.options.sOutputFile = f.dir.File("out.csv");
+  RunRecipe(f.ctx, f.host);
+  ASSERT_EQ(f.port.Texts(),
+            std::vector<std::string>{"Input file: " + f.dir.File("nope.txt") + " does not exist!"});
+  EXPECT_EQ(ReadFile(autoRecipe), "older automatic recipe\r\n");
+  EXPECT_EQ(f.host.mruUpdates, 1);
+}
+
+TEST(RunRecipe, ConvertsTheJobsInputNotTheRecipesInputFileOne) {
+  JobFixture f;
+  f.dir.Write("elsewhere.txt", testing::SmallReport("wrong", "wrong"));
+  const std::string input = f.dir.Write("sub/today.txt", testing::SmallReport("fig", "plum"));
+  f.UseRecipe(testing::SmallRecipe(f.dir), input, f.dir.File("out.csv"));
+  RunRecipe(f.ctx, f.host);
+  EXPECT_TRUE(f.port.messages.empty()) << f.port.Texts().front();
+  EXPECT_EQ(ReadFile(f.dir.File("out.csv")), testing::SmallCsv("fig", "plum"));
+  EXPECT_EQ(f.ctx.recipe.InputFileNames[0], input);
+  EXPECT_EQ(f.ctx.periodLabel, "1");
+  EXPECT_EQ(f.host.mruUpdates, 1);
+  // The caption shows the CSV text while writing and is put back.
+  ASSERT_EQ(f.port.captions.size(), 2u);
+  EXPECT_EQ(f.port.captions[0], kCsvCaption);
+  EXPECT_EQ(f.port.captions[1], "Kroveld - Document To CSV/XLS Conversion");
+}
+
+TEST(RunRecipe, MissingExportDefinitionIsReportedAndTheOutputPhaseStillRuns) {
+  JobFixture f;
+  const std::string recipe = testing::SmallRecipe(f.dir);
+  std::filesystem::remove(f.dir.File("stock.krs"));
+  f.UseRecipe(recipe, f.dir.Write("in.txt", testing::SmallReport()), f.dir.File("out.csv"));
+  RunRecipe(f.ctx, f.host);
+  ASSERT_FALSE(f.port.messages.empty());
+  for (const auto& m : f.port.messages) {
+    EXPECT_EQ(m.text, "Cannot find Export Specs file: stock.krs");
+    EXPECT_EQ(m.icon, Icon::None);
+  }
+  EXPECT_TRUE(std::filesystem::exists(f.dir.File("out.csv")));
+  EXPECT_EQ(ReadFile(f.dir.File("out.csv")), "");
+}
+
+TEST(RunRecipe, TabNoteOncePerConfigFile) {
+  JobFixture f;
+  const std::string config = f.dir.File("config.ini");
+  ASSERT_TRUE(WritePrivateProfileString(config, "General", "DefaultInputFile", ""));
+  const std::string input =
+      f.dir.Write("in.txt", "Stock\tlist\r\n" + testing::SmallReport().substr(12));
+  f.UseRecipe(testing::SmallRecipe(f.dir), input, f.dir.File("out.csv"));
+  {
+    ConfigIniHost host(config);
+    RunRecipe(f.ctx, host);
+    RunRecipe(f.ctx, host);
+  }
+  ASSERT_EQ(f.port.messages.size(), 1u);
+  EXPECT_TRUE(f.port.messages[0].note);
+  EXPECT_EQ(f.port.messages[0].text,
+            "NOTE: The text in the Input File contains tab characters.\n"
+            "To specify the tab stop, change the options.");
+  EXPECT_EQ(ReadPrivateProfileString(config, "General", "bWarnedAboutTabsInFile", ""), "TRUE");
+  // A later run with the same config.ini stays quiet.
+  ConfigIniHost later(config);
+  EXPECT_TRUE(later.WarnedAboutTabsInFile());
+  RunRecipe(f.ctx, later);
+  EXPECT_EQ(f.port.messages.size(), 1u);
+}
+
+TEST(WriteReport, WorkbookOpenElsewhereIsLeftAlone) {
+  JobFixture f;
+  const std::string output = f.dir.File("book.xlsx");
+  f.dir.Write(".~lock.book.xlsx#", "someone,host,2024\n");
+  f.UseRecipe(testing::SmallRecipe(f.dir), f.dir.Write("in.txt", testing::SmallReport()), output);
+  RunRecipe(f.ctx, f.host);
+  ASSERT_EQ(f.port.messages.size(), 1u);
+  EXPECT_EQ(f.port.messages[0].text,
+            " Microsoft Excel is already open. Please close it then retry");
+  EXPECT_EQ(f.port.messages[0].icon, Icon::Information);
+  EXPECT_FALSE(std::filesystem::exists(output));
+  EXPECT_TRUE(f.port.captions.empty());
+}
+
+TEST(WriteReport, WorkbookIsWrittenWithItsCaption) {
+  JobFixture f;
+  const std::string output = f.dir.File("book.xlsx");
+  f.UseRecipe(testing::SmallRecipe(f.dir), f.dir.Write("in.txt", testing::SmallReport()), output);
+  RunRecipe(f.ctx, f.host);
+  EXPECT_TRUE(f.port.messages.empty());
+  EXPECT_TRUE(std::filesystem::exists(output));
+  ASSERT_EQ(f.port.captions.size(), 2u);
+  EXPECT_EQ(f.port.captions[0], kWorkbookCaption);
+}
+
+TEST(WriteReport, UnwritableCsvIsReportedOnceWithItsPath) {
+  JobFixture f;
+  const std::string output = f.dir.File("no/such/folder/out.csv");
+  f.UseRecipe(testing::SmallRecipe(f.dir), f.dir.Write("in.txt", testing::SmallReport()), output);
+  RunRecipe(f.ctx, f.host);
+  ASSERT_EQ(f.port.messages.size(), 1u);
+  EXPECT_EQ(f.port.messages[0].icon, Icon::Critical);
+  EXPECT_NE(f.port.messages[0].text.find(output), std::string::npos) << f.port.messages[0].text;
+  EXPECT_EQ(f.port.Caption(), "Kroveld - Document To CSV/XLS Conversion");
+}
+
+TEST(AutoRecipeLock, HeldExclusivelyUntilReleased) {
+  TempDir dir;
+  auto tryLock = [&] {
+    const int fd = ::open(dir.File(AutoRecipeLock::kFileName).c_str(), O_RDWR);
+    const bool got = fd >= 0 && ::flock(fd, LOCK_EX | LOCK_NB) == 0;
+    if (fd >= 0) ::close(fd);
+    return got;
+  };
+  {
+    AutoRecipeLock lock(dir.path());
+    ASSERT_TRUE(lock.Held());
+    EXPECT_FALSE(tryLock());
+    lock.Release();
+    EXPECT_TRUE(tryLock());
+  }
+  AutoRecipeLock again(dir.path());
+  EXPECT_TRUE(again.Held());
+  EXPECT_FALSE(tryLock());
+}
+
+}  // namespace
+}  // namespace kroveld
