@@ -19,6 +19,14 @@ void ReportUnknownOperator(UiPort& ui, std::string_view op) {
   ui.Message(text, Icon::Critical);
 }
 
+// True when the field holds a double quote or a comma. Runs for every field: a loop without an
+// early exit, which the compiler turns into vector compares.
+bool NeedsQuotes(std::string_view value) {
+  unsigned found = 0;
+  for (const char ch : value) found |= static_cast<unsigned>(ch == '"') | (ch == ',');
+  return found != 0;
+}
+
 bool IsKnownOperator(std::string_view op) {
   return op.empty() || op == "SUM" || op == "FIRST" || op == "LAST" || op == "AVG";
 }
@@ -48,11 +56,16 @@ std::string_view clsColumn::Value(Context& ctx) {
 
   const std::string_view value =
       ctx.lineProcessor.ProcessField(operator_code_, ReadColumnStart, ReadColumnEnd);
-  const std::string_view trimmed = TrimLeft(value);
-  if (!trimmed.empty() && trimmed.front() == '=') {
-    ui.Beep();
-    ui.Message("Error: Source Data field begin with Equal Sign! This may not be accepted by Excel!",
-               Icon::Critical);
+  // The first character after the leading blanks decides the equal-sign warning.
+  for (const char ch : value) {
+    if (ch == ' ') continue;
+    if (ch == '=') {
+      ui.Beep();
+      ui.Message(
+          "Error: Source Data field begin with Equal Sign! This may not be accepted by Excel!",
+          Icon::Critical);
+    }
+    break;
   }
   return value;
 }
@@ -70,7 +83,7 @@ void clsColumn::Process(Context& ctx, int row) {
 
 void clsColumn::AppendCsvValue(Context& ctx, std::string& out) {
   const std::string_view value = Value(ctx);
-  if (value.find_first_of("\",") == std::string_view::npos) {
+  if (!NeedsQuotes(value)) {
     out.append(value);
     return;
   }
