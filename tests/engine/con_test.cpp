@@ -1,0 +1,311 @@
+// Consolidation: reading and validating consolidate and department sections, finding departments
+// on sheet 1 and merging their accounts into one block on sheet 2.
+#include <gtest/gtest.h>
+
+#include "engine/context.h"
+#include "model_test_sink.h"
+#include "support/recording_port.h"
+#include "support/test_support.h"
+
+namespace kroveld {
+namespace {
+
+using testing::CrLf;
+using testing::MapSink;
+using testing::RecordingPort;
+using testing::TempDir;
+
+struct ReadCase {
+  const char* name;
+  std::string text;  // the consolidate section and its departments
+  std::string message;
+};
+
+class ConRead : public ::testing::TestWithParam<ReadCase> {};
+
+TEST_P(ConRead, ReportsTheFirstFailedTest) {
+  TempDir dir;
+  const std::string path = dir.Write("c.krs", GetParam().text);
+  RecordingPort ui;
+  clsCon con;
+  EXPECT_FALSE(con.ReadFromFile(ui, path, 1, 2));
+  ASSERT_EQ(ui.messages.size(), 1u);
+  EXPECT_EQ(ui.messages[0].text, GetParam().message);
+  EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Messages, ConRead,
+    ::testing::Values(
+        ReadCase{"NoTable", CrLf({"[Consolidate 1]", "ReadAccountsColumn=1"}),
+                 "Error in Consolidate 1 : Table number must be > 0!"},
+        ReadCase{"TableZero", CrLf({"[Consolidate 1]", "Table=0", "ReadAccountsColumn=1"}),
+                 "Error in Consolidate 1 : Table number must be > 0!"},
+        ReadCase{"TableText", CrLf({"[Consolidate 1]", "Table=one"}),
+                 "Error in Consolidate 1 : Table number must be > 0!"},
+        ReadCase{"UnknownTable", CrLf({"[Consolidate 1]", "Table=3", "ReadAccountsColumn=1"}),
+                 "Error in Consolidate 1 : Table number 3 does not exist!"},
+        ReadCase{"NoAccountsColumn", CrLf({"[Consolidate 1]", "Table=2", "TotalDepartments=1"}),
+                 "Error in Consolidate 1 : Accounts Column Number must be > 0!"},
+        ReadCase{"TooManyDepartments",
+                 CrLf({"[Consolidate 1]", "Table=2", "ReadAccountsColumn=1",
+                       "TotalDepartments=2000000000"}),
+                 "Error in Consolidate 1 : Number of departments must be at most 10000!"},
+        ReadCase{"DeptNoStart",
+                 CrLf({"[Consolidate 1]", "Table=1", "ReadAccountsColumn=1", "TotalDepartments=2",
+                       "[Con 1 Dept 1]", "ReadStartLine=a", "ReadStartLineOffset=0",
+                       "ReadEndLine=b", "ReadEndLineOffset=0", "[Con 1 Dept 2]", "ReadEndLine=b"}),
+                 "Error in Con 1 Dept 2 : Missing ReadStartLine text!"},
+        ReadCase{"DeptNoEnd",
+                 CrLf({"[Consolidate 1]", "Table=1", "ReadAccountsColumn=1", "TotalDepartments=1",
+                       "[Con 1 Dept 1]", "ReadStartLine=a", "ReadStartLineOffset=0"}),
+                 "Error in Con 1 Dept 1 : Missing ReadEndLine text!"},
+        ReadCase{
+            "DeptBadOffset",
+            CrLf({"[Consolidate 1]", "Table=1", "ReadAccountsColumn=1", "TotalDepartments=1",
+                  "[Con 1 Dept 1]", "ReadStartLine=a", "ReadStartLineOffset=two", "ReadEndLine=b"}),
+            "Error in Con 1 Dept 1 : ReadStartLineOffset must be a whole number!"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(ConReadOk, ReadsDepartmentsInOrder) {
+  TempDir dir;
+  const std::string path = dir.Write(
+      "c.krs", CrLf({"[Consolidate 2]", "Table=1", "ReadAccountsColumn=2", "TotalDepartments=2",
+                     "[Con 2 Dept 1]", "ReadStartLine=Dept 1", "ReadStartLineOffset=1",
+                     "ReadEndLine=Total 1", "ReadEndLineOffset=-1", "[Con 2 Dept 2]",
+                     "ReadStartLine=Dept 2", "ReadStartLineOffset=+2", "ReadEndLine=Total 2"}));
+  RecordingPort ui;
+  clsCon con;
+  EXPECT_TRUE(con.ReadFromFile(ui, path, 2, 1));
+  EXPECT_TRUE(ui.messages.empty());
+  EXPECT_EQ(con.ReadAccountsColumn, 2);
+  ASSERT_EQ(con.Departments.size(), 2u);
+  EXPECT_EQ(con.Departments[0].ReadEndLineOffset, -1);
+  EXPECT_EQ(con.Departments[1].ReadStartLine, "Dept 2");
+  EXPECT_EQ(con.Departments[1].ReadStartLineOffset, 2);
+  EXPECT_EQ(con.Departments[1].ReadEndLineOffset, 0);  // missing offset is 0
+}
+
+// Sheet 1 holds one written table (columns A: account, B and C: amounts) of two departments.
+class Consolidation : public ::testing::Test {
+ protected:
+  Consolidation() : ctx(ui, dir.path()) {
+    ctx.sink = &sink;
+    clsTable table;
+    table.TotalColumns = 3;
+    for (const char* letter : {"A", "B", "C"}) {
+      clsColumn column;
+      column.WriteColumn = letter;
+      table.Columns.push_back(column);
+    }
+    table.FirstRowWritten = 1;
+    table.LastRowWritten = 8;
+    specs().Tables.push_back(table);
+    Rows({{"Dept 1", "", ""},
+          {"A", "10", "1"},
+          {"B", "20", "2"},
+          {"Total 1", "30", "3"},
+          {"Dept 2", "", ""},
+          {"B", "5.5", "3"},
+          {"C", "7", "4"},
+          {"Total 2", "12.5", "7"}});
+    con.Table = 1;
+    con.ReadAccountsColumn = 1;
+    con.Departments = {Dept("Dept 1", 1, "Total 1", -1), Dept("Dept 2", 1, "Total 2", -1)};
+    con.TotalDepartments = 2;
+  }
+
+  clsExportSpecs& specs() { return ctx.recipe.ExportSpecs; }
+
+  void Rows(std::vector<std::vector<std::string>> rows) {
+    int r = 0;
+    for (const auto& row : rows) {
+      ++r;
+      for (std::size_t c = 0; c < row.size(); ++c) {
+        if (!row[c].empty()) sink.cells[{1, r, static_cast<int>(c + 1)}] = row[c];
+      }
+    }
+  }
+
+  static clsDepartment Dept(std::string start, int startOffset, std::string end, int endOffset) {
+    clsDepartment d;
+    d.ReadStartLine = std::move(start);
+    d.ReadStartLineOffset = startOffset;
+    d.ReadEndLine = std::move(end);
+    d.ReadEndLineOffset = endOffset;
+    return d;
+  }
+
+  std::vector<std::string> Sheet2Row(int row) {
+    return {sink.Cell(2, row, 1), sink.Cell(2, row, 2), sink.Cell(2, row, 3)};
+  }
+
+  TempDir dir;
+  RecordingPort ui;
+  MapSink sink;
+  Context ctx;
+  clsCon con;
+};
+
+TEST_F(Consolidation, RepeatedAccountsAreAddedIntoTheFirstRow) {
+  specs().WritePointer2 = 3;
+  con.Process(ctx);
+  EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
+  EXPECT_EQ(con.AccNames, (std::vector<std::string>{"A", "B", "C"}));
+  EXPECT_EQ(con.AccReadRowNumbers, (std::vector<int>{2, 3, 7}));
+  EXPECT_EQ(con.DupAccReadRowNumbers, std::vector<int>{6});
+  EXPECT_EQ(con.DupAccTargetRows, std::vector<int>{4});
+  EXPECT_EQ(con.FirstRowWritten, 3);
+  EXPECT_EQ(Sheet2Row(3), (std::vector<std::string>{"A", "10", "1"}));
+  EXPECT_EQ(Sheet2Row(4), (std::vector<std::string>{"B", "25.5", "5"}));
+  EXPECT_EQ(Sheet2Row(5), (std::vector<std::string>{"C", "7", "4"}));
+  EXPECT_EQ(specs().WritePointer2, 6);
+  EXPECT_EQ(specs().WritePointer1, 1);
+  EXPECT_FALSE(specs().Failed);
+}
+
+TEST_F(Consolidation, SumsFollowWriteDataFormat) {
+  const struct {
+    const char* format;
+    const char* sum;
+  } cases[] = {{"NearestCent", "25.50"}, {"NearestDollar", "26"}, {"nearestcent", "25.5"}};
+  for (const auto& c : cases) {
+    ctx.recipe.WriteDataFormat = c.format;
+    for (auto it = sink.cells.begin(); it != sink.cells.end();) {
+      it = std::get<0>(it->first) == 2 ? sink.cells.erase(it) : std::next(it);
+    }
+    specs().WritePointer2 = 1;
+    con.Process(ctx);
+    EXPECT_EQ(sink.Cell(2, 2, 2), c.sum) << c.format;
+    EXPECT_EQ(sink.Cell(2, 1, 2), "10") << c.format;  // copied rows are not reformatted
+  }
+  sink.cells[{1, 2, 2}] = "1,234,567.125";
+  sink.cells[{1, 6, 2}] = "(0.5)";
+  ctx.recipe.WriteDataFormat = "NearestCent";
+  specs().WritePointer2 = 10;
+  con.Process(ctx);
+  EXPECT_EQ(sink.Cell(2, 10, 2), "1,234,567.125");
+  EXPECT_EQ(sink.Cell(2, 11, 2), "19.50");
+}
+
+TEST_F(Consolidation, AccountNamesMatchTrimmedAndUpperCased) {
+  sink.cells[{1, 2, 1}] = " cash";
+  sink.cells[{1, 7, 1}] = "CASH ";
+  con.Process(ctx);
+  EXPECT_EQ(con.AccNames, (std::vector<std::string>{" cash", "B"}));
+  EXPECT_EQ(con.DupAccReadRowNumbers, (std::vector<int>{6, 7}));
+  EXPECT_EQ(con.DupAccTargetRows, (std::vector<int>{2, 1}));
+  EXPECT_EQ(Sheet2Row(1), (std::vector<std::string>{"CASH ", "17", "5"}));
+  EXPECT_EQ(specs().WritePointer2, 3);
+}
+
+TEST_F(Consolidation, TextSourceOverwritesTarget) {
+  sink.cells[{1, 6, 2}] = "n/a";
+  con.Process(ctx);
+  EXPECT_TRUE(ui.messages.empty());
+  EXPECT_EQ(Sheet2Row(2), (std::vector<std::string>{"B", "n/a", "5"}));
+}
+
+TEST_F(Consolidation, NumericSourceOntoTextTargetIsReported) {
+  specs().WritePointer2 = 4;
+  sink.cells[{1, 3, 3}] = "x";
+  con.Process(ctx);
+  EXPECT_EQ(ui.Texts(),
+            std::vector<std::string>{"Error: Unexpected non-numeric field! (Sheet 2, Row 5)"});
+  EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
+  EXPECT_EQ(sink.Cell(2, 5, 3), "3");
+  EXPECT_FALSE(specs().Failed);
+}
+
+TEST_F(Consolidation, DepartmentsThatCannotBeFoundAreSkipped) {
+  con.Departments.push_back(Dept("Dept 9", 0, "Total 1", 0));
+  con.Departments.push_back(Dept("Dept 1", 0, "Total 9", 0));
+  con.Departments.push_back(Dept("Dept 2", 0, "Total 1", 0));  // bottom key above the top key
+  con.Process(ctx);
+  EXPECT_EQ(ui.Texts(), (std::vector<std::string>{
+                            "Error in Department specs: Can not find ReadStartLine: Dept 9",
+                            "Error in Department specs: Can not find ReadEndLine: Total 9",
+                            "Error in Table specs: ReadEndLine key text [Total 1] was found before "
+                            "ReadStartLine key text [Dept 2]"}));
+  for (std::size_t d = 2; d < 5; ++d) EXPECT_TRUE(con.Departments[d].AccountNames.empty());
+  EXPECT_EQ(con.AccNames, (std::vector<std::string>{"A", "B", "C"}));
+  EXPECT_FALSE(specs().Failed);
+}
+
+TEST_F(Consolidation, FoundBeforeComparesTheBottomKeyRowWithoutItsOffset) {
+  // Start row 2, bottom key on row 3 moved to row 1: not reported (tables would report it), and
+  // the department has no rows.
+  con.Departments = {Dept("Dept 1", 1, "B", -2)};
+  con.Process(ctx);
+  EXPECT_TRUE(ui.messages.empty());
+  EXPECT_TRUE(con.Departments[0].AccountNames.empty());
+  // Start row 4, bottom key on row 3 moved to row 8: reported.
+  con.Departments = {Dept("Dept 1", 3, "B", 5)};
+  con.Process(ctx);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{
+                            "Error in Table specs: ReadEndLine key text [B] was found before "
+                            "ReadStartLine key text [Dept 1]"});
+}
+
+TEST_F(Consolidation, KeysAreSearchedOnlyWithinTheTableRows) {
+  sink.cells[{1, 20, 1}] = "Dept 7";
+  con.Departments = {Dept("Dept 7", 0, "Dept 7", 0)};
+  con.Process(ctx);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{
+                            "Error in Department specs: Can not find ReadStartLine: Dept 7"});
+}
+
+TEST_F(Consolidation, HugeOffsetsStayWithinTheSheet) {
+  clsDepartment dept = Dept("Dept 1", -2000000000, "Total 1", 2000000000);
+  dept.Process(ctx, 1, 8, "A");
+  EXPECT_TRUE(ui.messages.empty());
+  ASSERT_EQ(dept.AccountRows.size(), 1048576u);
+  EXPECT_EQ(dept.AccountRows.front(), 1);
+  EXPECT_EQ(dept.AccountRows.back(), 1048576);
+  EXPECT_EQ(dept.AccountNames[1], "A");
+}
+
+TEST_F(Consolidation, ReportsBadTableAndColumnAndMissingDepartments) {
+  con.ReadAccountsColumn = 4;
+  con.Process(ctx);
+  EXPECT_EQ(ui.Texts(),
+            std::vector<std::string>{"Error in Consolidate: Table 1 does not have 4 columns!"});
+  EXPECT_TRUE(specs().Failed);
+
+  ui.Clear();
+  specs().Failed = false;
+  con.ReadAccountsColumn = 1;
+  con.Table = 2;
+  con.Process(ctx);
+  EXPECT_EQ(ui.Texts(),
+            std::vector<std::string>{"Can not consolidate table 2. Table does not exist!"});
+  EXPECT_TRUE(specs().Failed);
+
+  ui.Clear();
+  specs().Failed = false;
+  con.Table = 1;
+  con.Departments.clear();
+  specs().WritePointer2 = 7;
+  con.Process(ctx);
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"No Departments to consolidate in clsCon!"});
+  EXPECT_FALSE(specs().Failed);
+  EXPECT_EQ(con.FirstRowWritten, 7);
+  EXPECT_EQ(specs().WritePointer2, 7);
+  EXPECT_EQ(sink.writes, 0);
+}
+
+TEST_F(Consolidation, WriteBackAndReadAgain) {
+  TempDir out;
+  PrivateProfile file;
+  con.WriteToFile(file, 3);
+  const std::string path = out.File("c.krs");
+  ASSERT_TRUE(file.Save(path));
+  RecordingPort readUi;
+  clsCon back;
+  EXPECT_TRUE(back.ReadFromFile(readUi, path, 3, 1));
+  EXPECT_TRUE(readUi.messages.empty());
+  EXPECT_EQ(back.PropertyPrint(), con.PropertyPrint());
+}
+
+}  // namespace
+}  // namespace kroveld

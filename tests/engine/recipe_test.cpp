@@ -1,0 +1,246 @@
+// Recipes: loading with the system's messages and quirks, saving and loading back, and the
+// resolution of relative names against the recipe's folder.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "engine/recipe.h"
+#include "support/recording_port.h"
+#include "support/test_support.h"
+
+namespace kroveld {
+namespace {
+
+using testing::CrLf;
+using testing::ReadFile;
+using testing::RecordingPort;
+using testing::TempDir;
+
+const std::string kSpec = CrLf({"[Header]", "Product=KRO", "FileType=EXPORT SPEC", "FileFormat=1.1",
+                                "[General]", "Name=Ledger", "[Title 1]", "WriteSheet=1",
+                                "WriteColumn=A", "TotalLines=1", "1Text=Ledger"});
+
+std::string RecipeText(std::string_view specName, std::string_view format = "NearestCent",
+                       std::string_view header = "KRO") {
+  return CrLf({"[Header]",
+               "Product=" + std::string(header),
+               "FileType=RECIPE",
+               "FileFormat=1.1",
+               "[Output File]",
+               "OutputFileTitle=Ledger out",
+               "OutputFileName=out\\ledger.xls",
+               "InputFileFirst=2",
+               "InputFileLast=3",
+               "ExportSpecFileName=  " + std::string(specName) + "  ",
+               "WriteDataFormat=" + std::string(format),
+               "Sheet1Name=Detail",
+               "Sheet2Name=Summary",
+               "[Input Files]",
+               "1Title=January",
+               "1FileName=jan.txt",
+               "2Title=February",
+               "2FileName=/data/feb.txt",
+               "12Title=December",
+               "12FileName=dec.txt"});
+}
+
+TEST(RecipeLoad, ReadsFieldsAndTheExportSpecificationBesideIt) {
+  TempDir dir;
+  dir.Write("specs/ledger.krs", kSpec);
+  const std::string path = dir.Write("r/ledger.rcp", RecipeText("../specs/ledger.krs"));
+  RecordingPort ui;
+  clsRecipe recipe;
+  recipe.LoadFromFile(ui, path);
+  EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
+  EXPECT_EQ(recipe.OutputFileTitle, "Ledger out");
+  EXPECT_EQ(recipe.OutputFileName, "out\\ledger.xls");
+  EXPECT_EQ(recipe.InputFileFirst, 2);
+  EXPECT_EQ(recipe.InputFileLast, 3);
+  EXPECT_EQ(recipe.ExportSpecFileName, "../specs/ledger.krs");
+  EXPECT_EQ(recipe.WriteDataFormat, "NearestCent");
+  // Sheet names are looked up from the top of the file, so those in [Output File] are not seen.
+  EXPECT_EQ(recipe.Sheet1Name, "");
+  EXPECT_EQ(recipe.Sheet2Name, "");
+  EXPECT_EQ(recipe.InputFileTitles[0], "January");
+  EXPECT_EQ(recipe.InputFileTitles[11], "December");
+  EXPECT_EQ(recipe.InputFileName(12), "dec.txt");
+  EXPECT_EQ(recipe.InputFileName(5), "");
+  EXPECT_EQ(recipe.InputFileName(0), "");
+  EXPECT_EQ(recipe.InputFileName(13), "");
+  EXPECT_EQ(recipe.InputFilePath(1), dir.path() + "/r/jan.txt");
+  EXPECT_EQ(recipe.InputFilePath(2), "/data/feb.txt");
+  EXPECT_EQ(recipe.ExportSpecs.Name, "Ledger");
+  ASSERT_EQ(recipe.ExportSpecs.Titles.size(), 1u);
+}
+
+TEST(RecipeLoad, SheetNamesBeforeTheFirstSectionAreRead) {
+  TempDir dir;
+  dir.Write("s.krs", kSpec);
+  const std::string path = dir.Write(
+      "r.rcp", CrLf({"Sheet1Name=Top one", "Sheet2Name = Top two ; note"}) + RecipeText("s.krs"));
+  RecordingPort ui;
+  clsRecipe recipe;
+  recipe.LoadFromFile(ui, path);
+  EXPECT_TRUE(ui.messages.empty());
+  EXPECT_EQ(recipe.Sheet1Name, "Top one");
+  EXPECT_EQ(recipe.Sheet2Name, "Top two");
+}
+
+TEST(RecipeLoad, WriteDataFormatMustMatchExactly) {
+  TempDir dir;
+  dir.Write("s.krs", kSpec);
+  const struct {
+    const char* value;
+    const char* kept;
+  } cases[] = {{"NearestCent", "NearestCent"},
+               {"NearestDollar", "NearestDollar"},
+               {"nearestdollar", ""},
+               {"Nearest Cent", ""},
+               {"", ""}};
+  for (const auto& c : cases) {
+    const std::string path = dir.Write("r.rcp", RecipeText("s.krs", c.value));
+    RecordingPort ui;
+    clsRecipe recipe;
+    recipe.WriteDataFormat = "NearestDollar";  // reset by the load
+    recipe.LoadFromFile(ui, path);
+    EXPECT_EQ(recipe.WriteDataFormat, c.kept) << c.value;
+  }
+}
+
+TEST(RecipeLoad, InputRangeThatIsNotANumberKeepsOne) {
+  TempDir dir;
+  dir.Write("s.krs", kSpec);
+  for (const char* value : {"", "two", "99999999999", "1.5"}) {
+    std::string text = RecipeText("s.krs");
+    text.replace(text.find("InputFileFirst=2"), 16, std::string("InputFileFirst=") + value);
+    const std::string path = dir.Write("r.rcp", text);
+    RecordingPort ui;
+    clsRecipe recipe;
+    recipe.InputFileFirst = 7;
+    recipe.LoadFromFile(ui, path);
+    EXPECT_EQ(recipe.InputFileFirst, 1) << value;
+    EXPECT_EQ(recipe.InputFileLast, 3) << value;
+  }
+}
+
+TEST(RecipeLoad, BadHeaderIsReportedAndLoadingGoesOn) {
+  TempDir dir;
+  dir.Write("s.krs", kSpec);
+  const std::string path = dir.Write("r.rcp", RecipeText("s.krs", "NearestCent", "KRO-B"));
+  RecordingPort ui;
+  clsRecipe recipe;
+  recipe.LoadFromFile(ui, path);
+  EXPECT_EQ(ui.Texts(), (std::vector<std::string>{"Incorrect product code!",
+                                                  "invalid header in recipe file: " + path}));
+  EXPECT_EQ(recipe.OutputFileName, "out\\ledger.xls");
+  EXPECT_EQ(recipe.ExportSpecs.Titles.size(), 1u);
+}
+
+TEST(RecipeLoad, MissingExportSpecificationLeavesNoSections) {
+  TempDir dir;
+  dir.Write("s.krs", kSpec);
+  RecordingPort ui;
+  clsRecipe recipe;
+  recipe.LoadFromFile(ui, dir.Write("a.rcp", RecipeText("s.krs")));
+  ASSERT_EQ(recipe.ExportSpecs.Titles.size(), 1u);
+  recipe.LoadFromFile(ui, dir.Write("b.rcp", RecipeText("nope.krs")));
+  EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Cannot find Export Specs file: nope.krs"});
+  EXPECT_EQ(ui.messages[0].icon, Icon::None);
+  EXPECT_TRUE(recipe.ExportSpecs.Titles.empty());
+  EXPECT_EQ(recipe.OutputFileTitle, "Ledger out");
+}
+
+TEST(RecipeLoad, MissingRecipeIsReportedTwiceAndKeepsThePreviousOne) {
+  TempDir dir;
+  dir.Write("s.krs", kSpec);
+  std::filesystem::create_directory(dir.File("folder.rcp"));
+  RecordingPort ui;
+  clsRecipe recipe;
+  recipe.LoadFromFile(ui, dir.Write("a.rcp", RecipeText("s.krs")));
+  ASSERT_TRUE(ui.messages.empty());
+  for (const std::string& missing : {dir.File("gone.rcp"), dir.File("folder.rcp")}) {
+    ui.Clear();
+    recipe.LoadFromFile(ui, missing);
+    EXPECT_EQ(ui.Texts(), (std::vector<std::string>{"Cannot find recipe file: " + missing,
+                                                    "Cannot find recipe file: " + missing}));
+    EXPECT_EQ(ui.messages[0].icon, Icon::None);
+    EXPECT_EQ(recipe.OutputFileName, "out\\ledger.xls");  // nothing was reset
+    EXPECT_EQ(recipe.ExportSpecs.Titles.size(), 1u);      // the previous .krs was read again
+  }
+
+  RecordingPort fresh;
+  clsRecipe empty;
+  empty.LoadFromFile(fresh, dir.File("gone.rcp"));
+  EXPECT_EQ(fresh.Texts(),
+            (std::vector<std::string>{"Cannot find recipe file: " + dir.File("gone.rcp"),
+                                      "Cannot find recipe file: " + dir.File("gone.rcp"),
+                                      "Cannot find Export Specs file: "}));
+}
+
+TEST(RecipeSave, WritesInOrderAndLoadsBack) {
+  TempDir dir;
+  dir.Write("s.krs", kSpec);
+  RecordingPort ui;
+  clsRecipe recipe;
+  recipe.LoadFromFile(ui, dir.Write("a.rcp", RecipeText("s.krs")));
+  recipe.Sheet1Name = "Detail";
+  recipe.WriteDataFormat = "NearestDollar";
+  recipe.InputFileNames[4] = "may.txt";
+  recipe.ExportSpecFileName = "copy.krs";
+
+  const std::string out = dir.File("sub/../b.rcp");
+  std::filesystem::create_directory(dir.File("sub"));
+  ASSERT_TRUE(recipe.SaveToFile(ui, out));
+  ASSERT_TRUE(ui.messages.empty()) << ui.messages[0].text;
+  const std::string text = ReadFile(out);
+  EXPECT_EQ(text.rfind(CrLf({"[Header]", "Product=KRO", "FileType=RECIPE", "FileFormat=1.1"}), 0),
+            0u);
+  EXPECT_LT(text.find("FileFormat=1.1"), text.find("[Output File]\r\nOutputFileTitle=Ledger out"));
+  EXPECT_LT(text.find("OutputFileName="), text.find("InputFileFirst=2\r\nInputFileLast=3\r\n"
+                                                    "ExportSpecFileName=copy.krs"));
+  EXPECT_LT(text.find("WriteDataFormat=NearestDollar"), text.find("Sheet1Name=Detail"));
+  EXPECT_LT(text.find("1Title=January\r\n1FileName=jan.txt\r\n2Title="), text.find("12Title="));
+  EXPECT_NE(text.find("5Title=\r\n5FileName=may.txt\r\n"), std::string::npos);
+
+  clsRecipe back;
+  back.LoadFromFile(ui, out);
+  EXPECT_TRUE(ui.messages.empty());
+  EXPECT_EQ(back.InputFileNames, recipe.InputFileNames);
+  EXPECT_EQ(back.InputFileTitles, recipe.InputFileTitles);
+  EXPECT_EQ(back.WriteDataFormat, "NearestDollar");
+  EXPECT_EQ(back.Sheet1Name, "");  // written in [Output File], read from the top: kept so
+  EXPECT_EQ(back.ExportSpecFileName, "copy.krs");
+  ASSERT_EQ(back.ExportSpecs.Titles.size(), 1u);  // the .krs was written beside the recipe
+  EXPECT_EQ(back.ExportSpecs.Titles[0].Lines, std::vector<std::string>{"Ledger"});
+}
+
+TEST(RecipeSave, NoExportSpecificationNameIsReported) {
+  TempDir dir;
+  RecordingPort ui;
+  clsRecipe recipe;
+  EXPECT_FALSE(recipe.SaveToFile(ui, dir.File("r.rcp")));
+  ASSERT_EQ(ui.messages.size(), 1u);
+  EXPECT_NE(ui.messages[0].text.find("ExportSpecFileName"), std::string::npos);
+}
+
+TEST(ResolveRelative, AbsoluteNamesStayAndRelativeOnesFollowTheOwner) {
+  const struct {
+    const char* owner;
+    const char* name;
+    const char* expected;
+  } cases[] = {
+      {"/home/u/r.rcp", "a.krs", "/home/u/a.krs"},
+      {"/home/u/r.rcp", "/etc/a.krs", "/etc/a.krs"},
+      {"/home/u/r.rcp", "\\share\\a.krs", "\\share\\a.krs"},
+      {"/home/u/r.rcp", "C:\\x\\a.krs", "C:\\x\\a.krs"},
+      {"C:\\data\\r.rcp", "sub\\a.krs", "C:\\data\\sub\\a.krs"},
+      {"r.rcp", "a.krs", "a.krs"},
+      {"/home/u/r.rcp", "", ""},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(ResolveRelativeTo(c.owner, c.name), c.expected) << c.owner << " + " << c.name;
+  }
+}
+
+}  // namespace
+}  // namespace kroveld

@@ -1,0 +1,164 @@
+// Title sections: reading and validation, the block written at the sheet's write pointer, and the
+// sheet/row/column code parser.
+#include <gtest/gtest.h>
+
+#include "engine/context.h"
+#include "engine/title.h"
+#include "model_test_sink.h"
+#include "support/recording_port.h"
+#include "support/test_support.h"
+
+namespace kroveld {
+namespace {
+
+using testing::CrLf;
+using testing::MapSink;
+using testing::RecordingPort;
+using testing::TempDir;
+
+struct TitleCase {
+  const char* name;
+  std::string body;  // the lines after "[Title 2]"
+  std::string message;
+};
+
+class TitleValidation : public ::testing::TestWithParam<TitleCase> {};
+
+TEST_P(TitleValidation, ReportsTheFirstFailedTestOnly) {
+  TempDir dir;
+  const std::string path =
+      dir.Write("t.krs", CrLf({"[Header]", "Product=KRO", "[Title 2]"}) + GetParam().body);
+  RecordingPort ui;
+  clsTitle title;
+  EXPECT_FALSE(title.ReadFromFile(ui, path, 2));
+  ASSERT_EQ(ui.messages.size(), 1u);
+  EXPECT_EQ(ui.messages[0].text, GetParam().message);
+  EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
+  EXPECT_TRUE(title.Lines.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Messages, TitleValidation,
+    ::testing::Values(
+        TitleCase{"NoSheet", CrLf({"WriteColumn=A", "TotalLines=1", "1Text=x"}),
+                  "Error in Title 2 : Write sheet number must be > 0!"},
+        TitleCase{"SheetZero", CrLf({"WriteSheet=0", "WriteColumn=A", "TotalLines=1"}),
+                  "Error in Title 2 : Write sheet number must be > 0!"},
+        TitleCase{"SheetNotANumber", CrLf({"WriteSheet=two", "WriteColumn=A"}),
+                  "Error in Title 2 : Write sheet number must be > 0!"},
+        TitleCase{"SheetTooBig", CrLf({"WriteSheet=99999999999", "WriteColumn=A"}),
+                  "Error in Title 2 : Write sheet number must be > 0!"},
+        TitleCase{"NoColumn", CrLf({"WriteSheet=1", "TotalLines=1"}),
+                  "Error in Title 2 : Write Column must be (A-Z)!"},
+        TitleCase{"ColumnAfterZ", CrLf({"WriteSheet=1", "WriteColumn=ZA", "TotalLines=1"}),
+                  "Error in Title 2 : Write Column must be (A-Z)!"},
+        TitleCase{"ColumnDigit", CrLf({"WriteSheet=1", "WriteColumn=1", "TotalLines=1"}),
+                  "Error in Title 2 : Write Column must be (A-Z)!"},
+        TitleCase{"NoLines", CrLf({"WriteSheet=1", "WriteColumn=A"}),
+                  "Error in Title 2 : Number of lines must be > 0!"},
+        TitleCase{"ZeroLines", CrLf({"WriteSheet=1", "WriteColumn=A", "TotalLines=0"}),
+                  "Error in Title 2 : Number of lines must be > 0!"},
+        TitleCase{"KeysOutOfOrder", CrLf({"WriteColumn=A", "WriteSheet=1", "TotalLines=1"}),
+                  "Error in Title 2 : Write Column must be (A-Z)!"},
+        TitleCase{"HugeLineCount", CrLf({"WriteSheet=1", "WriteColumn=A", "TotalLines=2000000000"}),
+                  "Error in Title 2 : Number of lines must be at most 1048576!"}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(TitleRead, LinesAreTrimmedAndMissingLinesAreEmpty) {
+  TempDir dir;
+  const std::string path = dir.Write(
+      "t.krs",
+      CrLf({"[Title 1]", "WriteSheet=2", "WriteColumn=b", "TotalLines=4", "1Text=   ACME Corp   ",
+            "2Text=", "3Text=Profit; and loss", "[Title 2]", "4Text=not mine"}));
+  RecordingPort ui;
+  clsTitle title;
+  EXPECT_TRUE(title.ReadFromFile(ui, path, 1));
+  EXPECT_TRUE(ui.messages.empty());
+  EXPECT_EQ(title.WriteSheet, 2);
+  EXPECT_EQ(title.WriteColumn, "b");  // lower case passes the text-order test
+  EXPECT_EQ(title.Lines, (std::vector<std::string>{"ACME Corp", "", "Profit", ""}));
+}
+
+class TitleProcess : public ::testing::Test {
+ protected:
+  TitleProcess() : ctx(ui, dir.path()) { ctx.sink = &sink; }
+
+  static clsTitle Make(int sheet, std::string column, std::vector<std::string> lines) {
+    clsTitle t;
+    t.WriteSheet = sheet;
+    t.WriteColumn = std::move(column);
+    t.Lines = std::move(lines);
+    return t;
+  }
+
+  TempDir dir;
+  RecordingPort ui;
+  MapSink sink;
+  Context ctx;
+};
+
+TEST_F(TitleProcess, EmptyLineTakesARowButWritesNothing) {
+  ctx.recipe.ExportSpecs.WritePointer1 = 5;
+  clsTitle t = Make(1, "C", {"one", "", "three"});
+  t.Process(ctx);
+  EXPECT_EQ(sink.Cell(1, 5, 3), "one");
+  EXPECT_EQ(sink.Cell(1, 7, 3), "three");
+  EXPECT_EQ(sink.cells.count({1, 6, 3}), 0u);
+  EXPECT_EQ(sink.writes, 2);
+  EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer1, 8);
+  EXPECT_TRUE(ui.messages.empty());
+}
+
+TEST_F(TitleProcess, TitlesStackPerSheet) {
+  clsTitle a = Make(1, "A", {"a1", "a2"});
+  clsTitle b = Make(2, "B", {"b1"});
+  clsTitle c = Make(1, "A", {"c1"});
+  clsTitle d = Make(2, "AA", {"d1", "d2"});
+  for (clsTitle* t : {&a, &b, &c, &d}) t->Process(ctx);
+  EXPECT_EQ(sink.Cell(1, 1, 1), "a1");
+  EXPECT_EQ(sink.Cell(1, 2, 1), "a2");
+  EXPECT_EQ(sink.Cell(1, 3, 1), "c1");  // the sheet-2 title did not move sheet 1
+  EXPECT_EQ(sink.Cell(2, 1, 2), "b1");
+  EXPECT_EQ(sink.Cell(2, 2, 27), "d1");  // "AA" is column 27
+  EXPECT_EQ(sink.Cell(2, 3, 27), "d2");
+  EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer1, 4);
+  EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer2, 4);
+}
+
+TEST_F(TitleProcess, InvalidSheetIsReportedAndNothingIsWritten) {
+  clsTitle t = Make(3, "A", {"x"});
+  t.Process(ctx);
+  EXPECT_EQ(ui.Texts(),
+            (std::vector<std::string>{"Invalid sheet number in clsExportSpecs.getWritePointer!",
+                                      "Invalid sheet number in clsExportSpecs.setWritePointer!"}));
+  EXPECT_EQ(sink.writes, 0);
+  EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer1, 1);
+  EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer2, 1);
+}
+
+TEST(TitleSheetRowColumn, ParsesAndRepairsCodes) {
+  struct Case {
+    const char* code;
+    int sheet, row;
+    const char* column;
+    int messages;
+  } cases[] = {
+      {"2,10,C", 2, 10, "C", 0}, {"1,3, D ", 1, 3, "D", 0}, {"0,5,B", 1, 5, "B", 1},
+      {"2,-1,B", 2, 1, "B", 1},  {"2,4,a", 2, 4, "A", 1},   {"x,y,[", 1, 1, "A", 3},
+      {"2", 2, 1, "A", 2},       {"1,2,ZZ", 1, 2, "A", 1},  {"1,2,AB", 1, 2, "AB", 0},
+  };
+  for (const Case& c : cases) {
+    RecordingPort ui;
+    int sheet = -7, row = -7;
+    std::string column = "?";
+    clsTitle::ParseSheetRowColumn(ui, c.code, sheet, row, column);
+    EXPECT_EQ(sheet, c.sheet) << c.code;
+    EXPECT_EQ(row, c.row) << c.code;
+    EXPECT_EQ(column, c.column) << c.code;
+    EXPECT_EQ(static_cast<int>(ui.messages.size()), c.messages) << c.code;
+    for (const auto& m : ui.messages) EXPECT_EQ(m.text, "Incorrect SheetRowColumn code!");
+  }
+}
+
+}  // namespace
+}  // namespace kroveld
