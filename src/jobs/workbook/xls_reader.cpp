@@ -25,9 +25,16 @@ class FreeXlHandle {
 bool ReadXls(const std::string& path, Workbook& book, std::string& error) {
   FreeXlHandle xls;
   const int opened = freexl_open(NativePath(path).c_str(), xls.Out());
-  // FreeXL can report success without a handle (texts over about 16,000 characters).
-  if (opened != FREEXL_OK || !xls.Get()) {
+  // FreeXL can report success without a handle: it cannot read a text that spans more than two
+  // BIFF records (cell texts of more than about 8,000 characters).
+  if (opened != FREEXL_OK) {
     error = path + ": not a readable .xls file (FreeXL error " + std::to_string(opened) + ")";
+    return false;
+  }
+  if (!xls.Get()) {
+    error =
+        path +
+        ": the .xls file holds a cell text too long to be read back (over about 8,000 characters)";
     return false;
   }
   unsigned int sheets = 0;
