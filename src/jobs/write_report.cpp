@@ -1,7 +1,13 @@
 #include "jobs/write_report.h"
 
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
 #include "jobs/csv/csv_sink.h"
 #include "jobs/workbook/workbook_sink.h"
+#include "util/files.h"
 
 namespace kroveld {
 
@@ -41,6 +47,14 @@ std::string FailureText(const std::string& error, const std::string& path) {
   return error.empty() ? "Cannot write " + path : error;
 }
 
+// An existing output marked read-only is not replaced.
+bool ReadOnlyOutput(Context& ctx) {
+  const std::string native = NativePath(ctx.currentOutput);
+  if (!FileExists(ctx.currentOutput) || ::access(native.c_str(), W_OK) == 0) return false;
+  ctx.ui.Message("Cannot write " + ctx.currentOutput + ": " + std::strerror(errno), Icon::Critical);
+  return true;
+}
+
 void WriteCsv(Context& ctx) {
   std::string failure;
   {
@@ -64,6 +78,7 @@ void WriteWorkbook(Context& ctx) {
     ctx.ui.Message(kExcelAlreadyOpen, Icon::Information);
     return;
   }
+  if (ReadOnlyOutput(ctx)) return;
   std::string failure;
   {
     CaptionScope caption(ctx.ui, kWorkbookCaption);
@@ -84,6 +99,7 @@ void WriteWorkbook(Context& ctx) {
 
 void WriteReport(Context& ctx, bool csv) {
   if (csv) {
+    if (ReadOnlyOutput(ctx)) return;
     WriteCsv(ctx);
   } else {
     WriteWorkbook(ctx);

@@ -1,0 +1,325 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+#include <regex>
+
+#include "e2e/e2e_support.h"
+
+namespace kroveld {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::Backslashed;
+using testing::ReadFile;
+using testing::RunKroveld;
+using testing::TempDir;
+
+const std::string kExamples = std::string(KROVELD_SOURCE_DIR) + "/examples";
+
+// A work folder with the shipped example and an application folder of its own.
+struct Work {
+  TempDir dir;
+  std::string home = dir.File("home");
+  Work() {
+    fs::create_directories(home);
+    for (const char* f : {"trial-balance.txt", "trial-balance.rcp", "trial-balance.krs"}) {
+      fs::copy_file(kExamples + "/" + f, dir.File(f));
+    }
+  }
+  std::string F(const std::string& rel) const { return dir.File(rel); }
+  testing::RunResult Run(const std::vector<std::string>& args) const {
+    return RunKroveld(home, args, dir.path());
+  }
+};
+
+const std::string& ExpectedCsv() {
+  static const std::string csv = ReadFile(testing::DataFile("e2e/trial-balance.csv"));
+  return csv;
+}
+
+const char* kTabNote =
+    "kroveld: note: NOTE: The text in the Input File contains tab characters. To specify the tab "
+    "stop, change the options.\n";
+
+TEST(Cli, SingleConversionThroughTheConventionalSyntax) {
+  Work w;
+  auto r = w.Run({"-i", "trial-balance.txt", "-o", "out/../tb.csv", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(r.err, kTabNote);  // a note only: the run still succeeds
+  EXPECT_EQ(ReadFile(w.F("tb.csv")), ExpectedCsv());
+  // The note is shown once per config.ini.
+  r = w.Run({"-i", "trial-balance.txt", "-o", "tb2.csv", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.err, "");
+  EXPECT_EQ(ReadFile(w.F("tb2.csv")), ExpectedCsv());
+}
+
+TEST(Cli, SingleConversionThroughTheSlashSyntax) {
+  Work w;
+  const auto r =
+      w.Run({"/I" + Backslashed(w.F("trial-balance.txt")), "/O " + Backslashed(w.F("tb.CSV")),
+             "/r" + Backslashed(w.F("trial-balance.rcp"))});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(ReadFile(w.F("tb.CSV")), ExpectedCsv());
+}
+
+TEST(Cli, BareNamesOfTheSlashSyntaxAreInTheApplicationFolder) {
+  Work w;
+  for (const char* f : {"trial-balance.txt", "trial-balance.rcp", "trial-balance.krs"}) {
+    fs::copy_file(w.F(f), w.home + "/" + f);
+  }
+  const auto r = w.Run({"/Itrial-balance.txt", "/Otb.csv", "/Rtrial-balance.rcp"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(ReadFile(w.home + "/tb.csv"), ExpectedCsv());
+}
+
+TEST(Cli, WorkbookOutput) {
+  Work w;
+  const auto r = w.Run({"-i", "trial-balance.txt", "-o", "tb.xlsx", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  const std::string book = ReadFile(w.F("tb.xlsx"));
+  EXPECT_EQ(book.substr(0, 2), "PK");
+}
+
+struct TreeWork : Work {
+  TreeWork() {
+    const std::string report = ReadFile(F("trial-balance.txt"));
+    for (const char* f : {"in/jan.txt", "in/feb.TXT", "in/notes.md", "in/east/mar.txt",
+                          "in/east/north/apr.txt", "in/west/may.txt"}) {
+      fs::create_directories(fs::path(F(f)).parent_path());
+      testing::WriteFile(F(f), report);
+    }
+  }
+};
+
+TEST(Cli, WildcardTreeWithAndWithoutSubfolders) {
+  {
+    TreeWork w;
+    const auto r = w.Run({"-i", "in/*.txt", "-o", "out/*.csv", "-r", "trial-balance.rcp", "-s"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    for (const char* f : {"out/jan.csv", "out/feb.csv", "out/east/mar.csv",
+                          "out/east/north/apr.csv", "out/west/may.csv"}) {
+      EXPECT_EQ(ReadFile(w.F(f)), ExpectedCsv()) << f;
+    }
+    EXPECT_FALSE(fs::exists(w.F("out/notes.csv")));
+  }
+  {
+    TreeWork w;
+    const auto r = w.Run({"/I" + Backslashed(w.F("in/*.txt")), "/O" + Backslashed(w.F("out/*.CSV")),
+                          "/R" + Backslashed(w.F("trial-balance.rcp"))});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(ReadFile(w.F("out/jan.CSV")), ExpectedCsv());
+    EXPECT_TRUE(fs::exists(w.F("out/feb.CSV")));
+    EXPECT_FALSE(fs::exists(w.F("out/east")));
+  }
+  {
+    TreeWork w;
+    const auto r =
+        w.Run({"-i", "in/*.txt", "-o", "out/*.csv", "-r", "trial-balance.rcp", "-s", "-g"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(ReadFile(w.F("in/east/north/apr.csv")), ExpectedCsv());
+    EXPECT_EQ(ReadFile(w.F("in/jan.csv")), ExpectedCsv());
+    EXPECT_FALSE(fs::exists(w.F("out")));
+  }
+}
+
+TEST(Cli, EachRefusalIsOneLineOnStderrWithExitStatusOne) {
+  Work w;
+  fs::create_directories(w.F("recipe-folder.rcp"));
+  testing::WriteFile(w.F("plain-file"), "x");
+  struct Case {
+    std::vector<std::string> args;
+    std::string err;
+  } cases[] = {
+      {{"-i", "nope.txt", "-o", "a.csv", "-r", "trial-balance.rcp"},
+       "kroveld: warning: Input file: " + w.F("nope.txt") + " does not exist!\n"},
+      {{"-i", "nope.txt", "-o", "a.csv"},
+       "kroveld: warning: Input file: " + w.F("nope.txt") + " does not exist!\n"},
+      {{"-i", "trial-balance.txt", "-o", "a.csv", "-r", "none.rcp"},
+       "kroveld: warning: Recipe file " + w.F("none.rcp") + " does not exist!\n"},
+      {{"-i", "trial-balance.txt", "-o", "a.csv", "-r", "recipe-folder.rcp"},
+       "kroveld: warning: Recipe file " + w.F("recipe-folder.rcp") + " does not exist!\n"},
+      {{"-i", "missing/*.txt", "-o", "out/*.csv"}, "kroveld: Unable to create file list\n"},
+      {{"-i", "*.txt", "-o", "out/all.csv"},
+       "kroveld: note: You must specify a proper output file which includes the wild card "
+       "For example: C:\\Output\\*.CSV\n"},
+      {{"-i", "trial-balance.txt", "-o", "a.txt", "-r", "trial-balance.rcp"},
+       "kroveld: warning: Output File must be of type XLS or CSV\n"},
+  };
+  for (const auto& c : cases) {
+    const auto r = w.Run(c.args);
+    EXPECT_EQ(r.status, 1) << c.err;
+    EXPECT_EQ(r.err, c.err);
+  }
+  EXPECT_FALSE(fs::exists(w.F("a.csv")));
+  EXPECT_FALSE(fs::exists(w.F("out")));
+}
+
+TEST(Cli, OutputFolderThatCannotBeCreated) {
+  TreeWork w;
+  testing::WriteFile(w.F("blocker"), "a file where a folder should be");
+  const auto r = w.Run({"-i", "in/*.txt", "-o", "blocker/*.csv", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(r.status, 1);
+  // One error per file, each naming its output; the batch goes on after the first.
+  EXPECT_NE(r.err.find("kroveld: error: "), std::string::npos) << r.err;
+  EXPECT_NE(r.err.find(w.F("blocker/jan.csv")), std::string::npos) << r.err;
+  EXPECT_NE(r.err.find(w.F("blocker/feb.csv")), std::string::npos) << r.err;
+}
+
+TEST(Cli, ReadOnlyOutputIsNotReplaced) {
+  if (geteuid() == 0) GTEST_SKIP() << "root writes read-only files";
+  Work w;
+  testing::WriteFile(w.F("tb.csv"), "keep me\r\n");
+  fs::permissions(w.F("tb.csv"), fs::perms::owner_read);
+  const auto r = w.Run({"-i", "trial-balance.txt", "-o", "tb.csv", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_NE(r.err.find("kroveld: error: Cannot write " + w.F("tb.csv")), std::string::npos);
+  EXPECT_EQ(ReadFile(w.F("tb.csv")), "keep me\r\n");
+}
+
+TEST(Cli, ConfigAndErrorLogInTheApplicationFolder) {
+  Work w;
+  auto r = w.Run({"--version"});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(ReadFile(w.home + "/config.ini"),
+            "[Header]\r\nProduct=KRO_B\r\nFileType=CONFIG\r\nFileFormat=1.0\r\n\r\n[General]\r\n"
+            "DefaultInputFile=\r\nDefaultOutputFile=\r\nUseRecipeFile=\r\nDefaultRecipeFile=\r\n"
+            "\r\n");
+  const std::regex header(R"(Kroveld Error Log \[[0-9 :-]+\]\r\n)");
+  EXPECT_TRUE(std::regex_match(ReadFile(w.home + "/ErrorLog.txt"), header));
+  testing::WriteFile(w.home + "/ErrorLog.txt", "stale\r\n");
+  r = w.Run({"-i", "x", "-o", "y.txt"});
+  EXPECT_TRUE(std::regex_match(ReadFile(w.home + "/ErrorLog.txt"), header));
+}
+
+TEST(Cli, HelpAndRejectedCommandLines) {
+  Work w;
+  auto r = w.Run({"/?"});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_NE(r.out.find("Using the Command Line"), std::string::npos);
+  const std::string help = r.out;
+  r = w.Run({"--help"});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.out, help);
+  r = w.Run({"-i", "a.txt", "-o", "b.csv", "--frobnicate"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_NE(r.err.find("--frobnicate"), std::string::npos);
+  r = w.Run({"report.txt", "out.csv"});
+  EXPECT_EQ(r.status, 2);
+}
+
+TEST(Cli, LogSwitchCreatesFoldersAndTabAndSheetSwitchesParse) {
+  Work w;
+  auto r = w.Run({"/I" + Backslashed(w.F("trial-balance.txt")), "/O" + Backslashed(w.F("t2.csv")),
+                  "/R" + Backslashed(w.F("trial-balance.rcp")),
+                  "/L" + Backslashed(w.F("logs/2024/june/run.log")), "/W \"Sheet, one\"", "/t2",
+                  "/V", "/X"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_TRUE(fs::is_directory(w.F("logs/2024/june")));
+  EXPECT_FALSE(fs::exists(w.F("logs/2024/june/run.log")));
+  // A tab stop of 2 moves the payroll rows, which hold a tab, and leaves the others.
+  const std::string t2 = ReadFile(w.F("t2.csv"));
+  EXPECT_NE(t2, ExpectedCsv());
+  EXPECT_EQ(t2.substr(0, 60), ExpectedCsv().substr(0, 60));
+  r = w.Run({"/I" + Backslashed(w.F("trial-balance.txt")), "/O" + Backslashed(w.F("tx.csv")),
+             "/R" + Backslashed(w.F("trial-balance.rcp")), "/Tx"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(ReadFile(w.F("tx.csv")), ExpectedCsv());
+}
+
+// Every file under `root`, with its content.
+std::map<std::string, std::string> Snapshot(const std::string& root) {
+  std::map<std::string, std::string> files;
+  for (const auto& e : fs::recursive_directory_iterator(root)) {
+    if (e.is_regular_file()) files[e.path().string()] = ReadFile(e.path().string());
+  }
+  return files;
+}
+
+TEST(Cli, NothingIsWrittenBesideTheOutputsAndTheApplicationFiles) {
+  TreeWork w;
+  const auto before = Snapshot(w.dir.path());
+  const auto r = w.Run({"-i", "in/*.txt", "-o", "out/*.csv", "-r", "trial-balance.rcp", "-s"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  const auto after = Snapshot(w.dir.path());
+  for (const auto& [path, content] : before) {
+    if (path.starts_with(w.home + "/")) continue;
+    ASSERT_TRUE(after.count(path)) << path;
+    EXPECT_EQ(after.at(path), content) << path;
+  }
+  for (const auto& [path, content] : after) {
+    if (before.count(path)) continue;
+    const bool allowed = path.starts_with(w.F("out/")) || path == w.home + "/config.ini" ||
+                         path == w.home + "/ErrorLog.txt";
+    EXPECT_TRUE(allowed) << "unexpected file " << path;
+  }
+}
+
+TEST(Cli, MostRecentlyUsedListsKeepTheCommandLineTexts) {
+  TreeWork w;
+  const auto r = w.Run({"-i", "in/*.txt", "-o", "out/*.csv", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  const std::string config = ReadFile(w.home + "/config.ini");
+  EXPECT_NE(config.find("[mruInputFile]\r\nmruInputFile20=" + w.F("in/*.txt") + "\r\n"),
+            std::string::npos)
+      << config;
+  EXPECT_NE(config.find("mruOutputFile20=" + w.F("out/*.csv")), std::string::npos);
+  EXPECT_NE(config.find("mruRecipeFile20=" + w.F("trial-balance.rcp")), std::string::npos);
+}
+
+TEST(Cli, InterruptStopsABatchBetweenFiles) {
+  Work w;
+  const std::string report = ReadFile(w.F("trial-balance.txt"));
+  constexpr int kFiles = 3000;
+  fs::create_directories(w.F("many"));
+  for (int i = 0; i < kFiles; ++i) {
+    testing::WriteFile(w.F("many/r" + std::to_string(10000 + i) + ".txt"), report);
+  }
+  const auto r = RunKroveld(
+      w.home, {"-i", "many/*.txt", "-o", "out/*.csv", "-r", "trial-balance.rcp"}, w.dir.path(),
+      [&](pid_t pid) {
+        // Interrupt once the first outputs are there.
+        for (int tries = 0; tries < 2000 && !fs::exists(w.F("out/r10001.csv")); ++tries) {
+          std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        kill(pid, SIGINT);
+      });
+  EXPECT_EQ(r.status, 130) << r.err;
+  std::vector<std::string> outputs;
+  for (const auto& e : fs::directory_iterator(w.F("out"))) outputs.push_back(e.path().string());
+  std::sort(outputs.begin(), outputs.end());
+  const int written = static_cast<int>(outputs.size());
+  // The file under way when the interrupt came may have been cut short at a row (the terminate
+  // question is answered Yes); every earlier one is complete.
+  for (int i = 0; i < written; ++i) {
+    const std::string csv = ReadFile(outputs[i]);
+    if (i + 1 < written) {
+      EXPECT_EQ(csv, ExpectedCsv()) << outputs[i];
+    } else {
+      EXPECT_EQ(ExpectedCsv().substr(0, csv.size()), csv) << outputs[i];
+    }
+  }
+  EXPECT_GE(written, 2);
+  EXPECT_LT(written, kFiles);
+}
+
+TEST(Cli, AutomaticRecipeFromAMarkedUpReport) {
+  Work w;
+  testing::WriteFile(w.F("marked.txt"),
+                     testing::CrLf({"STOCK LIST", ">>1", "Item       Qty", "apple       12",
+                                    "pear         7", "<<1", "XXXXX     XXXX", ">>end"}));
+  const auto r = w.Run({"-i", "marked.txt", "-o", "stock.csv"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  const std::string csv = ReadFile(w.F("stock.csv"));
+  EXPECT_NE(csv.find("apple"), std::string::npos) << csv;
+  EXPECT_NE(csv.find("12"), std::string::npos) << csv;
+  EXPECT_NE(csv.find("pear"), std::string::npos) << csv;
+  EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 2) << csv;
+  EXPECT_TRUE(fs::exists(w.home + "/_AutoRecipe.rcp"));
+  EXPECT_TRUE(fs::exists(w.home + "/_ExportSpecs.krs"));
+}
+
+}  // namespace
+}  // namespace kroveld

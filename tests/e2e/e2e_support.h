@@ -1,0 +1,65 @@
+// Runs the real kroveld binary with KROVELD_HOME set to a temporary folder and collects its exit
+// status, stdout and stderr.
+#pragma once
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/test_support.h"
+
+namespace kroveld::testing {
+
+struct RunResult {
+  int status = -1;  // exit status, or 128 + signal
+  std::string out;
+  std::string err;
+};
+
+// Starts kroveld with `args` in `cwd`; `whileRunning` (if given) is called with the child's pid
+// and may signal it. Waits for the end.
+inline RunResult RunKroveld(const std::string& home, const std::vector<std::string>& args,
+                            const std::string& cwd = {},
+                            const std::function<void(pid_t)>& whileRunning = {}) {
+  TempDir io;
+  const std::string outPath = io.File("stdout"), errPath = io.File("stderr");
+  const pid_t pid = fork();
+  if (pid == 0) {
+    setenv("KROVELD_HOME", home.c_str(), 1);
+    if (!cwd.empty() && chdir(cwd.c_str()) != 0) _exit(127);
+    const int o = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    const int e = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    dup2(o, 1);
+    dup2(e, 2);
+    std::vector<char*> argv;
+    argv.push_back(const_cast<char*>(KROVELD_BINARY));
+    for (const auto& a : args) argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    execv(KROVELD_BINARY, argv.data());
+    _exit(127);
+  }
+  if (whileRunning) whileRunning(pid);
+  int raw = 0;
+  waitpid(pid, &raw, 0);
+  RunResult r;
+  r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
+  r.out = ReadFile(outPath);
+  r.err = ReadFile(errPath);
+  return r;
+}
+
+// The path with every "/" turned into "\", as the slash syntax wants it.
+inline std::string Backslashed(std::string path) {
+  for (char& c : path) c = c == '/' ? '\\' : c;
+  return path;
+}
+
+}  // namespace kroveld::testing
