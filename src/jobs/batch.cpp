@@ -1,6 +1,7 @@
 #include "jobs/batch.h"
 
 #include "jobs/conversion_job.h"
+#include "jobs/write_report.h"
 #include "util/files.h"
 #include "util/strings.h"
 #include "util/timing.h"
@@ -145,6 +146,7 @@ void BeginProcessing(Context& ctx, ConversionHost& host) {
       ConvertList(ctx, host, files);
     }
   }
+  if (!ctx.currentOutput.empty()) SyncOutputs(ctx.currentOutput);
   ctx.ui.Status(3, "Conversion Complete");
   ctx.ui.Status(2, ElapsedSeconds(ctx));
 }

@@ -127,7 +127,10 @@ std::string AutoRecipePath(const Context& ctx) {
 
 std::string PeriodLabel(const clsRecipe& recipe) {
   std::string label = ToText(recipe.InputFileFirst);
-  if (recipe.InputFileLast != recipe.InputFileFirst) label += "-" + ToText(recipe.InputFileLast);
+  if (recipe.InputFileLast != recipe.InputFileFirst) {
+    label += '-';
+    label += ToText(recipe.InputFileLast);
+  }
   return label;
 }
 

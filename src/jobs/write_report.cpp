@@ -1,5 +1,6 @@
 #include "jobs/write_report.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -60,9 +61,14 @@ void WriteCsv(Context& ctx) {
   {
     CaptionScope caption(ctx.ui, kCsvCaption);
     CsvSink sink;
+    // A file that replaces an existing one is flushed to the disk before the rename, so a crash
+    // never leaves a truncated file where a good one stood; a new file is synced with the rest of
+    // the run by SyncOutputs.
+    const bool replacing = FileExists(ctx.currentOutput);
     if (!sink.Open(ctx.currentOutput)) {
       failure = FailureText(sink.Error(), ctx.currentOutput);
     } else {
+      sink.SetDurable(replacing);
       {
         SinkScope scope(ctx, sink);
         ctx.recipe.ExportSpecs.Process(ctx, 1);
@@ -96,6 +102,14 @@ void WriteWorkbook(Context& ctx) {
 }
 
 }  // namespace
+
+void SyncOutputs(const std::string& anyOutput) {
+  const std::string folder = NativePath(ParentFolderName(anyOutput));
+  const int fd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  ::syncfs(fd);
+  ::close(fd);
+}
 
 void WriteReport(Context& ctx, bool csv) {
   if (csv) {

@@ -4,6 +4,8 @@
 // with its path and the reason.
 #pragma once
 
+#include <string>
+
 #include "engine/context.h"
 
 namespace kroveld {
@@ -15,5 +17,8 @@ inline constexpr const char* kExcelAlreadyOpen =
 
 // Writes ctx.currentOutput from the loaded recipe of `ctx`.
 void WriteReport(Context& ctx, bool csv);
+// Flushes the outputs written by WriteReport to the disk: syncs the file system that holds the
+// folder of `anyOutput`. Run once at the end of a batch.
+void SyncOutputs(const std::string& anyOutput);
 
 }  // namespace kroveld

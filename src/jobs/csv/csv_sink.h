@@ -18,6 +18,9 @@ class CsvSink final : public OutputSink {
   // Flushes and renames over the target. False with Error() naming the path and the reason.
   bool Commit();
   void Abort();
+  // With durable off, Commit() skips flushing the data to the disk before the rename (a batch
+  // syncs once at its end instead).
+  void SetDurable(bool durable) { file_.SetDurable(durable); }
   bool IsOpen() const { return file_.IsOpen(); }
   const std::string& Error() const { return file_.Error(); }
   long long RowsWritten() const { return rows_; }
