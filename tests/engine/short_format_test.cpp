@@ -237,18 +237,6 @@ std::string ShortSection(int n, std::string_view top, std::string_view bottom,
                "WriteColumn=" + std::string(column)});
 }
 
-TEST_F(ConvertFixture, ColumnsFillLettersPastZ) {
-  Convert(kShortHeader + ShortSection(1, "SALES", "END SALES", "-", "Y"));
-  EXPECT_EQ("5", Key("Table 1", "TotalColumns"));
-  const char* letters[] = {"Y", "Z", "AA", "AB", "AC"};
-  for (int c = 1; c <= 5; ++c) {
-    EXPECT_EQ(letters[c - 1], Key("Table 1 Col " + ToText(c), "WriteColumn"));
-  }
-  EXPECT_EQ("1", Key("Table 1 Col 1", "ReadColumnStart"));
-  EXPECT_EQ("8", Key("Table 1 Col 1", "ReadColumnEnd"));
-  EXPECT_TRUE(ui.messages.empty());
-}
-
 TEST_F(ConvertFixture, FourColumnsFromY) {
   Convert(kShortHeader + ShortSection(1, "SALES", "END SALES", "-------  ---  ---  ---", "y"));
   EXPECT_EQ("4", Key("Table 1", "TotalColumns"));
