@@ -49,13 +49,18 @@ void clsLineProcessor::SetSlot(int i, std::string_view text) {
 
 void clsLineProcessor::ReadRowPeriod1Only(TextFile* file, int tabSize) {
   if (file == nullptr) return;
-  std::string_view line;
-  if (!file->ReadLine(line)) line = {};  // past the end of the file a line reads as empty
-
   std::string& slot = rows_[0];
+  std::string_view line;
+  if (!file->ReadLine(line) || line.empty()) {
+    // An empty line, and every line past the end of the file, stays empty. (The view of an
+    // empty line may carry no data pointer at all: it is never handed to memchr or memcpy.)
+    slot.clear();
+    return;
+  }
+
   // The blank goes on before the tabs are expanded (a field ending at the line's last character
-  // then still sees a trailing blank); an empty line stays empty.
-  const bool addBlank = !line.empty() && line.back() != ' ';
+  // then still sees a trailing blank).
+  const bool addBlank = line.back() != ' ';
   if (tabSize > 0 && std::memchr(line.data(), '\t', line.size()) != nullptr) {
     raw_.assign(line);
     if (addBlank) raw_.push_back(' ');
