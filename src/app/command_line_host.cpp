@@ -6,27 +6,20 @@ CommandLineHost::CommandLineHost(const std::string& configPath, const clsConvers
     : ConfigIniHost(configPath),
       input_(typed.sInputFile),
       output_(typed.sOutputFile),
-      recipe_(typed.bUseRecipe ? typed.sRecipeFile : std::string()) {}
+      recipe_(typed.sRecipeFile) {}
+
+bool CommandLineHost::ReadIniFile(UiPort& ui) {
+  if (!ReadSettings(ui)) return false;
+  inputs_.Setup(clsMRU::kSlots, ConfigPath(), "mruInputFile");
+  outputs_.Setup(clsMRU::kSlots, ConfigPath(), "mruOutputFile");
+  recipes_.Setup(clsMRU::kSlots, ConfigPath(), "mruRecipeFile");
+  return true;
+}
 
 void CommandLineHost::UpdateMRUs() {
-  if (!loaded_) {
-    inputs_.Setup(clsMRU::kSlots, ConfigPath(), "mruInputFile");
-    outputs_.Setup(clsMRU::kSlots, ConfigPath(), "mruOutputFile");
-    recipes_.Setup(clsMRU::kSlots, ConfigPath(), "mruRecipeFile");
-    loaded_ = true;
-  }
   inputs_.AddUniqueItemToCollection(input_);
   outputs_.AddUniqueItemToCollection(output_);
   recipes_.AddUniqueItemToCollection(recipe_);
-  changed_ = true;
-}
-
-void CommandLineHost::SaveMRUs() {
-  if (!changed_) return;
-  inputs_.ShutDown();
-  outputs_.ShutDown();
-  recipes_.ShutDown();
-  changed_ = false;
 }
 
 }  // namespace kroveld

@@ -67,6 +67,7 @@ bool ConsolePort::AskYesNo(std::string_view text, Icon icon, std::string_view /*
   // Nobody is there to answer: a request to stop is confirmed, anything else declined.
   const bool yes = text == kTerminateQuestion;
   message_shown_ = true;
+  terminate_confirmed_ = terminate_confirmed_ || yes;
   WriteLine(Prefix(icon), std::string(text) + (yes ? " Yes" : " No"));
   return yes;
 }

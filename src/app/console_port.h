@@ -29,6 +29,8 @@ class ConsolePort final : public UiPort {
 
   // True once a message other than a note (or a question) has been shown.
   bool MessageShown() const { return message_shown_; }
+  // True once the terminate question has been asked (and answered Yes).
+  bool TerminateConfirmed() const { return terminate_confirmed_; }
   // Removes the progress line, if one is drawn.
   void EraseProgress();
 
@@ -45,6 +47,7 @@ class ConsolePort final : public UiPort {
   bool progress_;
   bool drawn_ = false;
   bool message_shown_ = false;
+  bool terminate_confirmed_ = false;
   std::string caption_ = "Kroveld - Document To CSV/XLS Conversion";
   std::string panel2_;
   std::string file_;    // "file   [i of n files]"

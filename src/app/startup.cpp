@@ -24,8 +24,6 @@ namespace kroveld {
 
 namespace {
 
-constexpr int kExitInterrupted = 130;
-
 std::atomic<bool>* g_stop = nullptr;
 
 // The first Ctrl-C asks the batch to stop before its next file; a second one ends the process.
@@ -54,6 +52,19 @@ std::string Join(const std::vector<std::string>& args) {
   return text;
 }
 
+// A Ctrl-C that the run honoured without a word (between files, or outside a table's rows) is
+// said on one line, so that the run does not end as if nothing had happened.
+void ReportStop(const Context& ctx, ConsolePort& port, const BatchStop& stop) {
+  if (!ctx.run.stopRequested.load() || port.TerminateConfirmed()) return;
+  if (stop.betweenFiles) {
+    port.Message("Conversion stopped by the user before file " + std::to_string(stop.next) +
+                     " of " + std::to_string(stop.count),
+                 Icon::Exclamation);
+  } else {
+    port.Message("Conversion stopped by the user", Icon::Exclamation);
+  }
+}
+
 }  // namespace
 
 int RunMain(int argc, char** argv) {
@@ -77,10 +88,8 @@ int RunMain(int argc, char** argv) {
 
   if (args.front().starts_with('/') || AllBlank(args)) {
     const SlashParseResult parsed = ParseCommandLine(Join(args), ctx.options, ctx.appFolder);
-    if (parsed.helpRequested) {
-      PrintHelp();
-      return 0;
-    }
+    // "/?" shows the help and is still a job: the conversion runs with what the line gave.
+    if (parsed.helpRequested) PrintHelp();
     if (!parsed.job) return 0;
   } else {
     const CliParseResult parsed = ParseConventionalCommandLine(args, ctx.options);
@@ -93,17 +102,20 @@ int RunMain(int argc, char** argv) {
 
   ctx.run.commandLineMode = true;
   ctx.recipeBoxText = ctx.options.sRecipeFile;
+  // The hidden main window reads its settings; the command line's options stand as they are.
   CommandLineHost host(configPath, ctx.options);
+  host.ReadIniFile(port);
 
   g_stop = &ctx.run.stopRequested;
   std::signal(SIGINT, OnInterrupt);
-  BeginProcessing(ctx, host);
+  BatchStop stop;
+  BeginProcessing(ctx, host, &stop);
   std::signal(SIGINT, SIG_DFL);
   g_stop = nullptr;
 
-  host.SaveMRUs();
+  // The process ends without saving settings: the lists stay as config.ini had them.
+  ReportStop(ctx, port, stop);
   port.EraseProgress();
-  if (ctx.run.stopRequested.load()) return kExitInterrupted;
   return port.MessageShown() ? 1 : 0;
 }
 

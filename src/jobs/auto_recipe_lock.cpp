@@ -11,10 +11,8 @@
 namespace kroveld {
 
 AutoRecipeLock::AutoRecipeLock(const std::string& appFolder) {
-  std::string path = NativePath(appFolder);
-  if (!path.empty() && path.back() != '/') path += '/';
-  path += kFileName;
-  fd_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+  const std::string folder = NativePath(appFolder);
+  fd_ = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd_ < 0) return;
   while (::flock(fd_, LOCK_EX) != 0) {
     if (errno == EINTR) continue;

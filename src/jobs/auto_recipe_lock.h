@@ -1,6 +1,7 @@
-// An exclusive lock on a file in the application folder, held while a conversion writes and reads
-// the shared "_AutoRecipe.rcp" and "_ExportSpecs.krs", so that two kroveld processes working in
-// the same application folder never overwrite each other's files halfway.
+// An exclusive lock on the application folder, held while a conversion writes and reads the
+// shared "_AutoRecipe.rcp" and "_ExportSpecs.krs", so that two kroveld processes working in the
+// same application folder never overwrite each other's files halfway. The lock is taken on the
+// folder itself (flock), so no lock file is left behind.
 #pragma once
 
 #include <string>
@@ -9,8 +10,8 @@ namespace kroveld {
 
 class AutoRecipeLock {
  public:
-  // Blocks until the lock is held. When the lock file cannot be opened the conversion goes on
-  // without the lock (Held() is false).
+  // Blocks until the lock is held. When the folder cannot be opened or locked the conversion
+  // goes on without the lock (Held() is false).
   explicit AutoRecipeLock(const std::string& appFolder);
   ~AutoRecipeLock();
   AutoRecipeLock(const AutoRecipeLock&) = delete;
@@ -19,8 +20,6 @@ class AutoRecipeLock {
   bool Held() const { return fd_ >= 0; }
   // Releases the lock early (the destructor does nothing afterwards).
   void Release();
-
-  static constexpr const char* kFileName = "_AutoRecipe.lock";
 
  private:
   int fd_ = -1;

@@ -23,7 +23,8 @@ std::string ElapsedSeconds(const Context& ctx) {
   return FormatSeconds(TickCount() - ctx.run.jobStartTick);
 }
 
-void ConvertList(Context& ctx, ConversionHost& host, const std::vector<std::string>& files) {
+void ConvertList(Context& ctx, ConversionHost& host, const std::vector<std::string>& files,
+                 BatchStop* stop) {
   clsConversionOptions& options = ctx.options;
   const BatchTarget target =
       MakeBatchTarget(options.sInputFile, options.sOutputFile, options.bSaveInOriginalFolder);
@@ -32,7 +33,10 @@ void ConvertList(Context& ctx, ConversionHost& host, const std::vector<std::stri
   std::string status;
   for (std::size_t i = 0; i < files.size(); ++i) {
     ctx.ui.ProcessEvents();
-    if (ctx.run.stopRequested.load()) break;
+    if (ctx.run.stopRequested.load()) {
+      if (stop) *stop = BatchStop{true, i + 1, files.size()};
+      break;
+    }
     options.sInputFile = files[i];
     options.sOutputFile = OutputNameFor(target, files[i], &folder);
     // A folder that cannot be made shows up as the output's own failure to open.
@@ -128,7 +132,7 @@ std::string OutputNameFor(const BatchTarget& target, const std::string& file,
   return targetFolder + name;
 }
 
-void BeginProcessing(Context& ctx, ConversionHost& host) {
+void BeginProcessing(Context& ctx, ConversionHost& host, BatchStop* stop) {
   ctx.run.jobStartTick = TickCount();
   clsConversionOptions& options = ctx.options;
   if (options.sInputFile.find('*') == std::string::npos) {
@@ -143,7 +147,7 @@ void BeginProcessing(Context& ctx, ConversionHost& host) {
     } else if (options.sOutputFile.find('*') == std::string::npos) {
       ctx.ui.Message(kNeedWildcardOutput, Icon::Information, kInvalidTargetFolder);
     } else {
-      ConvertList(ctx, host, files);
+      ConvertList(ctx, host, files, stop);
     }
   }
   if (!ctx.currentOutput.empty()) SyncOutputs(ctx.currentOutput);

@@ -46,8 +46,16 @@ BatchTarget MakeBatchTarget(const std::string& input, const std::string& output,
 std::string OutputNameFor(const BatchTarget& target, const std::string& file,
                           std::string* folderToCreate);
 
+// Where a stop request ended a wildcard batch: before file `next` (1-based) of `count`.
+struct BatchStop {
+  bool betweenFiles = false;
+  std::size_t next = 0;
+  std::size_t count = 0;
+};
+
 // The Convert command: runs ctx.options through RunRecipe once or per file, with status texts,
-// and shows "Conversion Complete" and the elapsed seconds at the end.
-void BeginProcessing(Context& ctx, ConversionHost& host);
+// and shows "Conversion Complete" and the elapsed seconds at the end. A batch that a stop request
+// ends between files says nothing; `stop` (when given) tells where it ended.
+void BeginProcessing(Context& ctx, ConversionHost& host, BatchStop* stop = nullptr);
 
 }  // namespace kroveld

@@ -104,14 +104,23 @@ void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
 
 }  // namespace
 
-ConfigIniHost::ConfigIniHost(std::string configPath) : config_path_(std::move(configPath)) {
+ConfigIniHost::ConfigIniHost(std::string configPath) : config_path_(std::move(configPath)) {}
+
+bool ConfigIniHost::ReadSettings(UiPort& ui) {
+  if (!FileExists(config_path_)) {
+    ui.Message(config_path_ + " can not be found!", Icon::Critical);
+    return false;
+  }
+  if (CheckFileHeader(ui, config_path_, "KRO_B", "CONFIG", "1.0")) return false;
   warned_ =
       UpperAscii(ReadPrivateProfileString(config_path_, kGeneral, kWarnedKey, "FALSE")) != "FALSE";
+  read_ = true;
+  return true;
 }
 
 void ConfigIniHost::SetWarnedAboutTabsInFile() {
   warned_ = true;
-  WritePrivateProfileString(config_path_, kGeneral, kWarnedKey, "TRUE");
+  if (read_) WritePrivateProfileString(config_path_, kGeneral, kWarnedKey, "TRUE");
 }
 
 OutputKind OutputKindOf(std::string_view outputPath) {

@@ -21,11 +21,15 @@ class ConversionHost {
   virtual void UpdateMRUs() = 0;
 };
 
-// A host that keeps bWarnedAboutTabsInFile in [General] of a config.ini (read once, written as
-// soon as it becomes true) and keeps no most-recently-used lists.
+// A host that keeps bWarnedAboutTabsInFile in [General] of a config.ini and keeps no
+// most-recently-used lists. ReadSettings reads the flag as the main window does when it loads;
+// once read, the flag is written as soon as it becomes true.
 class ConfigIniHost : public ConversionHost {
  public:
   explicit ConfigIniHost(std::string configPath);
+  // A missing file shows path + " can not be found!", a wrong header the header check's own
+  // message; then nothing is read, nothing will be written, and the result is false.
+  bool ReadSettings(UiPort& ui);
   bool WarnedAboutTabsInFile() override { return warned_; }
   void SetWarnedAboutTabsInFile() override;
   void UpdateMRUs() override {}
@@ -36,6 +40,7 @@ class ConfigIniHost : public ConversionHost {
  private:
   std::string config_path_;
   bool warned_ = false;
+  bool read_ = false;  // the settings were read, so the file is a config.ini of ours
 };
 
 enum class OutputKind { None, Csv, Workbook };

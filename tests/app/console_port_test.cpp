@@ -40,12 +40,14 @@ TEST(ConsolePort, NoteDoesNotCountAndTerminateIsAnsweredYes) {
   ConsolePort port(f, false);
   port.Note("NOTE: tabs.\nchange the options.");
   EXPECT_FALSE(port.MessageShown());
-  EXPECT_TRUE(port.AskYesNo("Do you want to terminate the process?"));
   EXPECT_FALSE(port.AskYesNo("Overwrite everything?"));
+  EXPECT_FALSE(port.TerminateConfirmed());
+  EXPECT_TRUE(port.AskYesNo("Do you want to terminate the process?"));
+  EXPECT_TRUE(port.TerminateConfirmed());
   EXPECT_EQ(Captured(f),
             "kroveld: note: NOTE: tabs. change the options.\n"
-            "kroveld: Do you want to terminate the process? Yes\n"
-            "kroveld: Overwrite everything? No\n");
+            "kroveld: Overwrite everything? No\n"
+            "kroveld: Do you want to terminate the process? Yes\n");
   std::fclose(f);
 }
 

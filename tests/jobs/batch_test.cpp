@@ -199,10 +199,17 @@ TEST(BeginProcessing, StopRequestEndsTheBatchBetweenFiles) {
   b.port.onProcessEvents = [&] {
     if (std::filesystem::exists(b.dir.File("out/a.csv"))) b.ctx.run.stopRequested = true;
   };
-  BeginProcessing(b.ctx, b.host);
+  BatchStop stop;
+  BeginProcessing(b.ctx, b.host, &stop);
   EXPECT_EQ(ReadFile(b.dir.File("out/a.csv")), testing::SmallCsv());
   EXPECT_FALSE(std::filesystem::exists(b.dir.File("out/b.csv")));
   EXPECT_EQ(b.host.mruUpdates, 1);
+  // The batch itself says nothing; its caller learns where it stopped.
+  EXPECT_TRUE(b.port.messages.empty());
+  EXPECT_TRUE(stop.betweenFiles);
+  EXPECT_EQ(stop.next, 2u);
+  EXPECT_EQ(stop.count, 2u);
+  EXPECT_EQ(b.port.statuses[b.port.statuses.size() - 2].second, "Conversion Complete");
 }
 
 TEST(BeginProcessing, AFailingFileDoesNotStopTheBatch) {

@@ -129,15 +129,18 @@ TEST(RunRecipe, MissingExportDefinitionIsReportedAndTheOutputPhaseStillRuns) {
   EXPECT_EQ(ReadFile(f.dir.File("out.csv")), "");
 }
 
+const std::string kConfigHeader =
+    "[Header]\r\nProduct=KRO_B\r\nFileType=CONFIG\r\nFileFormat=1.0\r\n";
+
 TEST(RunRecipe, TabNoteOncePerConfigFile) {
   JobFixture f;
-  const std::string config = f.dir.File("config.ini");
-  ASSERT_TRUE(WritePrivateProfileString(config, "General", "DefaultInputFile", ""));
+  const std::string config = f.dir.Write("config.ini", kConfigHeader + "[General]\r\n");
   const std::string input =
       f.dir.Write("in.txt", "Stock\tlist\r\n" + testing::SmallReport().substr(12));
   f.UseRecipe(testing::SmallRecipe(f.dir), input, f.dir.File("out.csv"));
   {
     ConfigIniHost host(config);
+    ASSERT_TRUE(host.ReadSettings(f.port));
     RunRecipe(f.ctx, host);
     RunRecipe(f.ctx, host);
   }
@@ -149,9 +152,55 @@ TEST(RunRecipe, TabNoteOncePerConfigFile) {
   EXPECT_EQ(ReadPrivateProfileString(config, "General", "bWarnedAboutTabsInFile", ""), "TRUE");
   // A later run with the same config.ini stays quiet.
   ConfigIniHost later(config);
+  ASSERT_TRUE(later.ReadSettings(f.port));
   EXPECT_TRUE(later.WarnedAboutTabsInFile());
   RunRecipe(f.ctx, later);
   EXPECT_EQ(f.port.messages.size(), 1u);
+}
+
+// Settings that cannot be read leave the flag false and the file untouched.
+TEST(ConfigIniHost, MissingFileOrForeignHeaderReadsNothing) {
+  struct Case {
+    const char* content;  // nullptr: no file
+    std::string message;
+  } cases[] = {
+      {nullptr, " can not be found!"},
+      {"[Header]\r\nProduct=KRO_B\r\nFileType=RECIPE\r\nFileFormat=1.0\r\n"
+       "[General]\r\nbWarnedAboutTabsInFile=TRUE\r\n",
+       "Incorrect file type!"},
+  };
+  for (const auto& c : cases) {
+    TempDir dir;
+    RecordingPort port;
+    const std::string config = dir.File("config.ini");
+    if (c.content) testing::WriteFile(config, c.content);
+    ConfigIniHost host(config);
+    EXPECT_FALSE(host.ReadSettings(port));
+    ASSERT_EQ(port.messages.size(), 1u);
+    EXPECT_EQ(port.messages[0].text, (c.content ? "" : config) + c.message);
+    EXPECT_EQ(port.messages[0].icon, Icon::Critical);
+    EXPECT_FALSE(host.WarnedAboutTabsInFile());
+    host.SetWarnedAboutTabsInFile();
+    EXPECT_TRUE(host.WarnedAboutTabsInFile());
+    if (c.content) {
+      EXPECT_EQ(ReadFile(config), c.content);
+    } else {
+      EXPECT_FALSE(std::filesystem::exists(config));
+    }
+  }
+}
+
+TEST(ConfigIniHost, OnlyTheWordFalseReadsAsNotWarned) {
+  for (const auto& [value, warned] : {std::pair{"FALSE", false}, std::pair{"false", false},
+                                      std::pair{"no", true}, std::pair{"", true}}) {
+    TempDir dir;
+    RecordingPort port;
+    const std::string config = dir.Write(
+        "config.ini", kConfigHeader + "[General]\r\nbWarnedAboutTabsInFile=" + value + "\r\n");
+    ConfigIniHost host(config);
+    ASSERT_TRUE(host.ReadSettings(port));
+    EXPECT_EQ(host.WarnedAboutTabsInFile(), warned) << value;
+  }
 }
 
 TEST(WriteReport, WorkbookOpenElsewhereIsLeftAlone) {
@@ -190,10 +239,10 @@ TEST(WriteReport, UnwritableCsvIsReportedOnceWithItsPath) {
   EXPECT_EQ(f.port.Caption(), "Kroveld - Document To CSV/XLS Conversion");
 }
 
-TEST(AutoRecipeLock, HeldExclusivelyUntilReleased) {
+TEST(AutoRecipeLock, HeldExclusivelyOnTheFolderUntilReleased) {
   TempDir dir;
   auto tryLock = [&] {
-    const int fd = ::open(dir.File(AutoRecipeLock::kFileName).c_str(), O_RDWR);
+    const int fd = ::open(dir.path().c_str(), O_RDONLY | O_DIRECTORY);
     const bool got = fd >= 0 && ::flock(fd, LOCK_EX | LOCK_NB) == 0;
     if (fd >= 0) ::close(fd);
     return got;
@@ -208,6 +257,8 @@ TEST(AutoRecipeLock, HeldExclusivelyUntilReleased) {
   AutoRecipeLock again(dir.path());
   EXPECT_TRUE(again.Held());
   EXPECT_FALSE(tryLock());
+  // No lock file is left in the folder.
+  EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
 }
 
 }  // namespace
