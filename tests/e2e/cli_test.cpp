@@ -196,13 +196,22 @@ TEST(Cli, ConfigAndErrorLogInTheApplicationFolder) {
 
 TEST(Cli, HelpAndRejectedCommandLines) {
   Work w;
+  // "/?" prints the help and is still a job: alone, the conversion finds no output name.
   auto r = w.Run({"/?"});
-  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.status, 1);
   EXPECT_NE(r.out.find("Using the Command Line"), std::string::npos);
+  EXPECT_EQ(r.err, "kroveld: warning: Output File must be of type XLS or CSV\n");
   const std::string help = r.out;
+  r = w.Run({"/I" + Backslashed(w.F("trial-balance.txt")), "/O" + Backslashed(w.F("tb.csv")),
+             "/R" + Backslashed(w.F("trial-balance.rcp")), "/?"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(r.out, help);
+  EXPECT_EQ(ReadFile(w.F("tb.csv")), ExpectedCsv());
+  // --help prints the same help and ends there.
   r = w.Run({"--help"});
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(r.out, help);
+  EXPECT_EQ(r.err, "");
   r = w.Run({"-i", "a.txt", "-o", "b.csv", "--frobnicate"});
   EXPECT_EQ(r.status, 2);
   EXPECT_NE(r.err.find("--frobnicate"), std::string::npos);
@@ -238,35 +247,80 @@ std::map<std::string, std::string> Snapshot(const std::string& root) {
   return files;
 }
 
+// After a run the work folder differs from before only by the outputs, and the application
+// folder holds config.ini, ErrorLog.txt and, on the automatic road, the two automatic files.
 TEST(Cli, NothingIsWrittenBesideTheOutputsAndTheApplicationFiles) {
-  TreeWork w;
-  const auto before = Snapshot(w.dir.path());
-  const auto r = w.Run({"-i", "in/*.txt", "-o", "out/*.csv", "-r", "trial-balance.rcp", "-s"});
-  EXPECT_EQ(r.status, 0) << r.err;
-  const auto after = Snapshot(w.dir.path());
-  for (const auto& [path, content] : before) {
-    if (path.starts_with(w.home + "/")) continue;
-    ASSERT_TRUE(after.count(path)) << path;
-    EXPECT_EQ(after.at(path), content) << path;
-  }
-  for (const auto& [path, content] : after) {
-    if (before.count(path)) continue;
-    const bool allowed = path.starts_with(w.F("out/")) || path == w.home + "/config.ini" ||
-                         path == w.home + "/ErrorLog.txt";
-    EXPECT_TRUE(allowed) << "unexpected file " << path;
+  struct Case {
+    std::vector<std::string> args;
+    std::vector<std::string> outputs;  // relative to the work folder
+    bool automatic;
+  } cases[] = {
+      {{"-i", "in/*.txt", "-o", "out/*.csv", "-r", "trial-balance.rcp", "-s"},
+       {"out/jan.csv", "out/feb.csv", "out/east/mar.csv", "out/east/north/apr.csv",
+        "out/west/may.csv"},
+       false},
+      {{"-i", "marked.txt", "-o", "stock.xls"}, {"stock.xls"}, true},
+      {{"-i", "marked.txt", "-o", "stock.csv"}, {"stock.csv"}, true},
+  };
+  for (const auto& c : cases) {
+    TreeWork w;
+    testing::WriteFile(w.F("marked.txt"),
+                       testing::CrLf({"STOCK LIST", ">>1", "Item       Qty", "apple       12",
+                                      "pear         7", "<<1", "XXXXX     XXXX", ">>end"}));
+    const auto before = Snapshot(w.dir.path());
+    const auto r = w.Run(c.args);
+    EXPECT_EQ(r.status, 0) << r.err;
+    std::map<std::string, std::string> expected = before;
+    for (const auto& out : c.outputs) {
+      ASSERT_TRUE(fs::exists(w.F(out))) << out;
+      expected[w.F(out)] = ReadFile(w.F(out));
+    }
+    std::vector<std::string> homeFiles = {"ErrorLog.txt", "config.ini"};
+    if (c.automatic) homeFiles = {"ErrorLog.txt", "_AutoRecipe.rcp", "_ExportSpecs.krs", "config.ini"};
+    for (const auto& f : homeFiles) expected[w.home + "/" + f] = ReadFile(w.home + "/" + f);
+    const auto after = Snapshot(w.dir.path());
+    std::vector<std::string> paths, wanted;
+    for (const auto& [path, content] : after) paths.push_back(path);
+    for (const auto& [path, content] : expected) wanted.push_back(path);
+    EXPECT_EQ(paths, wanted);
+    EXPECT_TRUE(after == expected);
   }
 }
 
-TEST(Cli, MostRecentlyUsedListsKeepTheCommandLineTexts) {
+const std::string kDefaultConfig =
+    "[Header]\r\nProduct=KRO_B\r\nFileType=CONFIG\r\nFileFormat=1.0\r\n\r\n[General]\r\n"
+    "DefaultInputFile=\r\nDefaultOutputFile=\r\nUseRecipeFile=\r\nDefaultRecipeFile=\r\n\r\n";
+
+// A command-line job ends without saving settings or lists; only the tab note's flag is kept.
+TEST(Cli, AJobLeavesConfigIniAsItWasSaveTheTabNoteFlag) {
   TreeWork w;
-  const auto r = w.Run({"-i", "in/*.txt", "-o", "out/*.csv", "-r", "trial-balance.rcp"});
+  const std::string lists = "[mruInputFile]\r\nmruInputFile20=/earlier/in.txt\r\n";
+  testing::WriteFile(w.home + "/config.ini", kDefaultConfig + lists);
+  auto r = w.Run({"-i", "in/*.txt", "-o", "out/*.csv", "-r", "trial-balance.rcp"});
   EXPECT_EQ(r.status, 0) << r.err;
-  const std::string config = ReadFile(w.home + "/config.ini");
-  EXPECT_NE(config.find("[mruInputFile]\r\nmruInputFile20=" + w.F("in/*.txt") + "\r\n"),
-            std::string::npos)
-      << config;
-  EXPECT_NE(config.find("mruOutputFile20=" + w.F("out/*.csv")), std::string::npos);
-  EXPECT_NE(config.find("mruRecipeFile20=" + w.F("trial-balance.rcp")), std::string::npos);
+  std::string expected = kDefaultConfig;
+  expected.insert(expected.find("DefaultRecipeFile=\r\n") + 20, "bWarnedAboutTabsInFile=TRUE\r\n");
+  expected += lists;
+  EXPECT_EQ(ReadFile(w.home + "/config.ini"), expected);
+  r = w.Run({"-i", "in/jan.txt", "-o", "jan.xlsx", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(r.err, "");
+  EXPECT_EQ(ReadFile(w.home + "/config.ini"), expected);
+}
+
+// The hidden main window checks config.ini's header; a foreign one is reported, nothing is read
+// from it or written to it, and the conversion still runs.
+TEST(Cli, ForeignConfigHeaderIsReportedAndLeftAlone) {
+  Work w;
+  const std::string foreign =
+      "[Header]\r\nProduct=KRO_B\r\nFileType=RECIPE\r\nFileFormat=1.0\r\n"
+      "[General]\r\nbWarnedAboutTabsInFile=TRUE\r\n";
+  testing::WriteFile(w.home + "/config.ini", foreign);
+  const auto r = w.Run({"-i", "trial-balance.txt", "-o", "tb.csv", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(r.err, "kroveld: error: Incorrect file type!\n" + std::string(kTabNote));
+  EXPECT_EQ(ReadFile(w.F("tb.csv")), ExpectedCsv());
+  EXPECT_EQ(ReadFile(w.home + "/config.ini"), foreign);
 }
 
 TEST(Cli, InterruptStopsABatchBetweenFiles) {
@@ -286,7 +340,14 @@ TEST(Cli, InterruptStopsABatchBetweenFiles) {
         }
         kill(pid, SIGINT);
       });
-  EXPECT_EQ(r.status, 130) << r.err;
+  // The stop is said on stderr (the terminate question answered Yes, once per table still to
+  // run in the file under way, or one line for a stop between files), so the status is 1.
+  EXPECT_EQ(r.status, 1) << r.err;
+  const std::regex stopped(
+      R"((kroveld: Do you want to terminate the process\? Yes\n)+|)"
+      R"(kroveld: warning: Conversion stopped by the user before file \d+ of 3000\n)");
+  ASSERT_TRUE(r.err.starts_with(kTabNote)) << r.err;
+  EXPECT_TRUE(std::regex_match(r.err.substr(std::string_view(kTabNote).size()), stopped)) << r.err;
   std::vector<std::string> outputs;
   for (const auto& e : fs::directory_iterator(w.F("out"))) outputs.push_back(e.path().string());
   std::sort(outputs.begin(), outputs.end());

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <functional>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -24,15 +25,18 @@ struct RunResult {
   std::string err;
 };
 
-// Starts kroveld with `args` in `cwd`; `whileRunning` (if given) is called with the child's pid
-// and may signal it. Waits for the end.
-inline RunResult RunKroveld(const std::string& home, const std::vector<std::string>& args,
-                            const std::string& cwd = {},
-                            const std::function<void(pid_t)>& whileRunning = {}) {
-  TempDir io;
-  const std::string outPath = io.File("stdout"), errPath = io.File("stderr");
-  const pid_t pid = fork();
-  if (pid == 0) {
+// A kroveld process started in the background; its stdout and stderr go to files of `io`.
+struct Started {
+  pid_t pid = -1;
+  std::shared_ptr<TempDir> io = std::make_shared<TempDir>();
+};
+
+inline Started StartKroveld(const std::string& home, const std::vector<std::string>& args,
+                            const std::string& cwd = {}) {
+  Started s;
+  const std::string outPath = s.io->File("stdout"), errPath = s.io->File("stderr");
+  s.pid = fork();
+  if (s.pid == 0) {
     setenv("KROVELD_HOME", home.c_str(), 1);
     if (!cwd.empty() && chdir(cwd.c_str()) != 0) _exit(127);
     const int o = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
@@ -46,14 +50,27 @@ inline RunResult RunKroveld(const std::string& home, const std::vector<std::stri
     execv(KROVELD_BINARY, argv.data());
     _exit(127);
   }
-  if (whileRunning) whileRunning(pid);
+  return s;
+}
+
+inline RunResult WaitKroveld(const Started& s) {
   int raw = 0;
-  waitpid(pid, &raw, 0);
+  waitpid(s.pid, &raw, 0);
   RunResult r;
   r.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : 128 + WTERMSIG(raw);
-  r.out = ReadFile(outPath);
-  r.err = ReadFile(errPath);
+  r.out = ReadFile(s.io->File("stdout"));
+  r.err = ReadFile(s.io->File("stderr"));
   return r;
+}
+
+// Starts kroveld with `args` in `cwd`; `whileRunning` (if given) is called with the child's pid
+// and may signal it. Waits for the end.
+inline RunResult RunKroveld(const std::string& home, const std::vector<std::string>& args,
+                            const std::string& cwd = {},
+                            const std::function<void(pid_t)>& whileRunning = {}) {
+  const Started s = StartKroveld(home, args, cwd);
+  if (whileRunning) whileRunning(s.pid);
+  return WaitKroveld(s);
 }
 
 // The path with every "/" turned into "\", as the slash syntax wants it.
