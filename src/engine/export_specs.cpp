@@ -195,12 +195,10 @@ void clsExportSpecs::ReadFromFile(UiPort& ui, const std::string& path) {
 }
 
 bool clsExportSpecs::WriteToFile(UiPort& ui, const std::string& path) const {
+  // The file is written whole from an empty document: sections of an older version of the file
+  // (a title since removed, the old order) must not survive, or the renumbered file would read
+  // back with more sections, or in another order, than were written.
   PrivateProfile file;
-  if (!file.Load(path)) {
-    ui.Message("Cannot read export specification file: " + path + " (" + file.Error() + ")",
-               Icon::Critical);
-    return false;
-  }
   file.Set("Header", "Product", Product);
   file.Set("Header", "FileType", FileType);
   file.Set("Header", "FileFormat", FileFormat);
