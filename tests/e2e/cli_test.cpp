@@ -276,7 +276,8 @@ TEST(Cli, NothingIsWrittenBesideTheOutputsAndTheApplicationFiles) {
       expected[w.F(out)] = ReadFile(w.F(out));
     }
     std::vector<std::string> homeFiles = {"ErrorLog.txt", "config.ini"};
-    if (c.automatic) homeFiles = {"ErrorLog.txt", "_AutoRecipe.rcp", "_ExportSpecs.krs", "config.ini"};
+    if (c.automatic)
+      homeFiles = {"ErrorLog.txt", "_AutoRecipe.rcp", "_ExportSpecs.krs", "config.ini"};
     for (const auto& f : homeFiles) expected[w.home + "/" + f] = ReadFile(w.home + "/" + f);
     const auto after = Snapshot(w.dir.path());
     std::vector<std::string> paths, wanted;
