@@ -15,57 +15,41 @@ using testing::MapSink;
 using testing::RecordingPort;
 using testing::TempDir;
 
-struct ReadCase {
-  const char* name;
-  std::string text;  // the consolidate section and its departments
-  std::string message;
-};
-
-class ConRead : public ::testing::TestWithParam<ReadCase> {};
-
-TEST_P(ConRead, ReportsTheFirstFailedTest) {
+TEST(ConRead, ReportsTheFirstFailedTest) {
+  const std::string con = "[Consolidate 1]";
+  const std::string dept1 = "[Con 1 Dept 1]";
+  const struct {
+    std::string text;  // the consolidate section and its departments
+    std::string message;
+  } cases[] = {
+      {CrLf({con, "ReadAccountsColumn=1"}), "Consolidate 1 : Table number must be > 0!"},
+      {CrLf({con, "Table=0", "ReadAccountsColumn=1"}), "Consolidate 1 : Table number must be > 0!"},
+      {CrLf({con, "Table=3", "ReadAccountsColumn=1"}),
+       "Consolidate 1 : Table number 3 does not exist!"},
+      {CrLf({con, "Table=2", "TotalDepartments=1"}),
+       "Consolidate 1 : Accounts Column Number must be > 0!"},
+      {CrLf({con, "Table=2", "ReadAccountsColumn=1", "TotalDepartments=2000000000"}),
+       "Consolidate 1 : Number of departments must be at most 10000!"},
+      {CrLf({con, "Table=1", "ReadAccountsColumn=1", "TotalDepartments=2", dept1, "ReadStartLine=a",
+             "ReadStartLineOffset=0", "ReadEndLine=b", "ReadEndLineOffset=0", "[Con 1 Dept 2]",
+             "ReadEndLine=b"}),
+       "Con 1 Dept 2 : Missing ReadStartLine text!"},
+      {CrLf({con, "Table=1", "ReadAccountsColumn=1", "TotalDepartments=1", dept1, "ReadStartLine=a",
+             "ReadStartLineOffset=0"}),
+       "Con 1 Dept 1 : Missing ReadEndLine text!"},
+      {CrLf({con, "Table=1", "ReadAccountsColumn=1", "TotalDepartments=1", dept1, "ReadStartLine=a",
+             "ReadStartLineOffset=two", "ReadEndLine=b"}),
+       "Con 1 Dept 1 : ReadStartLineOffset must be a whole number!"},
+  };
   TempDir dir;
-  const std::string path = dir.Write("c.krs", GetParam().text);
-  RecordingPort ui;
-  clsCon con;
-  EXPECT_FALSE(con.ReadFromFile(ui, path, 1, 2));
-  ASSERT_EQ(ui.messages.size(), 1u);
-  EXPECT_EQ(ui.messages[0].text, GetParam().message);
-  EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
+  for (const auto& c : cases) {
+    RecordingPort ui;
+    clsCon reader;
+    EXPECT_FALSE(reader.ReadFromFile(ui, dir.Write("c.krs", c.text), 1, 2));
+    EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Error in " + c.message});
+    EXPECT_EQ(ui.messages.at(0).icon, Icon::Critical);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Messages, ConRead,
-    ::testing::Values(
-        ReadCase{"NoTable", CrLf({"[Consolidate 1]", "ReadAccountsColumn=1"}),
-                 "Error in Consolidate 1 : Table number must be > 0!"},
-        ReadCase{"TableZero", CrLf({"[Consolidate 1]", "Table=0", "ReadAccountsColumn=1"}),
-                 "Error in Consolidate 1 : Table number must be > 0!"},
-        ReadCase{"TableText", CrLf({"[Consolidate 1]", "Table=one"}),
-                 "Error in Consolidate 1 : Table number must be > 0!"},
-        ReadCase{"UnknownTable", CrLf({"[Consolidate 1]", "Table=3", "ReadAccountsColumn=1"}),
-                 "Error in Consolidate 1 : Table number 3 does not exist!"},
-        ReadCase{"NoAccountsColumn", CrLf({"[Consolidate 1]", "Table=2", "TotalDepartments=1"}),
-                 "Error in Consolidate 1 : Accounts Column Number must be > 0!"},
-        ReadCase{"TooManyDepartments",
-                 CrLf({"[Consolidate 1]", "Table=2", "ReadAccountsColumn=1",
-                       "TotalDepartments=2000000000"}),
-                 "Error in Consolidate 1 : Number of departments must be at most 10000!"},
-        ReadCase{"DeptNoStart",
-                 CrLf({"[Consolidate 1]", "Table=1", "ReadAccountsColumn=1", "TotalDepartments=2",
-                       "[Con 1 Dept 1]", "ReadStartLine=a", "ReadStartLineOffset=0",
-                       "ReadEndLine=b", "ReadEndLineOffset=0", "[Con 1 Dept 2]", "ReadEndLine=b"}),
-                 "Error in Con 1 Dept 2 : Missing ReadStartLine text!"},
-        ReadCase{"DeptNoEnd",
-                 CrLf({"[Consolidate 1]", "Table=1", "ReadAccountsColumn=1", "TotalDepartments=1",
-                       "[Con 1 Dept 1]", "ReadStartLine=a", "ReadStartLineOffset=0"}),
-                 "Error in Con 1 Dept 1 : Missing ReadEndLine text!"},
-        ReadCase{
-            "DeptBadOffset",
-            CrLf({"[Consolidate 1]", "Table=1", "ReadAccountsColumn=1", "TotalDepartments=1",
-                  "[Con 1 Dept 1]", "ReadStartLine=a", "ReadStartLineOffset=two", "ReadEndLine=b"}),
-            "Error in Con 1 Dept 1 : ReadStartLineOffset must be a whole number!"}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(ConReadOk, ReadsDepartmentsInOrder) {
   TempDir dir;
@@ -199,21 +183,15 @@ TEST_F(Consolidation, AccountNamesMatchTrimmedAndUpperCased) {
   EXPECT_EQ(specs().WritePointer2, 3);
 }
 
-TEST_F(Consolidation, TextSourceOverwritesTarget) {
-  sink.cells[{1, 6, 2}] = "n/a";
-  con.Process(ctx);
-  EXPECT_TRUE(ui.messages.empty());
-  EXPECT_EQ(Sheet2Row(2), (std::vector<std::string>{"B", "n/a", "5"}));
-}
-
-TEST_F(Consolidation, NumericSourceOntoTextTargetIsReported) {
+TEST_F(Consolidation, TextSourceOverwritesAndTextTargetIsReported) {
   specs().WritePointer2 = 4;
-  sink.cells[{1, 3, 3}] = "x";
+  sink.cells[{1, 6, 2}] = "n/a";  // added into row 5, column B
+  sink.cells[{1, 3, 3}] = "x";    // copied into row 5, column C; then 3 is added onto it
   con.Process(ctx);
   EXPECT_EQ(ui.Texts(),
             std::vector<std::string>{"Error: Unexpected non-numeric field! (Sheet 2, Row 5)"});
   EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
-  EXPECT_EQ(sink.Cell(2, 5, 3), "3");
+  EXPECT_EQ(Sheet2Row(5), (std::vector<std::string>{"B", "n/a", "3"}));
   EXPECT_FALSE(specs().Failed);
 }
 
@@ -239,20 +217,15 @@ TEST_F(Consolidation, FoundBeforeComparesTheBottomKeyRowWithoutItsOffset) {
   con.Process(ctx);
   EXPECT_TRUE(ui.messages.empty());
   EXPECT_TRUE(con.Departments[0].AccountNames.empty());
-  // Start row 4, bottom key on row 3 moved to row 8: reported.
-  con.Departments = {Dept("Dept 1", 3, "B", 5)};
-  con.Process(ctx);
-  EXPECT_EQ(ui.Texts(), std::vector<std::string>{
-                            "Error in Table specs: ReadEndLine key text [B] was found before "
-                            "ReadStartLine key text [Dept 1]"});
-}
-
-TEST_F(Consolidation, KeysAreSearchedOnlyWithinTheTableRows) {
+  // Start row 4, bottom key on row 3 moved to row 8: reported. A key below the table's last row
+  // is not found.
   sink.cells[{1, 20, 1}] = "Dept 7";
-  con.Departments = {Dept("Dept 7", 0, "Dept 7", 0)};
+  con.Departments = {Dept("Dept 1", 3, "B", 5), Dept("Dept 7", 0, "Dept 7", 0)};
   con.Process(ctx);
-  EXPECT_EQ(ui.Texts(), std::vector<std::string>{
-                            "Error in Department specs: Can not find ReadStartLine: Dept 7"});
+  EXPECT_EQ(ui.Texts(), (std::vector<std::string>{
+                            "Error in Table specs: ReadEndLine key text [B] was found before "
+                            "ReadStartLine key text [Dept 1]",
+                            "Error in Department specs: Can not find ReadStartLine: Dept 7"}));
 }
 
 TEST_F(Consolidation, HugeOffsetsStayWithinTheSheet) {

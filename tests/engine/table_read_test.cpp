@@ -25,50 +25,36 @@ std::string Table2(std::string_view columns, std::string_view startOffset = "1")
                "ReadEndLineOffset=-1", "TotalColumns=" + std::string(columns)});
 }
 
-struct TableCase {
-  const char* name;
-  std::string text;
-  std::vector<std::string> messages;
-};
-
-class TableRead : public ::testing::TestWithParam<TableCase> {};
-
-TEST_P(TableRead, ShowsTheSystemMessages) {
+TEST(TableRead, ShowsTheSystemMessages) {
+  const std::string noColumns = "Error in Table 2Number of Columns must be > 0!";
+  const struct {
+    std::string text;
+    std::vector<std::string> messages;
+  } cases[] = {
+      {CrLf({"[Table 2]", "ReadEndLine=x", "TotalColumns=1"}),
+       {"Error in Table 2 : Invalid ReadStartLine!"}},
+      {CrLf({"[Table 2]", "ReadStartLine=x", "TotalColumns=1"}),
+       {"Error in Table 2 : Invalid ReadEndLine!"}},
+      {Table2("1", "one"), {"Error in Table 2 : ReadStartLineOffset must be a whole number!"}},
+      {Table2("0"), {noColumns}},
+      {Table2("3x"), {noColumns}},
+      {Table2("703"), {"Error in Table 2 : Number of columns must be at most 702!"}},
+      {Table2("5") + Column(2, 1, "0", "5", "A", "") + Column(2, 2, "1", "", "B", "") +
+           Column(2, 3, "1", "5", "ZA", "") + Column(2, 4, "1", "5", "AB", "avg") +
+           Column(2, 5, "1", "5", "C", "first"),
+       {"Invalid Read Column start position!", "Invalid Read Column end position!",
+        "Error in Table 2 Col 3 : Write Column must be (A-Z)!", "Invalid Multi-file operator!",
+        "Invalid Multi-file operator!"}},
+  };
   TempDir dir;
-  const std::string path = dir.Write("t.krs", GetParam().text);
-  RecordingPort ui;
-  clsTable table;
-  EXPECT_FALSE(table.ReadFromFile(ui, path, 2));
-  EXPECT_EQ(ui.Texts(), GetParam().messages);
-  for (const auto& m : ui.messages) EXPECT_EQ(m.icon, Icon::Critical);
+  for (const auto& c : cases) {
+    RecordingPort ui;
+    clsTable table;
+    EXPECT_FALSE(table.ReadFromFile(ui, dir.Write("t.krs", c.text), 2));
+    EXPECT_EQ(ui.Texts(), c.messages);
+    for (const auto& m : ui.messages) EXPECT_EQ(m.icon, Icon::Critical);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Messages, TableRead,
-    ::testing::Values(
-        TableCase{"NoStartKey",
-                  CrLf({"[Table 2]", "ReadEndLine=x", "TotalColumns=1"}),
-                  {"Error in Table 2 : Invalid ReadStartLine!"}},
-        TableCase{"NoEndKey",
-                  CrLf({"[Table 2]", "ReadStartLine=x", "TotalColumns=1"}),
-                  {"Error in Table 2 : Invalid ReadEndLine!"}},
-        TableCase{"BadOffset",
-                  Table2("1", "one"),
-                  {"Error in Table 2 : ReadStartLineOffset must be a whole number!"}},
-        TableCase{"NoColumns", Table2("0"), {"Error in Table 2Number of Columns must be > 0!"}},
-        TableCase{
-            "ColumnsNotANumber", Table2("3x"), {"Error in Table 2Number of Columns must be > 0!"}},
-        TableCase{"TooManyColumns",
-                  Table2("703"),
-                  {"Error in Table 2 : Number of columns must be at most 702!"}},
-        TableCase{"ColumnMessages",
-                  Table2("5") + Column(2, 1, "0", "5", "A", "") + Column(2, 2, "1", "", "B", "") +
-                      Column(2, 3, "1", "5", "ZA", "") + Column(2, 4, "1", "5", "AB", "avg") +
-                      Column(2, 5, "1", "5", "C", "first"),
-                  {"Invalid Read Column start position!", "Invalid Read Column end position!",
-                   "Error in Table 2 Col 3 : Write Column must be (A-Z)!",
-                   "Invalid Multi-file operator!", "Invalid Multi-file operator!"}}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(TableReadOk, ReadsKeysAndColumnsAndWritesThemBack) {
   TempDir dir;

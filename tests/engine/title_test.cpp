@@ -16,53 +16,37 @@ using testing::MapSink;
 using testing::RecordingPort;
 using testing::TempDir;
 
-struct TitleCase {
-  const char* name;
-  std::string body;  // the lines after "[Title 2]"
-  std::string message;
-};
-
-class TitleValidation : public ::testing::TestWithParam<TitleCase> {};
-
-TEST_P(TitleValidation, ReportsTheFirstFailedTestOnly) {
+TEST(TitleRead, ReportsTheFirstFailedTestOnly) {
+  const std::string sheet = " : Write sheet number must be > 0!";
+  const std::string column = " : Write Column must be (A-Z)!";
+  const std::string lines = " : Number of lines must be > 0!";
+  const struct {
+    std::string body;  // the lines after "[Title 2]"
+    std::string message;
+  } cases[] = {
+      {CrLf({"WriteColumn=A", "TotalLines=1", "1Text=x"}), sheet},
+      {CrLf({"WriteSheet=0", "WriteColumn=A", "TotalLines=1"}), sheet},
+      {CrLf({"WriteSheet=two", "WriteColumn=A"}), sheet},
+      {CrLf({"WriteSheet=1", "TotalLines=1"}), column},
+      {CrLf({"WriteSheet=1", "WriteColumn=ZA", "TotalLines=1"}), column},
+      {CrLf({"WriteSheet=1", "WriteColumn=1", "TotalLines=1"}), column},
+      {CrLf({"WriteColumn=A", "WriteSheet=1", "TotalLines=1"}), column},  // keys out of order
+      {CrLf({"WriteSheet=1", "WriteColumn=A"}), lines},
+      {CrLf({"WriteSheet=1", "WriteColumn=A", "TotalLines=0"}), lines},
+      {CrLf({"WriteSheet=1", "WriteColumn=A", "TotalLines=2000000000"}),
+       " : Number of lines must be at most 1048576!"},
+  };
   TempDir dir;
-  const std::string path =
-      dir.Write("t.krs", CrLf({"[Header]", "Product=KRO", "[Title 2]"}) + GetParam().body);
-  RecordingPort ui;
-  clsTitle title;
-  EXPECT_FALSE(title.ReadFromFile(ui, path, 2));
-  ASSERT_EQ(ui.messages.size(), 1u);
-  EXPECT_EQ(ui.messages[0].text, GetParam().message);
-  EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
-  EXPECT_TRUE(title.Lines.empty());
+  for (const auto& c : cases) {
+    const std::string path = dir.Write("t.krs", CrLf({"[Header]", "[Title 2]"}) + c.body);
+    RecordingPort ui;
+    clsTitle title;
+    EXPECT_FALSE(title.ReadFromFile(ui, path, 2));
+    EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Error in Title 2" + c.message}) << c.body;
+    EXPECT_EQ(ui.messages.at(0).icon, Icon::Critical);
+    EXPECT_TRUE(title.Lines.empty());
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Messages, TitleValidation,
-    ::testing::Values(
-        TitleCase{"NoSheet", CrLf({"WriteColumn=A", "TotalLines=1", "1Text=x"}),
-                  "Error in Title 2 : Write sheet number must be > 0!"},
-        TitleCase{"SheetZero", CrLf({"WriteSheet=0", "WriteColumn=A", "TotalLines=1"}),
-                  "Error in Title 2 : Write sheet number must be > 0!"},
-        TitleCase{"SheetNotANumber", CrLf({"WriteSheet=two", "WriteColumn=A"}),
-                  "Error in Title 2 : Write sheet number must be > 0!"},
-        TitleCase{"SheetTooBig", CrLf({"WriteSheet=99999999999", "WriteColumn=A"}),
-                  "Error in Title 2 : Write sheet number must be > 0!"},
-        TitleCase{"NoColumn", CrLf({"WriteSheet=1", "TotalLines=1"}),
-                  "Error in Title 2 : Write Column must be (A-Z)!"},
-        TitleCase{"ColumnAfterZ", CrLf({"WriteSheet=1", "WriteColumn=ZA", "TotalLines=1"}),
-                  "Error in Title 2 : Write Column must be (A-Z)!"},
-        TitleCase{"ColumnDigit", CrLf({"WriteSheet=1", "WriteColumn=1", "TotalLines=1"}),
-                  "Error in Title 2 : Write Column must be (A-Z)!"},
-        TitleCase{"NoLines", CrLf({"WriteSheet=1", "WriteColumn=A"}),
-                  "Error in Title 2 : Number of lines must be > 0!"},
-        TitleCase{"ZeroLines", CrLf({"WriteSheet=1", "WriteColumn=A", "TotalLines=0"}),
-                  "Error in Title 2 : Number of lines must be > 0!"},
-        TitleCase{"KeysOutOfOrder", CrLf({"WriteColumn=A", "WriteSheet=1", "TotalLines=1"}),
-                  "Error in Title 2 : Write Column must be (A-Z)!"},
-        TitleCase{"HugeLineCount", CrLf({"WriteSheet=1", "WriteColumn=A", "TotalLines=2000000000"}),
-                  "Error in Title 2 : Number of lines must be at most 1048576!"}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(TitleRead, LinesAreTrimmedAndMissingLinesAreEmpty) {
   TempDir dir;
@@ -97,31 +81,23 @@ class TitleProcess : public ::testing::Test {
   Context ctx;
 };
 
-TEST_F(TitleProcess, EmptyLineTakesARowButWritesNothing) {
+TEST_F(TitleProcess, BlocksStackPerSheetAndEmptyLinesTakeARow) {
   ctx.recipe.ExportSpecs.WritePointer1 = 5;
-  clsTitle t = Make(1, "C", {"one", "", "three"});
-  t.Process(ctx);
-  EXPECT_EQ(sink.Cell(1, 5, 3), "one");
-  EXPECT_EQ(sink.Cell(1, 7, 3), "three");
-  EXPECT_EQ(sink.cells.count({1, 6, 3}), 0u);
-  EXPECT_EQ(sink.writes, 2);
-  EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer1, 8);
-  EXPECT_TRUE(ui.messages.empty());
-}
-
-TEST_F(TitleProcess, TitlesStackPerSheet) {
-  clsTitle a = Make(1, "A", {"a1", "a2"});
-  clsTitle b = Make(2, "B", {"b1"});
-  clsTitle c = Make(1, "A", {"c1"});
+  clsTitle a = Make(1, "C", {"one", "", "three"});
+  clsTitle b = Make(2, "b", {"b1"});
+  clsTitle c = Make(1, "C", {"c1"});
   clsTitle d = Make(2, "AA", {"d1", "d2"});
   for (clsTitle* t : {&a, &b, &c, &d}) t->Process(ctx);
-  EXPECT_EQ(sink.Cell(1, 1, 1), "a1");
-  EXPECT_EQ(sink.Cell(1, 2, 1), "a2");
-  EXPECT_EQ(sink.Cell(1, 3, 1), "c1");  // the sheet-2 title did not move sheet 1
+  EXPECT_TRUE(ui.messages.empty());
+  EXPECT_EQ(sink.Cell(1, 5, 3), "one");
+  EXPECT_EQ(sink.cells.count({1, 6, 3}), 0u);  // the empty line writes nothing
+  EXPECT_EQ(sink.Cell(1, 7, 3), "three");
+  EXPECT_EQ(sink.Cell(1, 8, 3), "c1");  // the sheet-2 title did not move sheet 1
   EXPECT_EQ(sink.Cell(2, 1, 2), "b1");
   EXPECT_EQ(sink.Cell(2, 2, 27), "d1");  // "AA" is column 27
   EXPECT_EQ(sink.Cell(2, 3, 27), "d2");
-  EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer1, 4);
+  EXPECT_EQ(sink.writes, 6);
+  EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer1, 9);
   EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer2, 4);
 }
 
