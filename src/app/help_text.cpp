@@ -29,7 +29,7 @@ SLASH SYNTAX (the first argument begins with "/")
   /T size    tab stop width of the input text (default 8)
   /L path    log file (its folder is created; nothing is written to it)
   /V         verbose (accepted)
-  /?         show this help
+  /?         show this help; the rest of the line still runs as a job
 
   Switch letters may be given in either case. Values run to the next "/", so
   they cannot contain "/" but may contain blanks. A value that contains a
@@ -70,13 +70,13 @@ MESSAGES AND EXIT STATUS
 
   Every message is one line on standard error: "kroveld: error: ...",
   "kroveld: warning: ...", "kroveld: note: ..." or "kroveld: ...". Progress
-  is shown on standard error when it is a terminal. Ctrl-C stops a batch
-  before its next file.
+  is shown on standard error when it is a terminal. Ctrl-C stops the run:
+  a table under way ends at its current row, a batch before its next file,
+  and the stop is said on standard error.
 
   0    the run showed no message (the tab-characters note aside)
-  1    the run showed a message
+  1    the run showed a message, or was stopped with Ctrl-C
   2    the conventional command line was rejected
-  130  the run was stopped with Ctrl-C
 )";
   return text;
 }
