@@ -3,7 +3,6 @@
 #include <ctime>
 
 #include "util/lines_io.h"
-#include "util/strings.h"
 
 namespace kroveld {
 
@@ -38,10 +37,6 @@ std::string ErrorLogHeader() {
 
 bool WriteErrorLogHeader(const std::string& path) {
   return WriteLines(path, {ErrorLogHeader()}, 1, false);
-}
-
-bool IniBool(const std::string& value) {
-  return UpperAscii(value) != "FALSE";
 }
 
 }  // namespace kroveld

@@ -17,7 +17,4 @@ std::string ErrorLogHeader();
 // Replaces the error log with its one header line.
 bool WriteErrorLogHeader(const std::string& path);
 
-// config.ini's boolean rule: false exactly when the value, upper-cased, is "FALSE".
-bool IniBool(const std::string& value);
-
 }  // namespace kroveld

@@ -34,15 +34,5 @@ TEST(ErrorLog, RewrittenWithOneHeaderLine) {
       << log;
 }
 
-TEST(IniBool, OnlyTheWordFalseIsFalse) {
-  EXPECT_FALSE(IniBool("FALSE"));
-  EXPECT_FALSE(IniBool("false"));
-  EXPECT_FALSE(IniBool("False"));
-  EXPECT_TRUE(IniBool("no"));
-  EXPECT_TRUE(IniBool(""));
-  EXPECT_TRUE(IniBool("0"));
-  EXPECT_TRUE(IniBool("TRUE"));
-}
-
 }  // namespace
 }  // namespace kroveld

@@ -56,15 +56,6 @@ TEST(Cli, SingleConversionThroughTheConventionalSyntax) {
   EXPECT_EQ(ReadFile(w.F("tb2.csv")), ExpectedCsv());
 }
 
-TEST(Cli, SingleConversionThroughTheSlashSyntax) {
-  Work w;
-  const auto r =
-      w.Run({"/I" + Backslashed(w.F("trial-balance.txt")), "/O " + Backslashed(w.F("tb.CSV")),
-             "/r" + Backslashed(w.F("trial-balance.rcp"))});
-  EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(ReadFile(w.F("tb.CSV")), ExpectedCsv());
-}
-
 TEST(Cli, BareNamesOfTheSlashSyntaxAreInTheApplicationFolder) {
   Work w;
   for (const char* f : {"trial-balance.txt", "trial-balance.rcp", "trial-balance.krs"}) {
@@ -73,14 +64,6 @@ TEST(Cli, BareNamesOfTheSlashSyntaxAreInTheApplicationFolder) {
   const auto r = w.Run({"/Itrial-balance.txt", "/Otb.csv", "/Rtrial-balance.rcp"});
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(ReadFile(w.home + "/tb.csv"), ExpectedCsv());
-}
-
-TEST(Cli, WorkbookOutput) {
-  Work w;
-  const auto r = w.Run({"-i", "trial-balance.txt", "-o", "tb.xlsx", "-r", "trial-balance.rcp"});
-  EXPECT_EQ(r.status, 0) << r.err;
-  const std::string book = ReadFile(w.F("tb.xlsx"));
-  EXPECT_EQ(book.substr(0, 2), "PK");
 }
 
 struct TreeWork : Work {
@@ -271,6 +254,9 @@ TEST(Cli, NothingIsWrittenBesideTheOutputsAndTheApplicationFiles) {
     const auto r = w.Run(c.args);
     EXPECT_EQ(r.status, 0) << r.err;
     std::map<std::string, std::string> expected = before;
+    if (c.outputs[0] == "stock.csv") {
+      EXPECT_EQ(ReadFile(w.F("stock.csv")), "apple ,      12\r\npear  ,       7\r\n");
+    }
     for (const auto& out : c.outputs) {
       ASSERT_TRUE(fs::exists(w.F(out))) << out;
       expected[w.F(out)] = ReadFile(w.F(out));
@@ -365,22 +351,6 @@ TEST(Cli, InterruptStopsABatchBetweenFiles) {
   }
   EXPECT_GE(written, 2);
   EXPECT_LT(written, kFiles);
-}
-
-TEST(Cli, AutomaticRecipeFromAMarkedUpReport) {
-  Work w;
-  testing::WriteFile(w.F("marked.txt"),
-                     testing::CrLf({"STOCK LIST", ">>1", "Item       Qty", "apple       12",
-                                    "pear         7", "<<1", "XXXXX     XXXX", ">>end"}));
-  const auto r = w.Run({"-i", "marked.txt", "-o", "stock.csv"});
-  EXPECT_EQ(r.status, 0) << r.err;
-  const std::string csv = ReadFile(w.F("stock.csv"));
-  EXPECT_NE(csv.find("apple"), std::string::npos) << csv;
-  EXPECT_NE(csv.find("12"), std::string::npos) << csv;
-  EXPECT_NE(csv.find("pear"), std::string::npos) << csv;
-  EXPECT_EQ(std::count(csv.begin(), csv.end(), '\n'), 2) << csv;
-  EXPECT_TRUE(fs::exists(w.home + "/_AutoRecipe.rcp"));
-  EXPECT_TRUE(fs::exists(w.home + "/_ExportSpecs.krs"));
 }
 
 }  // namespace
