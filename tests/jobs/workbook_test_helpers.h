@@ -48,17 +48,11 @@ struct DumpedBook {
   std::vector<DumpedSheet> sheets;
 };
 
-// Reads a workbook with tests/e2e/read_workbook.py (xlrd or openpyxl). Fails the test when the
-// reader fails.
-inline DumpedBook ReadWithPython(const std::string& path) {
+// Parses the --lines output of tests/e2e/read_workbook.py. Fails the test on a line it does not
+// understand.
+inline DumpedBook ParseDump(const std::string& text) {
   DumpedBook book;
-  int status = 0;
-  const std::string out =
-      RunCapture("/usr/bin/python3 " KROVELD_SOURCE_DIR "/tests/e2e/read_workbook.py --lines '" +
-                     path + "' 2>&1",
-                 &status);
-  EXPECT_EQ(status, 0) << out;
-  std::istringstream lines(out);
+  std::istringstream lines(text);
   std::string line;
   while (std::getline(lines, line)) {
     std::vector<std::string> parts;
@@ -81,6 +75,18 @@ inline DumpedBook ReadWithPython(const std::string& path) {
     }
   }
   return book;
+}
+
+// Reads a workbook with tests/e2e/read_workbook.py (xlrd or openpyxl). Fails the test when the
+// reader fails.
+inline DumpedBook ReadWithPython(const std::string& path) {
+  int status = 0;
+  const std::string out =
+      RunCapture("/usr/bin/python3 " KROVELD_SOURCE_DIR "/tests/e2e/read_workbook.py --lines '" +
+                     path + "' 2>&1",
+                 &status);
+  EXPECT_EQ(status, 0) << out;
+  return ParseDump(out);
 }
 
 // Runs a python3 snippet with the file path as sys.argv[1]; false when it fails.

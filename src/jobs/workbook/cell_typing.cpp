@@ -22,14 +22,16 @@ TypedCell TypeCellText(std::string_view text, const NumberLocale& loc) {
 
   const std::size_t first_digit = text.find_first_of("0123456789");
   if (first_digit == std::string_view::npos) return cell;
-  // Account codes and other zero-padded numbers stay text; "0" and "0.5" are numbers.
-  if (text[first_digit] == '0' && first_digit + 1 < text.size()) {
+  const std::size_t point = text.find(loc.decimal_point);
+  // Account codes and other zero-padded numbers stay text; "0", "0.5" and ".05" are numbers
+  // (zeros after the decimal point pad nothing).
+  const bool in_integer_part = point == std::string_view::npos || first_digit < point;
+  if (in_integer_part && text[first_digit] == '0' && first_digit + 1 < text.size()) {
     const char next = text[first_digit + 1];
     if (IsDigit(next) || (loc.thousands_sep != '\0' && next == loc.thousands_sep)) return cell;
   }
 
   const bool exponent = text.find_first_of("eE") != std::string_view::npos;
-  const std::size_t point = text.find(loc.decimal_point);
   const bool grouped = loc.thousands_sep != '\0' &&
                        text.substr(0, point).find(loc.thousands_sep) != std::string_view::npos;
   int decimals = 0;

@@ -1,0 +1,353 @@
+// Workbook output of the real binary, read back cell by cell with readers we did not write (xlrd
+// for .xls, openpyxl for .xlsx): the departmental statement example with titles, tables and a
+// consolidation, existing outputs with and without clearing, the already-open refusal, CSV
+// output, unreadable outputs kept as NAME.bak, and the two real sample reports.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include "e2e/e2e_support.h"
+#include "jobs/workbook_test_helpers.h"
+
+namespace kroveld {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::Backslashed;
+using testing::DumpedBook;
+using testing::DumpedCell;
+using testing::ReadFile;
+using testing::ReadWithPython;
+using testing::RunKroveld;
+using testing::TempDir;
+using testing::WriteFile;
+
+const std::string kExamples = std::string(KROVELD_SOURCE_DIR) + "/examples";
+
+bool HaveReaders() {
+  return testing::HavePythonModules("xlrd, openpyxl");
+}
+
+// A work folder holding the departments example and an application folder of its own.
+struct Work {
+  TempDir dir;
+  std::string home = dir.File("home");
+  Work() {
+    fs::create_directories(home);
+    for (const char* f : {"departments.txt", "departments.rcp", "departments.krs"}) {
+      fs::copy_file(kExamples + "/" + f, dir.File(f));
+    }
+  }
+  std::string F(const std::string& rel) const { return dir.File(rel); }
+  testing::RunResult Run(const std::vector<std::string>& args) const {
+    return RunKroveld(home, args, dir.path());
+  }
+  testing::RunResult Departments(const std::string& out,
+                                 const std::vector<std::string>& more = {}) const {
+    std::vector<std::string> args = {"-i", "departments.txt", "-o", out, "-r", "departments.rcp"};
+    args.insert(args.end(), more.begin(), more.end());
+    return Run(args);
+  }
+  // Files in the work folder, sorted (the application folder aside).
+  std::vector<std::string> Files() const {
+    std::vector<std::string> names;
+    for (const auto& e : fs::directory_iterator(dir.path())) {
+      if (e.path().filename() != "home") names.push_back(e.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+};
+
+// The departments example as both readers must see it. The sums on sheet 2 were worked out from
+// the report by hand: Salaries 45,000 + 60,000 + 30,000 and so on.
+const DumpedBook& ExpectedDepartments() {
+  static const DumpedBook book =
+      testing::ParseDump(ReadFile(testing::DataFile("e2e/departments-cells.txt")));
+  return book;
+}
+
+std::string Describe(const DumpedCell& c) {
+  return c.type + " [" + c.value + "] " + c.format;
+}
+
+// Compares two dumps and reports every difference, cell by cell.
+void ExpectSameBook(const DumpedBook& actual, const DumpedBook& expected, const std::string& what) {
+  EXPECT_EQ(actual.font, expected.font) << what;
+  ASSERT_EQ(actual.sheets.size(), expected.sheets.size()) << what;
+  for (std::size_t s = 0; s < expected.sheets.size(); ++s) {
+    const auto& a = actual.sheets[s];
+    const auto& e = expected.sheets[s];
+    EXPECT_EQ(a.name, e.name) << what << " sheet " << s + 1;
+    for (const auto& [at, cell] : e.cells) {
+      const auto it = a.cells.find(at);
+      if (it == a.cells.end()) {
+        ADD_FAILURE() << what << " sheet " << s + 1 << " R" << at.first << "C" << at.second
+                      << " missing, expected " << Describe(cell);
+      } else if (Describe(it->second) != Describe(cell)) {
+        ADD_FAILURE() << what << " sheet " << s + 1 << " R" << at.first << "C" << at.second << ": "
+                      << Describe(it->second) << ", expected " << Describe(cell);
+      }
+    }
+    for (const auto& [at, cell] : a.cells) {
+      if (!e.cells.count(at)) {
+        ADD_FAILURE() << what << " sheet " << s + 1 << " R" << at.first << "C" << at.second
+                      << " unexpected: " << Describe(cell);
+      }
+    }
+  }
+}
+
+class WorkbookE2e : public ::testing::TestWithParam<const char*> {
+ protected:
+  void SetUp() override {
+    if (!HaveReaders()) GTEST_SKIP() << "/usr/bin/python3 with xlrd and openpyxl is missing";
+  }
+  std::string Out(const std::string& stem = "statement") const { return stem + GetParam(); }
+};
+
+TEST_P(WorkbookE2e, DepartmentsExampleReadsBackCellByCell) {
+  Work w;
+  const auto r = w.Departments(Out());
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(r.err, "");
+  const DumpedBook book = ReadWithPython(w.F(Out()));
+  ExpectSameBook(book, ExpectedDepartments(), Out());
+  // The consolidation block, spelled out: sums of three departments are "#,##0.00" numbers,
+  // accounts of one department are copied as they stood.
+  ASSERT_EQ(book.sheets.size(), 2u);
+  const auto& s2 = book.sheets[1].cells;
+  EXPECT_EQ(Describe(s2.at({4, 2})), "n [135000.0] #,##0.00");
+  EXPECT_EQ(Describe(s2.at({5, 4})), "n [-1080.25] #,##0.00");
+  EXPECT_EQ(Describe(s2.at({7, 3})), "n [9125.0] General");
+  // Nothing is left beside the output: no temporary file, no backup.
+  const std::vector<std::string> expected = {"departments.krs", "departments.rcp",
+                                             "departments.txt", Out()};
+  EXPECT_EQ(w.Files(), expected);
+}
+
+TEST_P(WorkbookE2e, ExistingOutputIsWrittenIntoOrClearedFirst) {
+  // An older output: a heading on sheet 1 row 1 (overwritten), a note on sheet 1 row 30 and two
+  // on sheet 2 (cells the departments run never writes).
+  const std::string notesKrs = testing::CrLf({
+      "[Header]",
+      "Product=KRO",
+      "FileType=EXPORT SPEC",
+      "FileFormat=1.1",
+      "[General]",
+      "Name=n",
+      "[Title 1]",
+      "WriteSheet=1",
+      "WriteColumn=A",
+      "TotalLines=30",
+      "1Text=OLD HEADING",
+      "2Text=",
+      "3Text=",
+      "4Text=",
+      "5Text=",
+      "6Text=",
+      "7Text=",
+      "8Text=",
+      "9Text=",
+      "10Text=",
+      "11Text=",
+      "12Text=",
+      "13Text=",
+      "14Text=",
+      "15Text=",
+      "16Text=",
+      "17Text=",
+      "18Text=",
+      "19Text=",
+      "20Text=",
+      "21Text=",
+      "22Text=",
+      "23Text=",
+      "24Text=",
+      "25Text=",
+      "26Text=",
+      "27Text=",
+      "28Text=",
+      "29Text=",
+      "30Text=NOTE ON SHEET 1",
+      "[Title 2]",
+      "WriteSheet=2",
+      "WriteColumn=F",
+      "TotalLines=4",
+      "1Text=",
+      "2Text=",
+      "3Text=",
+      "4Text=NOTE ON SHEET 2",
+  });
+  const std::string notesRcp = testing::CrLf({
+      "Sheet1Name=Old",
+      "[Header]",
+      "Product=KRO",
+      "FileType=RECIPE",
+      "FileFormat=1.1",
+      "[Output File]",
+      "ExportSpecFileName=notes.krs",
+      "[Input Files]",
+      "1FileName=departments.txt",
+  });
+  struct Case {
+    const char* name;
+    std::vector<std::string> flags;
+    bool cleared;
+  } cases[] = {{"default", {}, true}, {"--no-clear", {"--no-clear"}, false}};
+  for (const Case& c : cases) {
+    Work w;
+    WriteFile(w.F("notes.krs"), notesKrs);
+    WriteFile(w.F("notes.rcp"), notesRcp);
+    auto r = w.Run({"-i", "departments.txt", "-o", Out(), "-r", "notes.rcp"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    ASSERT_EQ(ReadWithPython(w.F(Out())).sheets.at(0).name, "Old (P1)");
+
+    r = w.Departments(Out(), c.flags);
+    EXPECT_EQ(r.status, 0) << c.name << ": " << r.err;
+    DumpedBook expected = ExpectedDepartments();
+    expected.sheets[1].cells[{4, 6}] = {"s", "NOTE ON SHEET 2", "General"};
+    if (!c.cleared) expected.sheets[0].cells[{30, 1}] = {"s", "NOTE ON SHEET 1", "General"};
+    ExpectSameBook(ReadWithPython(w.F(Out())), expected, std::string(c.name) + " " + Out());
+  }
+}
+
+TEST_P(WorkbookE2e, SlashSyntaxAndARunOverItsOwnOutput) {
+  Work w;
+  // The slash syntax, then a second run over its own output.
+  auto r = w.Run({"/I" + Backslashed(w.F("departments.txt")), "/O" + Backslashed(w.F(Out())),
+                  "/R" + Backslashed(w.F("departments.rcp"))});
+  ASSERT_EQ(r.status, 0) << r.err;
+  ExpectSameBook(ReadWithPython(w.F(Out())), ExpectedDepartments(), "slash " + Out());
+  // A second run over the first with /C: the result is the same, nothing doubled or shifted.
+  r = w.Run({"/I" + Backslashed(w.F("departments.txt")), "/O" + Backslashed(w.F(Out())),
+             "/R" + Backslashed(w.F("departments.rcp")), "/C"});
+  ASSERT_EQ(r.status, 0) << r.err;
+  ExpectSameBook(ReadWithPython(w.F(Out())), ExpectedDepartments(), "slash /C " + Out());
+}
+
+TEST_P(WorkbookE2e, OutputOpenInASpreadsheetProgramIsLeftAlone) {
+  for (const std::string& lock : {".~lock." + Out() + "#", "~$" + Out()}) {
+    Work w;
+    ASSERT_EQ(w.Departments(Out()).status, 0);
+    const std::string before = ReadFile(w.F(Out()));
+    WriteFile(w.F(lock), "someone,host,/home/someone;08.03.2024 10:00;");
+    const auto r = w.Departments(Out(), {"--no-clear"});
+    EXPECT_EQ(r.status, 1) << lock;
+    EXPECT_EQ(r.err,
+              "kroveld: note:  Microsoft Excel is already open. Please close it then retry\n")
+        << lock;
+    EXPECT_EQ(ReadFile(w.F(Out())), before) << lock;
+    const std::vector<std::string> expected = {lock, "departments.krs", "departments.rcp",
+                                               "departments.txt", Out()};
+    std::vector<std::string> sorted = expected;
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_EQ(w.Files(), sorted) << lock;
+  }
+}
+
+TEST_P(WorkbookE2e, UnreadableExistingOutputIsKeptAsBak) {
+  Work w;
+  const std::string junk = std::string("PK\x03\x04", 4) + "not really a zip, a half-copied file";
+  WriteFile(w.F(Out()), junk);
+  const auto r = w.Departments(Out());
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(ReadFile(w.F(Out() + ".bak")), junk);
+  ExpectSameBook(ReadWithPython(w.F(Out())), ExpectedDepartments(), "over junk " + Out());
+}
+
+TEST_P(WorkbookE2e, AlwaysTwoSheetsAndTheStandardFont) {
+  // The trial balance recipe names no sheets and writes nothing to sheet 2.
+  Work w;
+  for (const char* f : {"trial-balance.txt", "trial-balance.rcp", "trial-balance.krs"}) {
+    fs::copy_file(kExamples + "/" + f, w.F(f));
+  }
+  const auto r = w.Run({"-i", "trial-balance.txt", "-o", Out("tb"), "-r", "trial-balance.rcp"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  const DumpedBook book = ReadWithPython(w.F(Out("tb")));
+  ASSERT_EQ(book.sheets.size(), 2u);
+  EXPECT_EQ(book.sheets[0].name, "Sheet1");
+  EXPECT_EQ(book.sheets[1].name, "Sheet2");
+  EXPECT_TRUE(book.sheets[1].cells.empty());
+  EXPECT_EQ(book.font, "Courier New");
+  const auto& s1 = book.sheets[0].cells;
+  EXPECT_EQ(Describe(s1.at({1, 1})), "s [ACME WIDGETS LTD - TRIAL BALANCE BY DEPARTMENT] General");
+  EXPECT_EQ(Describe(s1.at({3, 1})), "n [1000.0] General");  // account 1000 is a number
+  EXPECT_EQ(Describe(s1.at({3, 3})), "n [12450.0] #,##0.00");
+}
+
+// The two real print-outs of the sample collection, converted with recipes of ours.
+TEST_P(WorkbookE2e, RealSampleReports) {
+  struct Expected {
+    int row, column;
+    const char* cell;
+  };
+  struct Case {
+    const char* recipe;
+    const char* report;
+    std::vector<Expected> cells;
+  } cases[] = {
+      {"card-statements.rcp",
+       "card-statements.txt",
+       {
+           {1, 1, "s [CARD STATEMENT - FIRST ACCOUNT] General"},
+           {2, 2, "s [00000000050         ] General"},  // zero-padded: stays text
+           {3, 2, "s [000001945.87        ] General"},
+           {4, 2, "n [623.0] General"},
+           {5, 1, "s [0000000058866561] General"},
+           {5, 3, "n [183.88] 0.00"},  // "$      183.88 "
+           {6, 3, "n [14.0] 0.00"},
+           {8, 2, "s [Return item at DuBuque, Wuckert and Mraz         ] General"},
+           {8, 3, "n [-47.88] 0.00"},  // trailing minus "47.88-"
+           {10, 3, "n [241.66] 0.00"},
+       }},
+      {"treasury.rcp",
+       "treasury-statement-2013-02-05.txt",
+       {
+           {1, 1, "s [DAILY TREASURY STATEMENT 2013-02-05] General"},
+           {2, 1, "s [ Federal Reserve Account               ] General"},
+           {2, 2, "n [50724.0] #,##0"},  // "$     50,724"
+           {3, 1, "s [ Supplementary Financing Program ] General"},
+           {4, 5, "n [0.0] General"},
+           {6, 5, "n [85446.0] #,##0"},
+           {7, 4, "n [4007477.0] #,##0"},
+           {8, 2, "n [-9415.0] #,##0"},  // "$     -9,415"
+           {8, 4, "n [-34722.0] #,##0"},
+       }},
+  };
+  for (const Case& c : cases) {
+    Work w;
+    const auto r = w.Run({"-i", testing::DataFile(c.report), "-o", Out(), "-r",
+                          testing::DataFile(std::string("e2e/") + c.recipe)});
+    EXPECT_EQ(r.status, 0) << c.recipe << ": " << r.err;
+    const DumpedBook book = ReadWithPython(w.F(Out()));
+    ASSERT_EQ(book.sheets.size(), 2u) << c.recipe;
+    EXPECT_EQ(book.font, "Courier New");
+    const auto& cells = book.sheets[0].cells;
+    for (const Expected& e : c.cells) {
+      const auto it = cells.find({e.row, e.column});
+      ASSERT_NE(it, cells.end()) << c.recipe << " R" << e.row << "C" << e.column;
+      EXPECT_EQ(Describe(it->second), e.cell) << c.recipe << " R" << e.row << "C" << e.column;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, WorkbookE2e, ::testing::Values(".xls", ".xlsx"),
+                         [](const auto& info) { return std::string(info.param + 1); });
+
+TEST(WorkbookE2eCsv, CsvOutputCreatesNoWorkbook) {
+  // Titles and the consolidation have no CSV form; the table rows are all there is. A name that
+  // holds ".csv" anywhere is CSV even when it ends in ".xlsx".
+  for (const char* out : {"statement.csv", "statement.csv.xlsx"}) {
+    Work w;
+    w.Departments(out);
+    const std::string csv = ReadFile(w.F(out));
+    EXPECT_EQ(csv, ReadFile(testing::DataFile("e2e/departments.csv"))) << out;
+    EXPECT_NE(csv.substr(0, 2), "PK") << out;
+    EXPECT_EQ(w.Files().size(), 4u) << out;
+  }
+}
+
+}  // namespace
+}  // namespace kroveld
