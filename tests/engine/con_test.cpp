@@ -267,18 +267,5 @@ TEST_F(Consolidation, ReportsBadTableAndColumnAndMissingDepartments) {
   EXPECT_EQ(sink.writes, 0);
 }
 
-TEST_F(Consolidation, WriteBackAndReadAgain) {
-  TempDir out;
-  PrivateProfile file;
-  con.WriteToFile(file, 3);
-  const std::string path = out.File("c.krs");
-  ASSERT_TRUE(file.Save(path));
-  RecordingPort readUi;
-  clsCon back;
-  EXPECT_TRUE(back.ReadFromFile(readUi, path, 3, 1));
-  EXPECT_TRUE(readUi.messages.empty());
-  EXPECT_EQ(back.PropertyPrint(), con.PropertyPrint());
-}
-
 }  // namespace
 }  // namespace kroveld

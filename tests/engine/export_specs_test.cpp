@@ -336,11 +336,6 @@ TEST(ExportSpecsBadFiles, NoCrashNoHang) {
       {"binary", dir.Write("bin.krs", binary), {}},
       {"long line", dir.Write("long.krs", longLine), {"x" + std::string(10 * 1024 * 1024, 'x')}},
       {"nul bytes", dir.Write("nul.krs", nul), {std::string("\0\0ba", 4)}},
-      {"cr only",
-       dir.Write("cr.krs",
-                 "[Header]\rProduct=KRO\rFileType=EXPORT SPEC\rFileFormat=1.1\r"
-                 "[Title 1]\rWriteSheet=1\rWriteColumn=A\rTotalLines=2\r1Text=x\r2Text=y"),
-       {"x", "y"}},
       {"duplicated: first wins",
        dir.Write("dup.krs", Header() + TitleSection(1, 1, "A", {"first"}) +
                                 TitleSection(1, 2, "B", {"again"})),
