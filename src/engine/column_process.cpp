@@ -109,10 +109,15 @@ void clsColumn::Process(Context& ctx, int row) {
   const std::string_view value = Value(ctx);
   if (write_column_number_ == 0 || WriteColumn != cached_write_column_) {
     const int number = AlphaToNum2(ctx.ui, WriteColumn);
-    write_column_number_ = number > 0 ? number : -1;  // -1: reported once, nothing written
+    write_column_number_ = number > 0 ? number : -1;
     cached_write_column_ = WriteColumn;
+    if (number < 1) return;
+  } else if (write_column_number_ < 1) {
+    // A letter the helper refuses is refused again for every field, with its message; the
+    // cell write to column 0 has nowhere to go.
+    AlphaToNum2(ctx.ui, WriteColumn);
+    return;
   }
-  if (write_column_number_ < 1) return;
   ctx.sink->SetCell(1, row, write_column_number_, value);
 }
 

@@ -187,9 +187,16 @@ std::string_view clsLineProcessor::ProcessField(int code, int firstColumn, int l
       result_ = FormatPlainDouble(average);
       return result_;
     }
-    // Formatting rounds to at most two decimals: the quotient in fixed point is exact enough.
-    const double scaled = average * Fixed4::kScale;
-    number.raw = static_cast<std::int64_t>(scaled < 0 ? scaled - 0.5 : scaled + 0.5);
+    // Rounded straight from the exact quotient sum / count to the format's decimals (halves away
+    // from zero). Going through four decimals first would round twice: 0.0149 / 3 would become
+    // 0.0050 and then 0.01 instead of 0.00.
+    const std::int64_t unit = format == "NearestDollar" ? Fixed4::kScale : Fixed4::kScale / 100;
+    const std::int64_t divisor = unit * count;
+    std::int64_t quotient = sum.raw / divisor;
+    const std::int64_t remainder = sum.raw % divisor;
+    if (remainder >= divisor - remainder) ++quotient;
+    if (-remainder >= divisor + remainder) --quotient;
+    number.raw = quotient * unit;
   }
 
   result_.clear();

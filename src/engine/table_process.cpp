@@ -64,7 +64,9 @@ void clsTable::Process(Context& ctx, int csvFile) {
   std::string status;
 
   for (std::int64_t lineNumber = startLine; lineNumber <= endLine; ++lineNumber) {
-    if (ui.Due()) {
+    // The port makes the per-row yield and status texts cheap by letting only some through.
+    const bool due = ui.Due();
+    if (due) {
       ui.ProcessEvents();
       status = ctx.statusPrefix;
       status += " row ";
@@ -82,6 +84,15 @@ void clsTable::Process(Context& ctx, int csvFile) {
     csvLine.clear();
     for (std::size_t c = 0; c < columnCount; ++c) {
       clsColumn& column = Columns[c];
+      if (due) {
+        status = ctx.statusPrefix;
+        status += " (col ";
+        AppendInt(status, static_cast<long long>(c) + 1);
+        status += " of ";
+        AppendInt(status, TotalColumns);
+        status += ')';
+        ui.Status(3, status);
+      }
       if (lineNumber == startLine &&
           (column.ReadColumnStart < 1 || column.ReadColumnEnd < column.ReadColumnStart)) {
         Fail(ctx, "Invalid table specs (column " + ToText(static_cast<long long>(c) + 1) +

@@ -18,8 +18,10 @@ namespace {
 constexpr std::int64_t kText3Offset = 10000000;
 constexpr std::size_t kBlockSize = 4u << 20;
 
+// InStr's answer: an empty line contains nothing, not even the empty text; any other line
+// contains the empty text.
 inline bool Contains(std::string_view hay, std::string_view needle) {
-  return hay.find(needle) != std::string_view::npos;
+  return !hay.empty() && hay.find(needle) != std::string_view::npos;
 }
 
 // Counts line ends (CR LF, LF, lone CR) in [s, e). `prev_cr` says the byte before s was a CR;

@@ -126,12 +126,14 @@ TEST_F(ColumnTest, ProcessWritesToSheetOneAtTheColumnOfTheLetter) {
   EXPECT_EQ(4, f.sink.cellWrites);
   EXPECT_TRUE(f.ui.messages.empty());
 
-  // A letter the helper refuses is reported once and nothing is written.
+  // A letter the helper refuses (three letters pass the recipe's A-Z test) is reported for every
+  // field, and nothing is written.
   clsColumn bad = MakeColumn(1, 5, "A1B");
   bad.Process(*f.ctx, 1);
   bad.Process(*f.ctx, 2);
   EXPECT_EQ(4, f.sink.cellWrites);
-  EXPECT_EQ(std::vector<std::string>{"unexpected letter code in xl.AlphaToNum2!"}, f.ui.Texts());
+  EXPECT_EQ(std::vector<std::string>(2, "unexpected letter code in xl.AlphaToNum2!"),
+            f.ui.Texts());
 }
 
 }  // namespace

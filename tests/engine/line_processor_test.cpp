@@ -151,6 +151,13 @@ TEST_F(LineProcessorTest, SumAndAverageCombineNumericPiecesOrReturnTheLastNonNum
       {{"1", "2"}, 3, "NearestCent", "1.50"},
       {{"1", "2", "2"}, 3, "NearestDollar", "2"},
       {{"-1,234.5", "0"}, 2, "NearestDollar", "-1,235"},
+      // The average is rounded once, from the exact quotient: 0.0149 / 3 = 0.00497 gives 0.00.
+      {{"0.0149", "0", "0"}, 3, "NearestCent", "0.00"},
+      {{"0.0151", "0", "0"}, 3, "NearestCent", "0.01"},
+      {{"-0.0151", "0", "0"}, 3, "NearestCent", "-0.01"},
+      {{"2.5", "0"}, 3, "NearestDollar", "1"},  // 1.25
+      {{"3", "0"}, 3, "NearestDollar", "2"},    // 1.5: halves away from zero
+      {{"-3", "0"}, 3, "NearestDollar", "-2"},
   };
   for (const auto& c : cases) {
     f.ui.Clear();

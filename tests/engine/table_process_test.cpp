@@ -192,10 +192,19 @@ TEST_F(TableTest, AStopRequestAnsweredNoGoesOnAndClearsTheRequest) {
   EXPECT_EQ(8u, f.sink.rows.size());
   EXPECT_FALSE(f.ctx->run.stopRequested);
   EXPECT_EQ(1u, f.ui.questions.size());
-  // The status panel shows the row being read.
-  ASSERT_FALSE(f.ui.statuses.empty());
-  EXPECT_EQ(3, f.ui.statuses.back().first);
-  EXPECT_EQ(" row 8 of 8", f.ui.statuses.back().second);
+}
+
+TEST_F(TableTest, TheStatusPanelShowsTheRowAndThenEachColumn) {
+  f.UseReport(NumberedLines(4, {{1, "TOP"}, {4, "END"}}));
+  f.ctx->statusPrefix = "Converting r.txt";
+  clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 2), MakeColumn(3, 4)});
+  f.Run(table, true);
+  const std::vector<std::pair<int, std::string>> expected = {
+      {3, "Converting r.txt row 1 of 2"},   {3, "Converting r.txt (col 1 of 2)"},
+      {3, "Converting r.txt (col 2 of 2)"}, {3, "Converting r.txt row 2 of 2"},
+      {3, "Converting r.txt (col 1 of 2)"}, {3, "Converting r.txt (col 2 of 2)"}};
+  EXPECT_EQ(expected, f.ui.statuses);
+  EXPECT_EQ(2, f.ui.events);  // one yield per row
 }
 
 TEST_F(TableTest, AwkwardBytesAndLineEndsPassThrough) {

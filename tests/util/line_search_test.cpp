@@ -46,6 +46,11 @@ TEST(FindNextLine, TextOneWinsAndEmptyTextsAreIgnored) {
     TextFile f(path);
     EXPECT_EQ(FindNextLine(f, "beta", "", "", "alpha"), 2);  // line 1 excluded
   }
+  {
+    // An empty text is found in any line that is not empty, as the key search does.
+    TextFile f(dir.Write("e.txt", CrLf({"", "", "x"})));
+    EXPECT_EQ(FindNextLine(f, ""), 3);
+  }
 }
 
 TEST(FindNextLine, CompareWindow) {
