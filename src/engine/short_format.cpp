@@ -92,9 +92,11 @@ void clsExportSpecs::FileCreateShort(Context& ctx, const std::string& templatePa
       const LineSpan span = FindLineSpan(in, "<<", ">>");
       if (span.start == 0) {
         if (n == 0) {
+          // Without this the run would end with an empty output and no word why.
           ui.Message("No table markers found in " + templatePath +
-                         ": mark each table with a line \"<<n\" after its last row, then its "
-                         "template line, then a line beginning with \">>\".",
+                         ": mark table n with a line \">>n\" two lines above its first row and "
+                         "a line \"<<n\" right after its last row, followed by its template "
+                         "line and a line beginning with \">>\".",
                      Icon::Exclamation);
         }
         break;

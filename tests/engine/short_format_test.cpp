@@ -78,12 +78,8 @@ std::string ShortTable(int n, std::string_view tmpl) {
                "WriteColumn=A"});
 }
 
-TEST_F(ShortFixture, CreateShortFromMarkedReport) {
-  specs.FileCreateShort(ctx, DataFile("auto-marked-report.txt"), dir.File("short.rcp"));
-  EXPECT_EQ(kShortHeader + ShortTable(1, "=") + ShortTable(2, "-----      +--  +======"),
-            ReadFile(dir.File("short.rcp")));
-  EXPECT_TRUE(ui.messages.empty());
-}
+// The recipe written for the marked-up report of the user page is checked by the page's own test
+// (tests/jobs/table_parser_test.cpp).
 
 TEST_F(ShortFixture, TemplateKeepsItsLeadingBlanks) {
   EXPECT_EQ(kShortHeader + ShortTable(1, "   ----  ----"),
@@ -115,7 +111,12 @@ TEST_F(ShortFixture, NoBlocksAtAll) {
   EXPECT_EQ(kShortHeader, CreateShort(CrLf({"A plain report", "1001  Cash  12.00"})));
   ASSERT_EQ(1u, ui.messages.size());
   EXPECT_EQ(Icon::Exclamation, ui.messages[0].icon);
-  EXPECT_NE(std::string::npos, ui.messages[0].text.find("No table markers found in "));
+  // The message says how to mark a table up, both markers included.
+  EXPECT_EQ("No table markers found in " + dir.File("marked.txt") +
+                ": mark table n with a line \">>n\" two lines above its first row and a line "
+                "\"<<n\" right after its last row, followed by its template line and a line "
+                "beginning with \">>\".",
+            ui.messages[0].text);
 }
 
 TEST_F(ShortFixture, UnreadableTemplateFileStillWritesTheHeader) {
@@ -247,6 +248,16 @@ TEST_F(ConvertFixture, FourColumnsFromY) {
   // The fixed template is shorter than the rows: the last column reaches their end (28).
   EXPECT_EQ("19", Key("Table 1 Col 4", "ReadColumnStart"));
   EXPECT_EQ("28", Key("Table 1 Col 4", "ReadColumnEnd"));
+}
+
+TEST_F(ConvertFixture, FixedTemplateNeedsNoTable) {
+  // Only codes and templates with "=" look the table up; a fixed one is taken as drawn and the
+  // missing key is reported when the report is converted.
+  Convert(kShortHeader + ShortSection(1, "PROFITS", "END PROFITS", "---- ---", "A"));
+  EXPECT_TRUE(ui.messages.empty());
+  EXPECT_EQ("2", Key("Table 1", "TotalColumns"));
+  EXPECT_EQ("6", Key("Table 1 Col 2", "ReadColumnStart"));
+  EXPECT_EQ("8", Key("Table 1 Col 2", "ReadColumnEnd"));
 }
 
 TEST_F(ConvertFixture, LettersRunningPastZZStopTheConversion) {

@@ -5,13 +5,18 @@
 #include <string>
 #include <vector>
 
+#include "engine/context.h"
+#include "engine/export_specs.h"
 #include "support/recording_port.h"
 #include "support/test_support.h"
+#include "util/profile.h"
 
 namespace kroveld {
 namespace {
 
 using testing::CrLf;
+using testing::DataFile;
+using testing::ReadFile;
 using testing::RecordingPort;
 using testing::TempDir;
 
@@ -74,43 +79,23 @@ TEST_P(AnalyzeTemplateTest, Spans) {
   EXPECT_EQ(c.expected, Analyze(*c.lines, c.tmpl));
 }
 
+// The pictures of the user page are checked by the UserPage tests below; these are the cases the
+// page does not draw.
 INSTANTIATE_TEST_SUITE_P(
     Reports, AnalyzeTemplateTest,
     ::testing::Values(
-        // Boundaries where every line is blank: 5-6, 19-28 and 37. "Prepaid rent" stays whole
-        // because "Receivables" covers its blank.
-        AnalyzeCase{"LedgerDash", &kLedger, "-", {S(1, 5), S(6, 19), S(20, 37), S(38, 47)}},
-        // "=" does not split at a single blank column, so the two amounts one blank apart in row
-        // 2 join into one field.
-        AnalyzeCase{"LedgerEquals", &kLedger, "=", {S(1, 5), S(6, 19), S(20, 47)}},
-        // "-" splits the descriptions at the blank they all share; "=" keeps them together.
-        AnalyzeCase{
-            "JournalDash", &kJournal, "-", {S(1, 9), S(10, 14), S(15, 24), S(25, 30), S(31, 44)}},
-        AnalyzeCase{"JournalEquals", &kJournal, " = ", {S(1, 9), S(10, 24), S(25, 30), S(31, 44)}},
-        // Marked templates come from row 3, the one with the most words.
-        AnalyzeCase{"JournalLeft",
-                    &kJournal,
-                    "=L",
-                    {S(1, 10), S(11, 14), S(15, 18), S(19, 26), S(27, 33), S(34, 44)}},
+        AnalyzeCase{"AmountsDash", &kAmounts, "-", {S(1, 8), S(9, 26), S(27, 37)}},
+        // The ")" of the negatives fills the one blank column left between the amounts.
+        AnalyzeCase{"AmountsEquals", &kAmounts, "=", {S(1, 8), S(9, 37)}},
+        // Marked templates come from row 3, the one with the most words; codes in any case.
         AnalyzeCase{"JournalRight",
                     &kJournal,
                     "=r",
                     {S(1, 9), S(10, 14), S(15, 18), S(19, 24), S(25, 30), S(31, 44)}},
-        AnalyzeCase{"AmountsDash", &kAmounts, "-", {S(1, 8), S(9, 26), S(27, 37)}},
-        // The ")" of the negatives fills the one blank column left between the amounts.
-        AnalyzeCase{"AmountsEquals", &kAmounts, "=", {S(1, 8), S(9, 37)}},
-        // Every row has three words; the first row gives the marks. Right marks keep each
-        // amount whole, left marks cut the "2" of 21,166.50 into the label column.
-        AnalyzeCase{"AmountsRight", &kAmounts, "=R", {S(1, 6), S(7, 25), S(26, 37)}},
-        AnalyzeCase{"AmountsLeft", &kAmounts, "=L", {S(1, 16), S(17, 30), S(31, 37)}},
-        // Explicit marks: "-" fields stay as marked, "=" fields widen over the text under them
-        // (the descriptions to 23, the amounts to 44), "+" makes a summed field.
-        AnalyzeCase{"JournalExplicitMixed",
+        AnalyzeCase{"JournalEqualsWithBlanksAround",
                     &kJournal,
-                    "--------  ===             +--      +======",
-                    {S(1, 9), S(10, 24), S(25, 30, true), S(31, 44, true)}},
-        // A fixed template shorter than the data: the last field reaches the longest row.
-        AnalyzeCase{"ShortTemplateLastFieldExtended", &kLedger, "----  -----", {S(1, 5), S(6, 47)}},
+                    " = ",
+                    {S(1, 9), S(10, 24), S(25, 30), S(31, 44)}},
         // A template wider than every row keeps its marks.
         AnalyzeCase{"TemplateWiderThanRows",
                     &kAmounts,
@@ -268,6 +253,249 @@ TEST(Locate, NoMoreThan9999Rows) {
   EXPECT_EQ("  row 1   12.00", parser.Lines().front());
   EXPECT_TRUE(ui.messages.empty());
   EXPECT_EQ(clsTableParser::Located::kTooManyRows, parser.Locate(path, "TOP", 0, "BOTTOM", 0, 8));
+}
+
+// ---- the user page: its examples are what the analyzer and the short format produce ----
+
+std::vector<std::string> SplitLines(std::string_view text) {
+  std::vector<std::string> lines;
+  std::size_t from = 0;
+  while (from < text.size()) {
+    std::size_t to = text.find('\n', from);
+    if (to == std::string_view::npos) to = text.size();
+    std::string line(text.substr(from, to - from));
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    lines.push_back(std::move(line));
+    from = to + 1;
+  }
+  return lines;
+}
+
+std::string RightTrim(std::string_view s) {
+  while (!s.empty() && s.back() == ' ') s.remove_suffix(1);
+  return std::string(s);
+}
+
+std::vector<std::string> RightTrimmed(std::vector<std::string> lines) {
+  for (std::string& l : lines) l = RightTrim(l);
+  return lines;
+}
+
+// A code block of the page together with the HTML comment right above its opening fence, for
+// example "<!-- example: auto-card-statement.txt | Tran ID | 2 | END OF STATEMENT | -1 -->".
+struct PageBlock {
+  std::string tag;
+  std::vector<std::string> lines;
+  std::size_t pageLine = 0;
+};
+
+std::vector<PageBlock> TaggedBlocks() {
+  const std::vector<std::string> page =
+      SplitLines(ReadFile(std::string(KROVELD_SOURCE_DIR) + "/docs/automatic-mode.md"));
+  std::vector<PageBlock> blocks;
+  for (std::size_t i = 0; i + 1 < page.size(); ++i) {
+    const std::string& l = page[i];
+    if (!l.starts_with("<!-- ") || !l.ends_with(" -->") || !page[i + 1].starts_with("```")) {
+      continue;
+    }
+    PageBlock b;
+    b.tag = l.substr(5, l.size() - 9);
+    b.pageLine = i + 1;
+    for (i += 2; i < page.size() && !page[i].starts_with("```"); ++i) b.lines.push_back(page[i]);
+    blocks.push_back(std::move(b));
+  }
+  return blocks;
+}
+
+const PageBlock* FindBlock(const std::vector<PageBlock>& blocks, std::string_view tag) {
+  for (const PageBlock& b : blocks) {
+    if (b.tag == tag) return &b;
+  }
+  return nullptr;
+}
+
+std::vector<std::string> SplitTrimmed(std::string_view s, char sep) {
+  std::vector<std::string> parts;
+  for (std::size_t from = 0;;) {
+    const std::size_t to = s.find(sep, from);
+    std::string_view part = s.substr(from, to == std::string_view::npos ? s.npos : to - from);
+    while (!part.empty() && part.front() == ' ') part.remove_prefix(1);
+    parts.push_back(RightTrim(part));
+    if (to == std::string_view::npos) return parts;
+    from = to + 1;
+  }
+}
+
+// "1-5, 6-19, 20-30 sum": the column list printed under every picture.
+std::string ColumnList(const Spans& spans) {
+  std::string list;
+  for (const ColumnSpan& s : spans) {
+    if (!list.empty()) list += ", ";
+    list += std::to_string(s.start) + "-" + std::to_string(s.end) + (s.sum ? " sum" : "");
+  }
+  return list;
+}
+
+// The bracket line: "[---]" over each column's positions, "|" for a column one position wide.
+std::string Brackets(const Spans& spans) {
+  std::string line(static_cast<std::size_t>(spans.back().end), ' ');
+  for (const ColumnSpan& s : spans) {
+    const auto at = [&line](int p) -> char& { return line[static_cast<std::size_t>(p - 1)]; };
+    for (int p = s.start; p <= s.end; ++p) at(p) = '-';
+    at(s.start) = '[';
+    at(s.end) = ']';
+    if (s.start == s.end) at(s.start) = '|';
+  }
+  return line;
+}
+
+// A picture of the page:
+//   two ruler lines (tens, units), the table's rows,
+//   for an explicit template the template line followed by "   <- template",
+//   the bracket line, and 'template "CODE": LIST' or "template above: LIST".
+struct Picture {
+  std::vector<std::string> ruler;
+  std::vector<std::string> rows;
+  std::string tmpl;
+  std::string brackets;
+  std::string list;
+};
+
+::testing::AssertionResult ReadPicture(const PageBlock& b, Picture& p) {
+  const std::size_t n = b.lines.size();
+  if (n < 5) return ::testing::AssertionFailure() << "too short";
+  const std::string& last = b.lines[n - 1];
+  const std::size_t colon = last.find(": ");
+  if (!last.starts_with("template ") || colon == std::string::npos) {
+    return ::testing::AssertionFailure() << "no template line at the end: " << last;
+  }
+  const std::string which = last.substr(9, colon - 9);
+  p.list = last.substr(colon + 2);
+  p.brackets = b.lines[n - 2];
+  std::size_t rowsEnd = n - 2;
+  if (which == "above") {
+    const std::size_t arrow = b.lines[n - 3].find("<- template");
+    if (arrow == std::string::npos) return ::testing::AssertionFailure() << "no template drawn";
+    p.tmpl = RightTrim(std::string_view(b.lines[n - 3]).substr(0, arrow));
+    rowsEnd = n - 3;
+  } else if (which.size() >= 3 && which.front() == '"' && which.back() == '"') {
+    p.tmpl = which.substr(1, which.size() - 2);
+  } else {
+    return ::testing::AssertionFailure() << "bad template name: " << which;
+  }
+  p.ruler.assign(b.lines.begin(), b.lines.begin() + 2);
+  p.rows.assign(b.lines.begin() + 2, b.lines.begin() + static_cast<std::ptrdiff_t>(rowsEnd));
+  return ::testing::AssertionSuccess();
+}
+
+std::vector<std::string> Ruler(std::size_t width) {
+  std::string tens;
+  std::string units;
+  for (std::size_t i = 1; i <= width; ++i) {
+    tens += i % 10 == 0 ? static_cast<char>('0' + i / 10 % 10) : ' ';
+    units += static_cast<char>('0' + i % 10);
+  }
+  return {RightTrim(tens), units};
+}
+
+TEST(UserPage, PicturesShowTheColumnsTheAnalyzerFinds) {
+  int pictures = 0;
+  for (const PageBlock& b : TaggedBlocks()) {
+    if (!b.tag.starts_with("example")) continue;
+    SCOPED_TRACE("picture at line " + std::to_string(b.pageLine) + " of the page");
+    ++pictures;
+    Picture p;
+    ASSERT_TRUE(ReadPicture(b, p));
+
+    clsTableParser parser;
+    // "example: FILE | top key | offset | bottom key | offset": the rows are a table of a
+    // report in tests/data, located as a short-format recipe would locate it.
+    const std::vector<std::string> source =
+        b.tag == "example" ? std::vector<std::string>{} : SplitTrimmed(b.tag.substr(9), '|');
+    if (source.empty()) {
+      parser.SetLines(p.rows);
+    } else {
+      ASSERT_EQ(5u, source.size()) << b.tag;
+      ASSERT_TRUE(b.tag.starts_with("example: ")) << b.tag;
+      ASSERT_EQ(clsTableParser::Located::kFound,
+                parser.Locate(DataFile(source[0]), source[1], std::stoi(source[2]), source[3],
+                              std::stoi(source[4]), 8));
+      EXPECT_EQ(RightTrimmed(parser.Lines()), RightTrimmed(p.rows));
+    }
+    RecordingPort ui;
+    Spans spans;
+    ASSERT_TRUE(parser.analyze_template(ui, p.tmpl, spans)) << p.tmpl;
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(p.list, ColumnList(spans));
+    EXPECT_EQ(RightTrim(p.brackets), Brackets(spans));
+    EXPECT_EQ(Ruler(p.ruler[1].size()), p.ruler);
+    EXPECT_GE(p.ruler[1].size(), static_cast<std::size_t>(spans.back().end));
+  }
+  EXPECT_GE(pictures, 14);
+}
+
+TEST(UserPage, MarkingUpExampleGivesTheRecipeShown) {
+  const std::vector<PageBlock> blocks = TaggedBlocks();
+  const PageBlock* before = FindBlock(blocks, "report before marking up");
+  const PageBlock* after = FindBlock(blocks, "report after marking up");
+  const PageBlock* recipe = FindBlock(blocks, "short recipe of the marked-up report");
+  ASSERT_TRUE(before && after && recipe);
+
+  const std::string report = DataFile("auto-marked-report.txt");
+  EXPECT_EQ(SplitLines(ReadFile(report)), after->lines);
+  // Marking up only adds lines: the markers and the template line after each "<<" line.
+  std::vector<std::string> unmarked;
+  for (std::size_t i = 0; i < after->lines.size(); ++i) {
+    const std::string& l = after->lines[i];
+    if (l.starts_with("<<")) ++i;
+    if (!l.starts_with(">>") && !l.starts_with("<<")) unmarked.push_back(l);
+  }
+  EXPECT_EQ(before->lines, unmarked);
+
+  RecordingPort ui;
+  TempDir dir;
+  Context ctx(ui, dir.path());
+  clsExportSpecs specs;
+  specs.FileCreateShort(ctx, report, dir.File("_AutoRecipe.rcp"));
+  EXPECT_EQ(SplitLines(ReadFile(dir.File("_AutoRecipe.rcp"))), recipe->lines);
+  EXPECT_TRUE(ui.messages.empty());
+}
+
+TEST(UserPage, OwnShortRecipeGivesTheColumnsShown) {
+  const std::vector<PageBlock> blocks = TaggedBlocks();
+  int recipes = 0;
+  for (std::size_t i = 0; i < blocks.size(); ++i) {
+    if (!blocks[i].tag.starts_with("recipe: ")) continue;
+    SCOPED_TRACE("recipe at line " + std::to_string(blocks[i].pageLine) + " of the page");
+    ++recipes;
+    // The picture right after the recipe shows its columns.
+    ASSERT_LT(i + 1, blocks.size());
+    Picture p;
+    ASSERT_TRUE(ReadPicture(blocks[i + 1], p));
+
+    RecordingPort ui;
+    TempDir dir;
+    Context ctx(ui, dir.path());
+    std::string text;
+    for (const std::string& l : blocks[i].lines) text += l + "\r\n";
+    const std::string shortPath = dir.Write("own.rcp", text);
+    const std::string longPath = dir.File("long.krs");
+    clsExportSpecs specs;
+    specs.FileConvertShortToLong(ctx, shortPath, longPath, DataFile(blocks[i].tag.substr(8)));
+    EXPECT_TRUE(ui.messages.empty());
+
+    Spans spans;
+    const int columns =
+        std::stoi(GetProfileValueFromFile(longPath, "Table 1", "TotalColumns", "0"));
+    for (int k = 1; k <= columns; ++k) {
+      const std::string col = "Table 1 Col " + std::to_string(k);
+      spans.push_back(S(std::stoi(GetProfileValueFromFile(longPath, col, "ReadColumnStart", "0")),
+                        std::stoi(GetProfileValueFromFile(longPath, col, "ReadColumnEnd", "0")),
+                        GetProfileValueFromFile(longPath, col, "PeriodOperator", "") == "SUM"));
+    }
+    EXPECT_EQ(p.list, ColumnList(spans));
+  }
+  EXPECT_GE(recipes, 1);
 }
 
 }  // namespace
