@@ -107,6 +107,12 @@ TEST_P(WorkbookFormats, ExistingOutputKeepsCellsThisRunDoesNotWrite) {
   EXPECT_EQ(third.GetCell(1, 10, 3), "new");
   EXPECT_EQ(third.GetCell(1, 11, 1), "77");
   EXPECT_EQ(third.GetCell(1, 2, 4), "12.5");
+  // Cells kept from the older file keep their number formats too.
+  const Sheet& kept = third.Model().GetSheet(1);
+  EXPECT_EQ(kept.Get(2, 2).format, NumberFormat::kGroupedDecimal2);
+  EXPECT_EQ(kept.Get(2, 3).format, NumberFormat::kGroupedInteger);
+  EXPECT_EQ(kept.Get(2, 4).format, NumberFormat::kDecimal2);
+  EXPECT_EQ(kept.Get(2, 5).format, NumberFormat::kGeneral);
   EXPECT_EQ(third.GetCell(2, 1, 3), "0.5");
   EXPECT_EQ(third.Model().SheetCount(), 2);
 }

@@ -1,7 +1,15 @@
-// .xls input through FreeXL.
+// .xls input through FreeXL, plus a walk over the BIFF8 records for the number formats of number
+// cells, which FreeXL does not report.
 #include "jobs/workbook/xls_reader.h"
 
 #include <freexl.h>
+#include <gsf/gsf-infile-msole.h>
+#include <gsf/gsf-infile.h>
+#include <gsf/gsf-input-stdio.h>
+#include <gsf/gsf-input.h>
+
+#include <unordered_map>
+#include <vector>
 
 #include "util/files.h"
 
@@ -19,6 +27,122 @@ class FreeXlHandle {
  private:
   const void* handle_ = nullptr;
 };
+
+std::uint16_t Get16(std::string_view d, std::size_t at) {
+  return at + 2 > d.size() ? 0
+                           : static_cast<std::uint16_t>(static_cast<unsigned char>(d[at]) |
+                                                        static_cast<unsigned char>(d[at + 1]) << 8);
+}
+std::uint32_t Get32(std::string_view d, std::size_t at) {
+  return Get16(d, at) | static_cast<std::uint32_t>(Get16(d, at + 2)) << 16;
+}
+
+// The workbook stream of the compound file ("Workbook", or "Book" in older files); empty when
+// there is none.
+std::string ReadWorkbookStream(const std::string& native) {
+  std::string stream;
+  GsfInput* input = gsf_input_stdio_new(native.c_str(), nullptr);
+  if (!input) return stream;
+  GsfInfile* ole = gsf_infile_msole_new(input, nullptr);
+  g_object_unref(input);
+  if (!ole) return stream;
+  GsfInput* child = gsf_infile_child_by_name(ole, "Workbook");
+  if (!child) child = gsf_infile_child_by_name(ole, "Book");
+  if (child) {
+    const gsf_off_t size = gsf_input_size(child);
+    if (size > 0) {
+      stream.resize(static_cast<std::size_t>(size));
+      if (!gsf_input_read(child, stream.size(), reinterpret_cast<guint8*>(stream.data()))) {
+        stream.clear();
+      }
+    }
+    g_object_unref(child);
+  }
+  g_object_unref(ole);
+  return stream;
+}
+
+// A FORMAT record's code (an XLUnicodeString after the format index).
+std::string FormatCode(std::string_view d) {
+  const std::uint16_t chars = Get16(d, 2);
+  const bool wide = d.size() > 4 && (d[4] & 1);
+  std::string code;
+  for (std::size_t i = 0, at = 5; i < chars && at < d.size(); ++i, at += wide ? 2 : 1) {
+    const std::uint16_t u = wide ? Get16(d, at) : static_cast<unsigned char>(d[at]);
+    code += u < 0x80 ? static_cast<char>(u) : '?';  // the known codes are ASCII
+  }
+  return code;
+}
+
+NumberFormat BuiltInFormat(std::uint16_t id) {
+  switch (id) {
+    case 1:
+      return NumberFormat::kInteger;
+    case 2:
+      return NumberFormat::kDecimal2;
+    case 3:
+      return NumberFormat::kGroupedInteger;
+    case 4:
+      return NumberFormat::kGroupedDecimal2;
+    default:
+      return NumberFormat::kGeneral;
+  }
+}
+
+// Gives the number cells of `book` the formats their XF records name. Sheets are matched by their
+// order among the worksheets of the stream; nothing is changed when the stream does not look like
+// the one FreeXL read.
+void ApplyNumberFormats(const std::string& native, Workbook& book) {
+  const std::string stream = ReadWorkbookStream(native);
+  const std::string_view all(stream);
+  std::unordered_map<std::uint16_t, NumberFormat> custom;
+  std::vector<NumberFormat> xfs;
+  std::vector<std::uint32_t> sheets;
+  std::size_t at = 0;
+  while (at + 4 <= all.size()) {
+    const std::uint16_t id = Get16(all, at);
+    const std::uint16_t length = Get16(all, at + 2);
+    const std::string_view d = all.substr(at + 4, length);
+    at += 4 + length;
+    if (id == 0x000A) break;  // EOF of the globals
+    if (id == 0x041E) {
+      custom[Get16(d, 0)] = NumberFormatFromCode(FormatCode(d));
+    } else if (id == 0x00E0) {
+      const std::uint16_t format = Get16(d, 2);
+      const auto it = custom.find(format);
+      xfs.push_back(it != custom.end() ? it->second : BuiltInFormat(format));
+    } else if (id == 0x0085 && d.size() > 5 && d[5] == 0) {
+      sheets.push_back(Get32(d, 0));  // a worksheet (not a chart or macro sheet)
+    }
+  }
+  if (static_cast<int>(sheets.size()) != book.SheetCount()) return;
+  for (std::size_t s = 0; s < sheets.size(); ++s) {
+    Sheet& sheet = book.GetSheet(static_cast<int>(s) + 1);
+    auto apply = [&](std::uint16_t row, std::uint16_t column, std::uint16_t xf) {
+      if (xf >= xfs.size()) return;
+      const CellView cell = sheet.Get(row + 1, column + 1);
+      if (cell.type == CellType::kNumber)
+        sheet.SetNumber(row + 1, column + 1, cell.number, xfs[xf]);
+    };
+    at = sheets[s];
+    while (at + 4 <= all.size()) {
+      const std::uint16_t id = Get16(all, at);
+      const std::uint16_t length = Get16(all, at + 2);
+      const std::string_view d = all.substr(at + 4, length);
+      at += 4 + length;
+      if (id == 0x000A) break;
+      if ((id == 0x0203 || id == 0x027E) && d.size() >= 6) {  // NUMBER, RK
+        apply(Get16(d, 0), Get16(d, 2), Get16(d, 4));
+      } else if (id == 0x00BD && d.size() >= 6) {  // MULRK: xf and value per column
+        const std::uint16_t row = Get16(d, 0);
+        const std::uint16_t first = Get16(d, 2);
+        for (std::size_t i = 0; 4 + i * 6 + 6 <= d.size() - 2; ++i) {
+          apply(row, static_cast<std::uint16_t>(first + i), Get16(d, 4 + i * 6));
+        }
+      }
+    }
+  }
+}
 
 }  // namespace
 
@@ -84,6 +208,7 @@ bool ReadXls(const std::string& path, Workbook& book, std::string& error) {
       }
     }
   }
+  ApplyNumberFormats(NativePath(path), result);
   book = std::move(result);
   return true;
 }

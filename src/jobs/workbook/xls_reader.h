@@ -1,6 +1,7 @@
 // Reads an existing Excel 97-2003 .xls file into a workbook through FreeXL: sheet names and the
-// text and number cells. Number formats, fonts and formulas are not read: numbers come back with
-// the General format, formula cells are skipped, dates and times come back as text.
+// text and number cells, numbers with their formats ("#,##0.00" and the other formats the model
+// knows; any other format reads as General). Fonts and formulas are not read: formula cells are
+// skipped, dates and times come back as text.
 #pragma once
 
 #include <string>
