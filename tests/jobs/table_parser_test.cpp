@@ -65,48 +65,22 @@ const std::vector<std::string> kAmounts = {
     "Net             1,166.50      954.25", "YTD            21,166.50  100,954.25",
 };
 
-struct AnalyzeCase {
-  const char* name;
-  const std::vector<std::string>* lines;
-  std::string tmpl;
-  Spans expected;
-};
-
-class AnalyzeTemplateTest : public ::testing::TestWithParam<AnalyzeCase> {};
-
-TEST_P(AnalyzeTemplateTest, Spans) {
-  const AnalyzeCase& c = GetParam();
-  EXPECT_EQ(c.expected, Analyze(*c.lines, c.tmpl));
-}
-
 // The pictures of the user page are checked by the UserPage tests below; these are the cases the
 // page does not draw.
-INSTANTIATE_TEST_SUITE_P(
-    Reports, AnalyzeTemplateTest,
-    ::testing::Values(
-        AnalyzeCase{"AmountsDash", &kAmounts, "-", {S(1, 8), S(9, 26), S(27, 37)}},
-        // The ")" of the negatives fills the one blank column left between the amounts.
-        AnalyzeCase{"AmountsEquals", &kAmounts, "=", {S(1, 8), S(9, 37)}},
-        // Marked templates come from row 3, the one with the most words; codes in any case.
-        AnalyzeCase{"JournalRight",
-                    &kJournal,
-                    "=r",
-                    {S(1, 9), S(10, 14), S(15, 18), S(19, 24), S(25, 30), S(31, 44)}},
-        AnalyzeCase{"JournalEqualsWithBlanksAround",
-                    &kJournal,
-                    " = ",
-                    {S(1, 9), S(10, 24), S(25, 30), S(31, 44)}},
-        // A template wider than every row keeps its marks.
-        AnalyzeCase{"TemplateWiderThanRows",
-                    &kAmounts,
-                    "-------   -------------------   ------------------------",
-                    {S(1, 8), S(9, 30), S(31, 56)}},
-        // Leading blanks place the fields; the first field still reads from position 1.
-        AnalyzeCase{"IndentedTemplate",
-                    &kLedger,
-                    "      ----------            -------- ---------",
-                    {S(1, 17), S(18, 37), S(38, 47)}}),
-    [](const ::testing::TestParamInfo<AnalyzeCase>& info) { return info.param.name; });
+TEST(AnalyzeTemplate, ExplicitTemplatesThePageDoesNotDraw) {
+  // A template wider than every row keeps its marks.
+  EXPECT_EQ((Spans{S(1, 8), S(9, 30), S(31, 56)}),
+            Analyze(kAmounts, "-------   -------------------   ------------------------"));
+  // Leading blanks place the fields; the first field still reads from position 1.
+  EXPECT_EQ((Spans{S(1, 17), S(18, 37), S(38, 47)}),
+            Analyze(kLedger, "      ----------            -------- ---------"));
+}
+
+TEST(AnalyzeTemplate, CodesIgnoreCaseAndSurroundingBlanks) {
+  EXPECT_EQ((Spans{S(1, 6), S(7, 25), S(26, 37)}), Analyze(kAmounts, " =r "));
+  EXPECT_EQ((Spans{S(1, 9), S(10, 24), S(25, 30), S(31, 44)}), Analyze(kJournal, " = "));
+  EXPECT_EQ((Spans{S(1, 16), S(17, 30), S(31, 37)}), Analyze(kAmounts, "=l"));
+}
 
 TEST(AnalyzeTemplate, WideningStopsOneBlankBeforeTheNextField) {
   // "ab cdefgh" is one stretch of text; the second field may grow to 7 only, so the third still
