@@ -43,6 +43,9 @@ class clsColumn {
  private:
   // The field value for the current row, after the equal-sign warning.
   std::string_view Value(Context& ctx);
+  // The field value for the current row (operator worked out, unknown ones reported), no warning.
+  std::string_view FieldText(Context& ctx);
+  static void WarnEqualSign(UiPort& ui);
   int write_column_number_ = 0;  // cached column number of WriteColumn (0: not yet worked out)
   // The operator code and column number are worked out again only when the texts they came from
   // change; an unknown operator is still reported for every field.

@@ -5,6 +5,10 @@
 #include <cstdint>
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "engine/column.h"
 #include "engine/context.h"
 #include "util/column_letters.h"
@@ -21,7 +25,8 @@ void ReportUnknownOperator(UiPort& ui, std::string_view op) {
   ui.Message(text, Icon::Critical);
 }
 
-// Field scans run for every field of every row, so they look at eight bytes at a time.
+// Field scans run for every field of every row: sixteen bytes at a time with SSE2, eight with
+// word tricks elsewhere.
 constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
 constexpr std::uint64_t kHighs = 0x8080808080808080ULL;
 
@@ -35,37 +40,72 @@ inline std::uint64_t HasZeroByte(std::uint64_t v) {
   return (v - kOnes) & ~v & kHighs;
 }
 
-// True when the field holds a double quote or a comma.
-bool NeedsQuotes(std::string_view value) {
+// What the CSV form of a field depends on, found in one pass: the first character that is not a
+// blank (0 when there is none) and whether a double quote or a comma occurs.
+struct FieldScan {
+  char firstNonBlank = 0;
+  bool needsQuotes = false;  // a double quote or a comma occurs
+  bool hasQuote = false;     // a double quote occurs
+};
+
+FieldScan ScanField(std::string_view value) {
+  FieldScan result;
   const char* p = value.data();
   std::size_t n = value.size();
+  bool seenNonBlank = false;
+#if defined(__SSE2__)
+  const __m128i blanks = _mm_set1_epi8(' ');
+  const __m128i quotes = _mm_set1_epi8('"');
+  const __m128i commas = _mm_set1_epi8(',');
+  for (; n >= 16; p += 16, n -= 16) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    if (!seenNonBlank) {
+      const unsigned other =
+          ~static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, blanks))) & 0xFFFFu;
+      if (other != 0) {
+        result.firstNonBlank = p[__builtin_ctz(other)];
+        seenNonBlank = true;
+      }
+    }
+    if (_mm_movemask_epi8(_mm_cmpeq_epi8(v, quotes))) {
+      result.needsQuotes = result.hasQuote = true;
+      if (seenNonBlank) return result;
+    }
+    if (_mm_movemask_epi8(_mm_cmpeq_epi8(v, commas))) result.needsQuotes = true;
+  }
+#else
   for (; n >= 8; p += 8, n -= 8) {
     const std::uint64_t v = Load8(p);
-    if (HasZeroByte(v ^ (kOnes * '"')) | HasZeroByte(v ^ (kOnes * ','))) return true;
-  }
-  for (; n > 0; ++p, --n) {
-    if (*p == '"' || *p == ',') return true;
-  }
-  return false;
-}
-
-// The first character that is not a blank, or 0 when there is none.
-char FirstNonBlank(std::string_view value) {
-  const char* p = value.data();
-  std::size_t n = value.size();
-  for (; n >= 8; p += 8, n -= 8) {
-    const std::uint64_t other = Load8(p) ^ (kOnes * ' ');
-    if (other != 0) {
-      if constexpr (std::endian::native == std::endian::little) {
-        return p[std::countr_zero(other) / 8];
+    if (!seenNonBlank) {
+      const std::uint64_t other = v ^ (kOnes * ' ');
+      if (other != 0) {
+        if constexpr (std::endian::native == std::endian::little) {
+          result.firstNonBlank = p[std::countr_zero(other) / 8];
+          seenNonBlank = true;
+        } else {
+          break;
+        }
       }
-      break;
     }
+    if (HasZeroByte(v ^ (kOnes * '"'))) {
+      result.needsQuotes = result.hasQuote = true;
+      if (seenNonBlank) return result;
+    }
+    if (HasZeroByte(v ^ (kOnes * ','))) result.needsQuotes = true;
   }
+#endif
   for (; n > 0; ++p, --n) {
-    if (*p != ' ') return *p;
+    if (!seenNonBlank && *p != ' ') {
+      result.firstNonBlank = *p;
+      seenNonBlank = true;
+    }
+    if (*p == '"') {
+      result.needsQuotes = result.hasQuote = true;
+      if (seenNonBlank) return result;
+    }
+    if (*p == ',') result.needsQuotes = true;
   }
-  return 0;
+  return result;
 }
 
 bool IsKnownOperator(std::string_view op) {
@@ -84,24 +124,27 @@ int clsColumn::OperatorCode(UiPort& ui, std::string& op) {
   return kOpLast;
 }
 
-std::string_view clsColumn::Value(Context& ctx) {
-  UiPort& ui = ctx.ui;
+std::string_view clsColumn::FieldText(Context& ctx) {
   if (!operator_cached_ || PeriodOperator != cached_operator_) {
-    operator_code_ = OperatorCode(ui, PeriodOperator);
+    operator_code_ = OperatorCode(ctx.ui, PeriodOperator);
     operator_unknown_ = !IsKnownOperator(PeriodOperator);
     cached_operator_ = PeriodOperator;
     operator_cached_ = true;
   } else if (operator_unknown_) {
-    ReportUnknownOperator(ui, PeriodOperator);  // reported for every field, as when worked out
+    ReportUnknownOperator(ctx.ui, PeriodOperator);  // reported for every field, as when worked out
   }
+  return ctx.lineProcessor.ProcessField(operator_code_, ReadColumnStart, ReadColumnEnd);
+}
 
-  const std::string_view value =
-      ctx.lineProcessor.ProcessField(operator_code_, ReadColumnStart, ReadColumnEnd);
-  if (FirstNonBlank(value) == '=') {
-    ui.Beep();
-    ui.Message("Error: Source Data field begin with Equal Sign! This may not be accepted by Excel!",
-               Icon::Critical);
-  }
+void clsColumn::WarnEqualSign(UiPort& ui) {
+  ui.Beep();
+  ui.Message("Error: Source Data field begin with Equal Sign! This may not be accepted by Excel!",
+             Icon::Critical);
+}
+
+std::string_view clsColumn::Value(Context& ctx) {
+  const std::string_view value = FieldText(ctx);
+  if (ScanField(value).firstNonBlank == '=') WarnEqualSign(ctx.ui);
   return value;
 }
 
@@ -122,12 +165,19 @@ void clsColumn::Process(Context& ctx, int row) {
 }
 
 void clsColumn::AppendCsvValue(Context& ctx, std::string& out) {
-  const std::string_view value = Value(ctx);
-  if (!NeedsQuotes(value)) {
+  const std::string_view value = FieldText(ctx);
+  const FieldScan scan = ScanField(value);
+  if (scan.firstNonBlank == '=') WarnEqualSign(ctx.ui);
+  if (!scan.needsQuotes) {
     out.append(value);
     return;
   }
   out.push_back('"');
+  if (!scan.hasQuote) {  // commas only: nothing to double
+    out.append(value);
+    out.push_back('"');
+    return;
+  }
   std::string_view rest = value;
   for (std::size_t quote; (quote = rest.find('"')) != std::string_view::npos;) {
     out.append(rest.substr(0, quote + 1));

@@ -29,6 +29,9 @@ std::string_view Cut(std::string_view line, long long first, long long width) {
   return line.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(to - from));
 }
 
+std::string_view Combine(Context& ctx, const std::vector<std::string>& rows, std::string& result,
+                         int code, int firstColumn, int lastColumn);
+
 }  // namespace
 
 clsLineProcessor::clsLineProcessor(Context& ctx) : ctx_(ctx), rows_(kSlots) {}
@@ -129,32 +132,40 @@ std::string_view clsLineProcessor::ProcessField(int code, int firstColumn, int l
   const long long width = static_cast<long long>(lastColumn) - firstColumn + 1;
   if (width < 1) return {};
 
-  const int first = ctx_.recipe.InputFileFirst;
-  const int last = ctx_.recipe.InputFileLast;
-  auto slot = [this](int i) -> std::string_view {
+  // Codes 0 and 1 cut one slot: the path of every table field, kept small.
+  if (code == 0 || code == 1) {
+    const int i = code == 0 ? ctx_.recipe.InputFileLast : ctx_.recipe.InputFileFirst;
     if (i < 1 || i > kSlots) return {};
-    return rows_[static_cast<std::size_t>(i - 1)];
-  };
-
-  switch (code) {
-    case 0:
-      return Cut(slot(last), firstColumn, width);
-    case 1:
-      return Cut(slot(first), firstColumn, width);
-    case 2:
-    case 3:
-      break;
-    default:
-      ctx_.ui.Message("Invalid operator in ProcessField!", Icon::None);
-      return {};
+    return Cut(rows_[static_cast<std::size_t>(i - 1)], firstColumn, width);
   }
+  if (code != 2 && code != 3) {
+    ctx_.ui.Message("Invalid operator in ProcessField!", Icon::None);
+    return {};
+  }
+  return Combine(ctx_, rows_, result_, code, firstColumn, lastColumn);
+}
+
+namespace {
+
+// Sum (code 2) or average (code 3) of the field over the slots InputFileFirst..InputFileLast,
+// or the last piece that is not a number. Kept out of line so that cutting stays cheap.
+[[gnu::noinline]] std::string_view Combine(Context& ctx, const std::vector<std::string>& rows,
+                                           std::string& result, int code, int firstColumn,
+                                           int lastColumn) {
+  const long long width = static_cast<long long>(lastColumn) - firstColumn + 1;
+  const int first = ctx.recipe.InputFileFirst;
+  const int last = ctx.recipe.InputFileLast;
+  auto slot = [&rows](long long i) -> std::string_view {
+    if (i < 1 || i > clsLineProcessor::kSlots) return {};
+    return rows[static_cast<std::size_t>(i - 1)];
+  };
 
   Fixed4 sum;
   long long count = 0;
   bool allNumeric = true;
   std::string_view nonNumeric;
   for (long long i = first; i <= last; ++i) {
-    const std::string_view piece = Cut(slot(static_cast<int>(i)), firstColumn, width);
+    const std::string_view piece = Cut(slot(i), firstColumn, width);
     Fixed4 value;
     const NumberParse parsed = ParseFixed(piece, value);
     if (parsed == NumberParse::kNotNumeric) {
@@ -163,9 +174,9 @@ std::string_view clsLineProcessor::ProcessField(int code, int firstColumn, int l
       continue;
     }
     if (parsed == NumberParse::kOverflow || !AddFixed(sum, value, sum)) {
-      ctx_.ui.Message("Overflow: the sum of columns " + ToText(firstColumn) + " to " +
-                          ToText(lastColumn) + " is out of range in clsLineProcessor.ProcessField!",
-                      Icon::Critical);
+      ctx.ui.Message("Overflow: the sum of columns " + ToText(firstColumn) + " to " +
+                         ToText(lastColumn) + " is out of range in clsLineProcessor.ProcessField!",
+                     Icon::Critical);
       return {};
     }
     ++count;
@@ -175,17 +186,17 @@ std::string_view clsLineProcessor::ProcessField(int code, int firstColumn, int l
   Fixed4 number = sum;
   if (code == 3) {
     if (count == 0) {
-      ctx_.ui.Message("Division by zero: no input file in the range " + ToText(first) + " to " +
-                          ToText(last) + " for the average in clsLineProcessor.ProcessField!",
-                      Icon::Critical);
+      ctx.ui.Message("Division by zero: no input file in the range " + ToText(first) + " to " +
+                         ToText(last) + " for the average in clsLineProcessor.ProcessField!",
+                     Icon::Critical);
       return {};
     }
     const double average =
         static_cast<double>(sum.raw) / Fixed4::kScale / static_cast<double>(count);
-    const std::string& format = ctx_.recipe.WriteDataFormat;
+    const std::string& format = ctx.recipe.WriteDataFormat;
     if (format != "NearestDollar" && format != "NearestCent") {
-      result_ = FormatPlainDouble(average);
-      return result_;
+      result = FormatPlainDouble(average);
+      return result;
     }
     // Rounded straight from the exact quotient sum / count to the format's decimals (halves away
     // from zero). Going through four decimals first would round twice: 0.0149 / 3 would become
@@ -199,16 +210,18 @@ std::string_view clsLineProcessor::ProcessField(int code, int firstColumn, int l
     number.raw = quotient * unit;
   }
 
-  result_.clear();
-  const std::string& format = ctx_.recipe.WriteDataFormat;
+  result.clear();
+  const std::string& format = ctx.recipe.WriteDataFormat;
   if (format == "NearestDollar") {
-    AppendGrouped(result_, number, 0);
+    AppendGrouped(result, number, 0);
   } else if (format == "NearestCent") {
-    AppendGrouped(result_, number, 2);
+    AppendGrouped(result, number, 2);
   } else {
-    AppendPlain(result_, number);
+    AppendPlain(result, number);
   }
-  return result_;
+  return result;
 }
+
+}  // namespace
 
 }  // namespace kroveld

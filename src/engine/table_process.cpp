@@ -2,6 +2,8 @@
 // from input file 1 through the line processor into sheet 1 or the CSV output. The file is read
 // sequentially with one buffer; each row reuses the same line and CSV buffers.
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "engine/context.h"
 #include "engine/table.h"
@@ -23,20 +25,23 @@ void clsTable::Process(Context& ctx, int csvFile) {
   UiPort& ui = ctx.ui;
   clsExportSpecs& specs = ctx.recipe.ExportSpecs;
 
-  // Both keys are searched from line 1 of the first input file taking part.
+  // Both keys are searched from line 1 of the first input file taking part, in one pass that
+  // stops as soon as both are found.
   const std::string keyFile = ctx.recipe.InputFilePath(ctx.recipe.InputFileFirst);
-  const std::int64_t top = FindFirstLineContaining(keyFile, ReadStartLine);
-  if (top == 0) {
+  const std::string_view keys[] = {ReadStartLine, ReadEndLine};
+  const std::vector<KeyLine> found = FindFirstLinesContaining(keyFile, keys);
+  const KeyLine& top = found[0];
+  const KeyLine& bottom = found[1];
+  if (top.line == 0) {
     Fail(ctx, "Error in Table specs: Can not find ReadStartLine: " + ReadStartLine);
     return;
   }
-  const std::int64_t startLine = top + ReadStartLineOffset;
-  const std::int64_t bottom = FindFirstLineContaining(keyFile, ReadEndLine);
-  if (bottom == 0) {
+  const std::int64_t startLine = top.line + ReadStartLineOffset;
+  if (bottom.line == 0) {
     Fail(ctx, "Error in Table specs: Can not find ReadEndLine: " + ReadEndLine);
     return;
   }
-  const std::int64_t endLine = bottom + ReadEndLineOffset;
+  const std::int64_t endLine = bottom.line + ReadEndLineOffset;
   if (endLine < startLine) {
     Fail(ctx, "Error in Table specs: ReadEndLine key text [" + ReadEndLine +
                   "] was found before ReadStartLine key text [" + ReadStartLine + "]");
@@ -54,7 +59,17 @@ void clsTable::Process(Context& ctx, int csvFile) {
     Fail(ctx, "Error in Table specs: Can not read input file: " + file.Error());
     return;
   }
-  file.SkipLines(startLine - 1);  // a block past the end of the file reads as empty lines
+  // Lines before the start line are passed over. When the rows come from the file the keys were
+  // found in, reading starts at the nearest key line at or before the start line, whose byte
+  // offset the search gave; otherwise at line 1.
+  KeyLine from{1, 0};
+  if (keyFile == inputPath) {
+    for (const KeyLine& key : found) {
+      if (key.line <= startLine && key.line > from.line) from = key;
+    }
+  }
+  if (from.line == 1 || !file.SeekToLine(from.offset, from.line)) from = KeyLine{1, 0};
+  file.SkipLines(startLine - from.line);  // a block past the end of the file reads as empty lines
 
   const bool csv = csvFile > 0;
   const std::int64_t total = endLine - startLine + 1;
@@ -82,6 +97,17 @@ void clsTable::Process(Context& ctx, int csvFile) {
 
     lines.ReadRowPeriod1Only(&file, ctx.tabSize);
     csvLine.clear();
+    if (csv && !due && lineNumber != startLine) {
+      // The usual CSV row: no status text to show and the columns were checked on the first row.
+      for (clsColumn& column : Columns) {
+        // Joined on the text so far: leading empty fields take no comma and the rest move left.
+        if (!csvLine.empty()) csvLine.push_back(',');
+        column.AppendCsvValue(ctx, csvLine);
+      }
+      ++rowIndex;
+      ctx.sink->WriteCsvRow(csvLine);
+      continue;
+    }
     for (std::size_t c = 0; c < columnCount; ++c) {
       clsColumn& column = Columns[c];
       if (due) {

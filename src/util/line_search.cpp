@@ -9,6 +9,7 @@
 #include <cstring>
 #include <vector>
 
+#include "util/byte_scan.h"
 #include "util/files.h"
 
 namespace kroveld {
@@ -22,29 +23,6 @@ constexpr std::size_t kBlockSize = 4u << 20;
 // contains the empty text.
 inline bool Contains(std::string_view hay, std::string_view needle) {
   return !hay.empty() && hay.find(needle) != std::string_view::npos;
-}
-
-// Counts line ends (CR LF, LF, lone CR) in [s, e). `prev_cr` says the byte before s was a CR;
-// it is updated to say the same of the byte before e.
-std::int64_t CountLineEnds(const char* s, const char* e, bool& prev_cr) {
-  if (s >= e) return 0;
-  if (prev_cr && *s == '\n') ++s;  // second half of a CR LF already counted
-  std::int64_t count = 0;
-  for (const char* p = s; p < e;) {
-    const void* f = std::memchr(p, '\n', static_cast<std::size_t>(e - p));
-    if (f == nullptr) break;
-    ++count;
-    p = static_cast<const char*>(f) + 1;
-  }
-  for (const char* p = s; p < e;) {
-    const void* f = std::memchr(p, '\r', static_cast<std::size_t>(e - p));
-    if (f == nullptr) break;
-    const char* cr = static_cast<const char*>(f);
-    if (cr + 1 >= e || cr[1] != '\n') ++count;  // a CR LF pair is counted by its LF
-    p = cr + 1;
-  }
-  prev_cr = e[-1] == '\r';
-  return count;
 }
 
 class RawFile {
@@ -73,27 +51,6 @@ class RawFile {
   int fd_ = -1;
 };
 
-std::int64_t FirstNonEmptyLine(RawFile& file, std::vector<char>& buf) {
-  std::int64_t ends = 0;
-  bool prev_cr = false;
-  for (;;) {
-    const std::size_t n = file.Read(buf.data(), buf.size());
-    if (n == 0) return 0;
-    for (std::size_t i = 0; i < n; ++i) {
-      const char c = buf[i];
-      if (c == '\n') {
-        if (!prev_cr) ++ends;
-        prev_cr = false;
-      } else if (c == '\r') {
-        ++ends;
-        prev_cr = true;
-      } else {
-        return ends + 1;
-      }
-    }
-  }
-}
-
 }  // namespace
 
 std::int64_t FindNextLine(TextFile& file, std::string_view text1, std::string_view text2,
@@ -117,36 +74,75 @@ std::int64_t FindNextLine(TextFile& file, std::string_view text1, std::string_vi
   return 0;
 }
 
-std::int64_t FindFirstLineContaining(const std::string& path, std::string_view key) {
+std::vector<KeyLine> FindFirstLinesContaining(const std::string& path,
+                                              std::span<const std::string_view> keys) {
+  std::vector<KeyLine> found(keys.size());
+  // A key holding a line end can never lie inside one line: it is not searched for.
+  std::vector<bool> pending(keys.size());
+  std::size_t left = 0;
+  std::size_t longest = 0;
+  for (std::size_t k = 0; k < keys.size(); ++k) {
+    if (keys[k].find_first_of("\r\n") != std::string_view::npos) continue;
+    pending[k] = true;
+    ++left;
+    longest = std::max(longest, keys[k].size());
+  }
+  if (left == 0) return found;
   RawFile file(path);
-  if (!file.ok()) return 0;
-  // A key holding a line end can never lie inside one line.
-  if (key.find_first_of("\r\n") != std::string_view::npos) return 0;
-  std::vector<char> buf(kBlockSize + key.size());
-  if (key.empty()) return FirstNonEmptyLine(file, buf);
+  if (!file.ok()) return found;
 
-  // Each block is searched together with the last key.size() - 1 bytes of the block before, so
-  // a key that straddles two reads is still found. The key has no line end, so a match lies
-  // inside one line; lines are counted only up to the match.
-  const std::size_t keep = key.size() - 1;
+  // Each block is searched together with the last longest - 1 bytes of the block before, so a
+  // key that straddles two reads is still found; as a key holds no line end, those carried bytes
+  // hold no line end after the start of such a match. Line ends are counted only up to the last
+  // match needed, and the search ends as soon as every key is found.
+  const std::size_t keep = longest > 0 ? longest - 1 : 0;
+  std::vector<char> buf(kBlockSize + keep);
+  std::vector<std::pair<std::size_t, std::size_t>> hits;  // (position in buf, key)
   std::size_t carry = 0;
+  std::int64_t base = 0;  // file offset of buf[0]
   std::int64_t ends = 0;
-  bool prev_cr = false;
+  std::int64_t lineStart = 0;
+  bool prevCr = false;
   for (;;) {
     const std::size_t n = file.Read(buf.data() + carry, kBlockSize);
-    if (n == 0) return 0;
+    if (n == 0) return found;
+    const char* const b = buf.data();
     const std::size_t len = carry + n;
-    const void* hit = ::memmem(buf.data(), len, key.data(), key.size());
-    if (hit != nullptr) {
-      const std::size_t m = static_cast<std::size_t>(static_cast<const char*>(hit) - buf.data());
-      if (m > carry) ends += CountLineEnds(buf.data() + carry, buf.data() + m, prev_cr);
-      return ends + 1;
+    hits.clear();
+    for (std::size_t k = 0; k < keys.size(); ++k) {
+      if (!pending[k]) continue;
+      // An empty key is found in the first line that is not empty.
+      const char* hit =
+          keys[k].empty() ? scan::FindNotCrLf(b + carry, b + len) : scan::FindKey(b, len, keys[k]);
+      if (hit != nullptr && hit != b + len) hits.emplace_back(hit - b, k);
     }
-    ends += CountLineEnds(buf.data() + carry, buf.data() + len, prev_cr);
+    std::sort(hits.begin(), hits.end());
+    const char* counted = b + carry;
+    const char* start = nullptr;
+    auto countTo = [&](const char* to) {
+      if (to <= counted) return;
+      ends += scan::CountLineEnds(counted, to, prevCr, start);
+      if (start != nullptr) lineStart = base + (start - b);
+      start = nullptr;
+      counted = to;
+    };
+    for (const auto& [at, k] : hits) {
+      countTo(b + at);
+      found[k] = KeyLine{ends + 1, lineStart};
+      pending[k] = false;
+      --left;
+    }
+    if (left == 0) return found;
+    countTo(b + len);
     const std::size_t next = std::min(keep, len);
     std::memmove(buf.data(), buf.data() + len - next, next);
+    base += static_cast<std::int64_t>(len - next);
     carry = next;
   }
+}
+
+std::int64_t FindFirstLineContaining(const std::string& path, std::string_view key) {
+  return FindFirstLinesContaining(path, std::span<const std::string_view>(&key, 1))[0].line;
 }
 
 }  // namespace kroveld

@@ -3,8 +3,10 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "util/text_file.h"
 
@@ -18,6 +20,20 @@ namespace kroveld {
 std::int64_t FindNextLine(TextFile& file, std::string_view text1, std::string_view text2 = {},
                           std::string_view text3 = {}, std::string_view exclusion = {},
                           int startPos = 1, int compareLength = 0);
+
+// Where a key was found: the number (from 1) of the first line containing it, 0 when none does,
+// and the byte offset at which that line begins.
+struct KeyLine {
+  std::int64_t line = 0;
+  std::int64_t offset = 0;
+};
+
+// One pass over the file at `path` for several keys at once: for each key, the first line that
+// contains it as a substring (case-sensitive; an empty key matches the first non-empty line), as
+// FindFirstLineContaining would find it. Reading stops as soon as every key is found. All lines
+// 0 when the file cannot be read.
+std::vector<KeyLine> FindFirstLinesContaining(const std::string& path,
+                                              std::span<const std::string_view> keys);
 
 // Number (from 1) of the first line of the file at `path` that contains `key` as a substring
 // (case-sensitive). An empty key matches the first non-empty line. 0 when no line matches or the

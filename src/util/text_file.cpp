@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "util/byte_scan.h"
 #include "util/files.h"
 
 namespace kroveld {
@@ -18,10 +19,7 @@ constexpr std::size_t kSmallBuffer = 4096;
 
 // Offset of the first CR or LF in [s, s + n), or n.
 inline std::size_t FindLineEnd(const char* s, std::size_t n) {
-  const void* lf = std::memchr(s, '\n', n);
-  const std::size_t limit = lf ? static_cast<std::size_t>(static_cast<const char*>(lf) - s) : n;
-  const void* cr = std::memchr(s, '\r', limit);
-  return cr ? static_cast<std::size_t>(static_cast<const char*>(cr) - s) : limit;
+  return static_cast<std::size_t>(scan::FindCrOrLf(s, s + n) - s);
 }
 }  // namespace
 
@@ -174,6 +172,20 @@ bool TextFile::SkipLines(std::int64_t count) {
   for (std::int64_t i = 0; i < count; ++i) {
     if (!ReadLine(v)) return false;
   }
+  return true;
+}
+
+bool TextFile::SeekToLine(std::int64_t offset, std::int64_t lineNumber) {
+  if (file_ == nullptr || offset < 0 || lineNumber < 1) return false;
+  if (::fseeko(file_, static_cast<off_t>(offset), SEEK_SET) != 0) {
+    error_ = LastErrorText();
+    return false;
+  }
+  pos_ = end_ = 0;
+  eof_ = false;
+  pending_cr_ = false;  // a line begins here: the line end before it is complete
+  long_line_.clear();
+  lines_read_ = lineNumber - 1;
   return true;
 }
 

@@ -31,6 +31,9 @@ class TextFile {
   bool ReadLine(std::string& line);
   // Skips `count` lines; false if the end of the file came first.
   bool SkipLines(std::int64_t count);
+  // Goes to byte `offset`, which must be where line `lineNumber` (from 1) begins, as a key search
+  // reported it; the next ReadLine returns that line. False when the file cannot seek there.
+  bool SeekToLine(std::int64_t offset, std::int64_t lineNumber);
   bool AtEnd();
 
   // Number of lines read or skipped so far.
