@@ -213,18 +213,81 @@ TEST_F(TableTest, AwkwardBytesAndLineEndsPassThrough) {
   report += "form\ffeed\r";                      // form feed inside a line
   report += std::string("nul\0byte", 8) + "\n";  // NUL byte
   report += "caf\xe9 \x80\xff\r\n";              // bytes above 127
+  report += "\t\t\tx\ty\r\n";                    // tabs, expanded at tab size 8
   report += longField + "\n";                    // a 1 MB line
   report += "END";                               // last line without a line end
   f.UseReport(report);
   clsTable table = MakeTable("TOP", 1, "END", 0, {MakeColumn(1, 1 << 21)});
   f.Run(table, true);
-  ASSERT_EQ(5u, f.sink.rows.size());
+  ASSERT_EQ(6u, f.sink.rows.size());
   EXPECT_EQ("form\ffeed ", f.sink.rows[0]);
   EXPECT_EQ(std::string("nul\0byte ", 9), f.sink.rows[1]);
   EXPECT_EQ("caf\xe9 \x80\xff ", f.sink.rows[2]);
-  EXPECT_EQ(longField + " ", f.sink.rows[3]);
-  EXPECT_EQ("END ", f.sink.rows[4]);
+  EXPECT_EQ(std::string(24, ' ') + "x" + std::string(7, ' ') + "y ", f.sink.rows[3]);
+  EXPECT_EQ(longField + " ", f.sink.rows[4]);
+  EXPECT_EQ("END ", f.sink.rows[5]);
   EXPECT_TRUE(f.ui.messages.empty());
+}
+
+// Reading starts at a key line's byte offset when it can; the rows must be those that reading
+// from line 1 gives, whatever the line ends and offsets.
+TEST_F(TableTest, RowsAreTheLinesCountedFromLineOneWhateverTheLineEnds) {
+  const std::string report = "title\r\n\rBOTTOM early?\nno\r\r\nTOP\ra\nb\r\nc\r\rBOTTOM\r\nd\nzed";
+  std::vector<std::string> lines;  // the report's lines as the reader counts them from line 1
+  {
+    ExtractFixture g;
+    TextFile file(g.UseReport(report));
+    for (std::string line; file.ReadLine(line);) lines.push_back(line);
+    ASSERT_EQ(13u, lines.size());
+  }
+  struct Case {
+    std::string top;
+    int topOffset;
+    std::string bottom;
+    int bottomOffset;
+  };
+  const std::vector<Case> cases = {
+      {"TOP", 1, "BOTTOM\r", 0},  // a key with a line end is never found: reported below
+      {"TOP", 1, "c", 1},         // start after the top key line
+      {"TOP", 0, "d", 0},         // start at the top key line
+      {"TOP", -3, "e", 0},        // start before the top key line
+      {"BOTTOM", 5, "no", 8},     // start after the bottom key line (found first)
+      {"e", 0, "e", 2},           // the last line, then lines past the end
+      {"title", 0, "TOP", 0},
+  };
+  for (const auto& c : cases) {
+    ExtractFixture g;
+    g.UseReport(report);
+    clsTable table = MakeTable(c.top, c.topOffset, c.bottom, c.bottomOffset, {MakeColumn(1, 40)});
+    g.Run(table, true);
+    std::int64_t top = 0, bottom = 0;
+    for (std::size_t i = lines.size(); i-- > 0;) {
+      if (lines[i].find(c.top) != std::string::npos) top = static_cast<std::int64_t>(i) + 1;
+      if (lines[i].find(c.bottom) != std::string::npos) bottom = static_cast<std::int64_t>(i) + 1;
+    }
+    if (bottom == 0) {
+      EXPECT_EQ(
+          std::vector<std::string>{"Error in Table specs: Can not find ReadEndLine: " + c.bottom},
+          g.ui.Texts());
+      continue;
+    }
+    if (bottom + c.bottomOffset < top + c.topOffset) {
+      EXPECT_EQ(
+          std::vector<std::string>{"Error in Table specs: ReadEndLine key text [" + c.bottom +
+                                   "] was found before ReadStartLine key text [" + c.top + "]"},
+          g.ui.Texts());
+      continue;
+    }
+    std::vector<std::string> expected;
+    for (std::int64_t n = top + c.topOffset; n <= bottom + c.bottomOffset; ++n) {
+      const std::string line = n <= static_cast<std::int64_t>(lines.size())
+                                   ? lines[static_cast<std::size_t>(n - 1)]
+                                   : "";
+      expected.push_back(line.empty() || line.back() == ' ' ? line : line + " ");
+    }
+    EXPECT_EQ(expected, g.sink.rows) << c.top << c.topOffset << " " << c.bottom << c.bottomOffset;
+    EXPECT_TRUE(g.ui.messages.empty());
+  }
 }
 
 TEST_F(TableTest, TheFirstOccurrenceOfAKeyCountsEvenInsideTheTable) {

@@ -100,6 +100,33 @@ TEST(FindFirstLineContaining, CountsLinesLikeTheReader) {
   EXPECT_EQ(FindFirstLineContaining(dir.File("missing.txt"), "x"), 0);
 }
 
+// Several keys in one pass: each gets the line FindFirstLineContaining gives it, and the offset at
+// which that line begins (checked against the bytes: the line read from there holds the key).
+TEST(FindFirstLinesContaining, LinesAndOffsetsOfEveryKey) {
+  TempDir dir;
+  const std::string content =
+      std::string("head\r\n\rEND first\nx\r\rTOP\r\n") + "END again\n\n  tail TOP\rlast";
+  const std::string path = dir.Write("m.txt", content);
+  const std::vector<std::string_view> keys = {"TOP", "END", "", "absent", "a\nb", "tail", "last"};
+  const std::vector<KeyLine> found = FindFirstLinesContaining(path, keys);
+  ASSERT_EQ(found.size(), keys.size());
+  const std::int64_t lines[] = {6, 3, 1, 0, 0, 9, 10};
+  for (std::size_t k = 0; k < keys.size(); ++k) {
+    EXPECT_EQ(found[k].line, lines[k]) << keys[k];
+    EXPECT_EQ(found[k].line, FindFirstLineContaining(path, keys[k])) << keys[k];
+    if (found[k].line == 0) continue;
+    TextFile f(path);
+    ASSERT_TRUE(f.SeekToLine(found[k].offset, found[k].line));
+    std::string line;
+    ASSERT_TRUE(f.ReadLine(line));
+    EXPECT_NE(line.find(keys[k]), std::string::npos) << keys[k] << " read [" << line << "]";
+    const auto at = static_cast<std::size_t>(found[k].offset);
+    EXPECT_TRUE(at == 0 || content[at - 1] == '\r' || content[at - 1] == '\n') << keys[k];
+    EXPECT_EQ(f.LinesRead(), found[k].line);
+  }
+  EXPECT_EQ(FindFirstLinesContaining(dir.File("missing.txt"), keys)[0].line, 0);
+}
+
 // The search reads in blocks of several megabytes: keys and CR LF pairs that straddle a block
 // boundary must be found and counted as in one piece.
 TEST(FindFirstLineContaining, BlockBoundaries) {
@@ -133,6 +160,18 @@ TEST(FindFirstLineContaining, BlockBoundaries) {
   cr += "\rKEY";
   const std::int64_t crs = static_cast<std::int64_t>((kBlock + 10 + 999) / 1000) + 1;
   EXPECT_EQ(FindFirstLineContaining(dir.Write("cr.txt", cr), "KEY"), crs + 1);
+
+  // The offset of a line that begins right after a CR LF split over the boundary, and of one
+  // that begins in the second block, with a second key found in the first block.
+  const std::string_view keys[] = {"second", "THE KEY", "xxx"};
+  const std::vector<KeyLine> found =
+      FindFirstLinesContaining(dir.Write("crlf2.txt", crlf_split), keys);
+  EXPECT_EQ(found[0].line, 2);
+  EXPECT_EQ(found[0].offset, static_cast<std::int64_t>(kBlock + 1));
+  EXPECT_EQ(found[1].line, 3);
+  EXPECT_EQ(found[1].offset, static_cast<std::int64_t>(kBlock + 9));
+  EXPECT_EQ(found[2].line, 1);
+  EXPECT_EQ(found[2].offset, 0);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -118,6 +119,25 @@ TEST(TextFile, SkipAtEndAndReopen) {
   EXPECT_TRUE(f.ReadLine(line));
   EXPECT_EQ(line, "1");
   EXPECT_EQ(f.LinesRead(), 1);
+}
+
+TEST(TextFile, SeekToLineReadsOnFromThatLine) {
+  TempDir dir;
+  const std::string path = dir.Write("seek.txt", "a\r\nbb\ncc\rdd\r\n");
+  TextFile f(path);
+  ASSERT_TRUE(f.ReadLine(*std::make_unique<std::string>()));  // something buffered already
+  ASSERT_TRUE(f.SeekToLine(6, 3));                            // "cc" begins at byte 6
+  std::string line;
+  EXPECT_TRUE(f.ReadLine(line));
+  EXPECT_EQ(line, "cc");
+  EXPECT_EQ(f.LinesRead(), 3);
+  EXPECT_TRUE(f.ReadLine(line));
+  EXPECT_EQ(line, "dd");
+  EXPECT_FALSE(f.ReadLine(line));
+  EXPECT_FALSE(f.SeekToLine(-1, 1));
+  EXPECT_FALSE(f.SeekToLine(0, 0));
+  TextFile closed;
+  EXPECT_FALSE(closed.SeekToLine(0, 1));
 }
 
 TEST(TextFile, MissingFilesFoldersAndBackslashPaths) {
