@@ -275,7 +275,9 @@ void clsExportSpecs::Process(Context& ctx, int csvFile) {
       ++TablesProcessed;
     } else if (kind == "Consolidate" && c < Consolidates.size()) {
       ++c;
-      Consolidates[c - 1].Process(ctx);
+      // A CSV file holds table rows only: there are no cells to read back and add up, so a
+      // consolidation contributes nothing to it.
+      if (csvFile < 1) Consolidates[c - 1].Process(ctx);
     } else {
       ui.Message("invalid section type in clsExportSpecs.Process!", Icon::Critical);
       break;

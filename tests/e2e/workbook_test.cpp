@@ -341,7 +341,9 @@ TEST(WorkbookE2eCsv, CsvOutputCreatesNoWorkbook) {
   // holds ".csv" anywhere is CSV even when it ends in ".xlsx".
   for (const char* out : {"statement.csv", "statement.csv.xlsx"}) {
     Work w;
-    w.Departments(out);
+    const auto r = w.Departments(out);
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err, "") << out;
     const std::string csv = ReadFile(w.F(out));
     EXPECT_EQ(csv, ReadFile(testing::DataFile("e2e/departments.csv"))) << out;
     EXPECT_NE(csv.substr(0, 2), "PK") << out;

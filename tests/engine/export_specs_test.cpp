@@ -315,6 +315,18 @@ TEST_F(ExportSpecsProcess, FailedSectionOrUnknownKindEndsThePass) {
   EXPECT_EQ(sink.Cell(1, 2, 1), "");
 }
 
+TEST_F(ExportSpecsProcess, ConsolidationsContributeNothingToCsv) {
+  // The same consolidation that fails on a workbook pass is passed over quietly on a CSV pass,
+  // and the sections after it still run.
+  Load(CrLf({"[Consolidate 1]", "Table=1", "ReadAccountsColumn=1", "TotalDepartments=0"}) +
+       TitleSection(1, 1, "A", {"after"}));
+  ui.Clear();
+  specs().Process(ctx, 1);
+  EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
+  EXPECT_FALSE(specs().Failed);
+  EXPECT_EQ(specs().WritePointer1, 2);
+}
+
 // Damaged files: each is read (or refused) without a crash or a hang.
 TEST(ExportSpecsBadFiles, NoCrashNoHang) {
   TempDir dir;
