@@ -204,21 +204,16 @@ TEST(ConventionalCommandLine, LogCreatesItsFolder) {
   EXPECT_TRUE(std::filesystem::is_directory(dir.File("x/y")));
 }
 
-// The help window shows docs/help/topic-4.html: it must carry the same text as "/?".
-TEST(HelpText, HtmlTopicHoldsTheSameText) {
-  std::string html = testing::ReadFile(std::string(KROVELD_SOURCE_DIR) + "/docs/help/topic-4.html");
-  const auto begin = html.find("<pre>");
-  const auto end = html.find("</pre>");
-  ASSERT_NE(begin, std::string::npos);
-  ASSERT_NE(end, std::string::npos);
-  std::string text = html.substr(begin + 5, end - begin - 5);
-  for (auto [entity, ch] :
-       {std::pair{"&lt;", "<"}, {"&gt;", ">"}, {"&quot;", "\""}, {"&amp;", "&"}}) {
-    for (auto p = text.find(entity); p != std::string::npos; p = text.find(entity, p + 1)) {
-      text.replace(p, std::string_view(entity).size(), ch);
-    }
-  }
-  EXPECT_EQ(text, CommandLineHelpText());
+// "/?" prints the text of the page the help window shows, entities decoded.
+TEST(HelpText, PlainTextOfTheHelpPage) {
+  EXPECT_EQ(PlainTextOfHelpPage("<h1>x</h1><pre>a &lt;b&gt; &quot;c&quot; &amp;amp; d&</pre>z"),
+            "a <b> \"c\" &amp; d&");
+  EXPECT_EQ(PlainTextOfHelpPage("<p>no block</p>"), "");
+  const std::string& text = CommandLineHelpText();
+  EXPECT_EQ(text.rfind("Using the Command Line\n", 0), 0u);
+  EXPECT_NE(text.find("SLASH SYNTAX (the first argument begins with \"/\")"), std::string::npos);
+  EXPECT_EQ(text.find("</"), std::string::npos);      // no markup left
+  EXPECT_EQ(text.find("&quot;"), std::string::npos);  // no entity left
 }
 
 }  // namespace
