@@ -29,6 +29,21 @@ NumberFormat NumberFormatFromCode(std::string_view code) {
   return NumberFormat::kGeneral;
 }
 
+NumberFormat BuiltInNumberFormat(int id) {
+  switch (id) {
+    case 1:
+      return NumberFormat::kInteger;
+    case 2:
+      return NumberFormat::kDecimal2;
+    case 3:
+      return NumberFormat::kGroupedInteger;
+    case 4:
+      return NumberFormat::kGroupedDecimal2;
+    default:
+      return NumberFormat::kGeneral;
+  }
+}
+
 Sheet::Cell* Sheet::Slot(int row, int column) {
   if (row < 1 || column < 1 || row > kMaxSheetRows || column > kMaxSheetColumns) return nullptr;
   if (static_cast<std::size_t>(row) > rows_.size()) rows_.resize(row);

@@ -23,6 +23,9 @@ enum class NumberFormat : std::uint8_t {
 std::string_view NumberFormatCode(NumberFormat f);
 // The format whose code is `code`; kGeneral for any code outside the list.
 NumberFormat NumberFormatFromCode(std::string_view code);
+// The format of a built-in number format id shared by BIFF8 and OOXML (1 "0", 2 "0.00",
+// 3 "#,##0", 4 "#,##0.00"); any other id is General.
+NumberFormat BuiltInNumberFormat(int id);
 
 // The largest sheet any workbook file can hold; cells beyond are not kept.
 inline constexpr int kMaxSheetRows = 1048576;

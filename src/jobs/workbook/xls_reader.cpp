@@ -74,21 +74,6 @@ std::string FormatCode(std::string_view d) {
   return code;
 }
 
-NumberFormat BuiltInFormat(std::uint16_t id) {
-  switch (id) {
-    case 1:
-      return NumberFormat::kInteger;
-    case 2:
-      return NumberFormat::kDecimal2;
-    case 3:
-      return NumberFormat::kGroupedInteger;
-    case 4:
-      return NumberFormat::kGroupedDecimal2;
-    default:
-      return NumberFormat::kGeneral;
-  }
-}
-
 // Gives the number cells of `book` the formats their XF records name. Sheets are matched by their
 // order among the worksheets of the stream; nothing is changed when the stream does not look like
 // the one FreeXL read.
@@ -110,7 +95,7 @@ void ApplyNumberFormats(const std::string& native, Workbook& book) {
     } else if (id == 0x00E0) {
       const std::uint16_t format = Get16(d, 2);
       const auto it = custom.find(format);
-      xfs.push_back(it != custom.end() ? it->second : BuiltInFormat(format));
+      xfs.push_back(it != custom.end() ? it->second : BuiltInNumberFormat(format));
     } else if (id == 0x0085 && d.size() > 5 && d[5] == 0) {
       sheets.push_back(Get32(d, 0));  // a worksheet (not a chart or macro sheet)
     }

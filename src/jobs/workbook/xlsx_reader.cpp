@@ -12,6 +12,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "jobs/workbook/text_encoding.h"
 #include "util/files.h"
 
 namespace kroveld {
@@ -83,16 +84,7 @@ void AppendDecoded(std::string_view text, std::string& out) {
         cp = cp * 16 + (h < 0 ? 0 : h);
       }
       if (ok) {
-        if (cp < 0x80) {
-          out += static_cast<char>(cp);
-        } else if (cp < 0x800) {
-          out += static_cast<char>(0xC0 | (cp >> 6));
-          out += static_cast<char>(0x80 | (cp & 0x3F));
-        } else {
-          out += static_cast<char>(0xE0 | (cp >> 12));
-          out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-          out += static_cast<char>(0x80 | (cp & 0x3F));
-        }
+        AppendCodePoint(static_cast<std::uint32_t>(cp), out);
         i += 6;
         continue;
       }
@@ -183,21 +175,6 @@ struct Styles {
   std::string font;
 };
 
-NumberFormat BuiltInFormat(int id) {
-  switch (id) {
-    case 1:
-      return NumberFormat::kInteger;
-    case 2:
-      return NumberFormat::kDecimal2;
-    case 3:
-      return NumberFormat::kGroupedInteger;
-    case 4:
-      return NumberFormat::kGroupedDecimal2;
-    default:
-      return NumberFormat::kGeneral;
-  }
-}
-
 Styles ReadStyles(zip_t* zip, const std::string& part) {
   Styles styles;
   std::string data;
@@ -215,7 +192,7 @@ Styles ReadStyles(zip_t* zip, const std::string& part) {
     if (!Is(xf, "xf")) continue;
     const int id = xf.attribute("numFmtId").as_int();
     const auto it = custom.find(id);
-    styles.cell_formats.push_back(it != custom.end() ? it->second : BuiltInFormat(id));
+    styles.cell_formats.push_back(it != custom.end() ? it->second : BuiltInNumberFormat(id));
   }
   for (pugi::xml_node font : Child(root, "fonts").children()) {
     if (!Is(font, "font")) continue;
