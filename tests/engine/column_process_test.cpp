@@ -132,8 +132,7 @@ TEST_F(ColumnTest, ProcessWritesToSheetOneAtTheColumnOfTheLetter) {
   bad.Process(*f.ctx, 1);
   bad.Process(*f.ctx, 2);
   EXPECT_EQ(4, f.sink.cellWrites);
-  EXPECT_EQ(std::vector<std::string>(2, "unexpected letter code in xl.AlphaToNum2!"),
-            f.ui.Texts());
+  EXPECT_EQ(std::vector<std::string>(2, "unexpected letter code in xl.AlphaToNum2!"), f.ui.Texts());
 }
 
 }  // namespace
