@@ -40,8 +40,8 @@ class Context {
   OutputSink* sink;
 
   // Job state of the conversion under way.
-  int tabSize = 8;              // global tab size; 0 or less switches expansion off
-  std::string currentInput;     // the report being converted (input file 1 of the recipe)
+  int tabSize = 8;           // global tab size; 0 or less switches expansion off
+  std::string currentInput;  // the report being converted (input file 1 of the recipe)
   std::string currentOutput;
   std::string currentRecipe;
   std::string periodLabel = "1";  // "first" or "first-last" for sheet names
@@ -55,6 +55,20 @@ class Context {
 
  private:
   NullSink null_sink_;
+};
+
+// Points the context at a sink for the length of a scope and back at the previous one after it,
+// however the scope ends.
+class SinkScope {
+ public:
+  SinkScope(Context& ctx, OutputSink& sink) : ctx_(ctx), saved_(ctx.sink) { ctx.sink = &sink; }
+  ~SinkScope() { ctx_.sink = saved_; }
+  SinkScope(const SinkScope&) = delete;
+  SinkScope& operator=(const SinkScope&) = delete;
+
+ private:
+  Context& ctx_;
+  OutputSink* saved_;
 };
 
 }  // namespace kroveld

@@ -6,26 +6,13 @@
 #include <cerrno>
 #include <cstring>
 
-#include "jobs/csv/csv_sink.h"
+#include "jobs/csv/csv_conversion.h"
 #include "jobs/workbook/workbook_sink.h"
 #include "util/files.h"
 
 namespace kroveld {
 
 namespace {
-
-// Points the context at a sink for the length of a pass and back at what it had afterwards.
-class SinkScope {
- public:
-  SinkScope(Context& ctx, OutputSink& sink) : ctx_(ctx), saved_(ctx.sink) { ctx.sink = &sink; }
-  ~SinkScope() { ctx_.sink = saved_; }
-  SinkScope(const SinkScope&) = delete;
-  SinkScope& operator=(const SinkScope&) = delete;
-
- private:
-  Context& ctx_;
-  OutputSink* saved_;
-};
 
 // Replaces the caption and puts the old one back at the end of the scope.
 class CaptionScope {
@@ -57,26 +44,13 @@ bool ReadOnlyOutput(Context& ctx) {
 }
 
 void WriteCsv(Context& ctx) {
-  std::string failure;
+  std::string error;
+  bool written;
   {
     CaptionScope caption(ctx.ui, kCsvCaption);
-    CsvSink sink;
-    // A file that replaces an existing one is flushed to the disk before the rename, so a crash
-    // never leaves a truncated file where a good one stood; a new file is synced with the rest of
-    // the run by SyncOutputs.
-    const bool replacing = FileExists(ctx.currentOutput);
-    if (!sink.Open(ctx.currentOutput)) {
-      failure = FailureText(sink.Error(), ctx.currentOutput);
-    } else {
-      sink.SetDurable(replacing);
-      {
-        SinkScope scope(ctx, sink);
-        ctx.recipe.ExportSpecs.Process(ctx, 1);
-      }
-      if (!sink.Commit()) failure = FailureText(sink.Error(), ctx.currentOutput);
-    }
+    written = ConvertToCsv(ctx, ctx.currentOutput, &error);
   }
-  if (!failure.empty()) ctx.ui.Message(failure, Icon::Critical);
+  if (!written) ctx.ui.Message(FailureText(error, ctx.currentOutput), Icon::Critical);
 }
 
 void WriteWorkbook(Context& ctx) {

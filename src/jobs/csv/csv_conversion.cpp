@@ -4,34 +4,23 @@
 #include "jobs/csv/csv_conversion.h"
 
 #include "jobs/csv/csv_sink.h"
+#include "util/files.h"
 
 namespace kroveld {
 
-namespace {
-
-// Puts the context's previous sink back however the pass ends.
-class SinkSwap {
- public:
-  SinkSwap(Context& ctx, OutputSink* sink) : ctx_(ctx), previous_(ctx.sink) { ctx.sink = sink; }
-  ~SinkSwap() { ctx_.sink = previous_; }
-  SinkSwap(const SinkSwap&) = delete;
-  SinkSwap& operator=(const SinkSwap&) = delete;
-
- private:
-  Context& ctx_;
-  OutputSink* previous_;
-};
-
-}  // namespace
-
 bool ConvertToCsv(Context& ctx, const std::string& outputPath, std::string* error) {
   CsvSink sink;
+  // A file that replaces an existing one is flushed to the disk before the rename, so a crash
+  // never leaves a truncated file where a good one stood; a new file is left to the caller's
+  // sync (a batch syncs once at its end).
+  const bool replacing = FileExists(outputPath);
   if (!sink.Open(outputPath)) {
     if (error != nullptr) *error = sink.Error();
     return false;
   }
+  sink.SetDurable(replacing);
   {
-    SinkSwap swap(ctx, &sink);
+    SinkScope scope(ctx, sink);
     ctx.recipe.ExportSpecs.Process(ctx, 1);
   }
   if (!sink.Commit()) {

@@ -9,8 +9,9 @@
 namespace kroveld {
 
 // Opens `outputPath` for CSV output, runs the export specification's pass with it and commits the
-// file. False with `error` (path and reason) when the file cannot be written; the pass's own
-// messages go through the port.
+// file (flushed to the disk first when it replaces an existing file; a new file is not, so callers
+// that write many sync once at the end). False with `error` (path and reason) when the file cannot
+// be written; the pass's own messages go through the port.
 bool ConvertToCsv(Context& ctx, const std::string& outputPath, std::string* error);
 
 }  // namespace kroveld
