@@ -1,4 +1,4 @@
-// The one context of a run: what the system treats as process-wide (conversion options, line
+// The one context of a run: everything a run shares (conversion options, line
 // processor, current recipe with its export specification, output sink, run state, application
 // folder) lives here, created at start-up and handed down by reference. Tests make one per case.
 #pragma once

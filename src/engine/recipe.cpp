@@ -76,7 +76,7 @@ void clsRecipe::LoadFromFile(UiPort& ui, const std::string& path) {
     const std::string format(
         Trim(GetProfileValueFromFile(path, kOutputFile, "WriteDataFormat", "")));
     if (format == "NearestDollar" || format == "NearestCent") WriteDataFormat = format;
-    // Looked up from the top of the file, not in "Output File": a recipe written by the system
+    // Looked up from the top of the file, not in "Output File": a recipe written by SaveToFile
     // therefore reads its sheet names back empty.
     Sheet1Name = TopOfFileValue(path, "Sheet1Name");
     Sheet2Name = TopOfFileValue(path, "Sheet2Name");

@@ -30,7 +30,7 @@ class clsRecipe {
   // The path the recipe was loaded from; relative names inside it are taken from its folder.
   std::string Path;
 
-  // Loads a long-form recipe and its export specification, with the system's messages.
+  // Loads a long-form recipe and its export specification, reporting problems through the port.
   void LoadFromFile(UiPort& ui, const std::string& path);
   // Loads a short-format recipe: resets the fields, converts it to the application folder's
   // "_ExportSpecs.krs" from the job's current input and names that file as the export

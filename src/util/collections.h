@@ -1,5 +1,5 @@
-// The two list helpers of the system, on ordered lists of text held in a vector (1-based
-// positions in the interface, as the system counts them).
+// The two list helpers of the recipe code, on ordered lists of text held in a vector (positions
+// in the interface are 1-based, as recipe files number their entries).
 #pragma once
 
 #include <string>

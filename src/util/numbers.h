@@ -1,4 +1,4 @@
-// Numbers as the system reads them from reports and writes them to cells: a locale-aware numeric
+// Numbers as they are read from reports and writes them to cells: a locale-aware numeric
 // test, 64-bit fixed point with four decimals (money that does not drift), the shortest plain
 // text, and the "#,##0" / "#,##0.00" formats. No heap allocation per call.
 #pragma once

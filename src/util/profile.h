@@ -1,7 +1,7 @@
 // The key lookup of recipe and export-specification files ("[Section]" then "Key=Value" lines),
-// with the system's own rules: the first match wins, a line holding "[" ends a section, ";" after
-// the "=" starts a comment, and keys of a section are read in a fixed forward order from an open
-// file. Also the header check and the counting of section headings.
+// with the rules recipe files were always read by: the first match wins, a line holding "[" ends a
+// section, ";" after the "=" starts a comment, and keys of a section are read in a fixed forward
+// order from an open file. Also the header check and the counting of section headings.
 #pragma once
 
 #include <string>

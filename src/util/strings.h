@@ -20,7 +20,7 @@ void ReplaceNonBreakingSpaces(std::string& text);
 // Appends `text` `count` times to `out`.
 void AppendRepeated(std::string& out, std::string_view text, int count);
 
-// Blank trimming (only the character ' ' counts as a blank, as in the system's Trim).
+// Blank trimming (only the character ' ' counts as a blank; tabs are kept).
 std::string_view TrimLeft(std::string_view s);
 std::string_view TrimRight(std::string_view s);
 std::string_view Trim(std::string_view s);

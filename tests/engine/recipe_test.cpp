@@ -1,4 +1,4 @@
-// Recipes: loading with the system's messages and quirks, saving and loading back, and the
+// Recipes: loading with the loader's messages and quirks, saving and loading back, and the
 // resolution of relative names against the recipe's folder.
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// Typing of cell texts: the system's numeric test decides number or text; the look of the text
+// Typing of cell texts: the locale-aware numeric test decides number or text; the look of the text
 // (thousands separators, decimals) chooses the number format.
 #include "jobs/workbook/cell_typing.h"
 
