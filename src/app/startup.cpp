@@ -16,7 +16,6 @@
 #include "app/startup_files.h"
 #include "engine/context.h"
 #include "jobs/batch.h"
-#include "jobs/trace.h"
 #include "util/files.h"
 #include "util/strings.h"
 
@@ -73,12 +72,10 @@ int RunMain(int argc, char** argv) {
   Context ctx(port, FindAppFolder());
 
   WriteErrorLogHeader(ctx.AppFile("ErrorLog.txt"));
-  Trace("MainModule.Main 1");
   ctx.run.commandLineMode = false;
   ctx.tabSize = 8;
   const std::string configPath = ctx.AppFile("config.ini");
   if (!FileExists(configPath)) CreateDefaultConfig(configPath);
-  Trace("MainModule.Main 2");
 
   if (args.empty()) {
     // No window yet: the interactive program comes with the main window.

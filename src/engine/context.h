@@ -20,7 +20,6 @@ struct RunState {
   bool commandLineMode = false;
   bool running = false;
   std::atomic<bool> stopRequested{false};
-  bool listBeingFilled = false;
   std::uint64_t jobStartTick = 0;
 };
 

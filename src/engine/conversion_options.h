@@ -7,20 +7,18 @@ namespace kroveld {
 
 class clsConversionOptions {
  public:
-  std::string sInputFile;    // input file, folder or wildcard pattern
-  std::string sOutputFile;   // output file or pattern
-  std::string sRecipeFile;   // recipe to use
-  bool bUseRecipe = false;   // true: the recipe file; false: the automatic recipe
+  std::string sInputFile;   // input file, folder or wildcard pattern
+  std::string sOutputFile;  // output file or pattern
+  std::string sRecipeFile;  // recipe to use
+  bool bUseRecipe = false;  // true: the recipe file; false: the automatic recipe
   bool bDoSubfolders = false;
   bool bSaveInOriginalFolder = false;
-  std::string sLogFile;      // accepted and stored only
-  bool bVerbose = false;     // accepted and stored only
+  std::string sLogFile;   // accepted and stored only
+  bool bVerbose = false;  // accepted and stored only
   bool bShowExcel = false;
   bool bClearOutputFileBeforeProcessing = true;
   std::string sSheetTarget = "1";
   int lTabSize = 8;
-  int lCommandLineExitCode = 0;  // declared only
-  std::string sErr;              // declared only
 };
 
 }  // namespace kroveld

@@ -50,10 +50,6 @@ std::vector<Run> StretchesOf(std::string_view text) {
   return stretches;
 }
 
-bool IsCode(std::string_view code, std::string_view what) {
-  return code == what;
-}
-
 }  // namespace
 
 clsTableParser::Located clsTableParser::Locate(const std::string& inputPath,
@@ -207,13 +203,13 @@ bool clsTableParser::analyze_template(UiPort& ui, std::string_view tmpl,
   spans.clear();
   const std::string code = UpperAscii(Trim(tmpl));
   std::string working;
-  if (IsCode(code, "-")) {
+  if (code == "-") {
     working = InferredTemplate(false);
-  } else if (IsCode(code, "=")) {
+  } else if (code == "=") {
     working = InferredTemplate(true);
-  } else if (IsCode(code, "=L")) {
+  } else if (code == "=L") {
     working = MarkedTemplate('L');
-  } else if (IsCode(code, "=R")) {
+  } else if (code == "=R") {
     working = MarkedTemplate('R');
   } else if (tmpl.find('=') != std::string_view::npos) {
     working = VariableToFixedTemplate(tmpl);

@@ -12,14 +12,10 @@ bool ParseTemplateLine(UiPort& ui, std::string_view tmpl, std::vector<int>& star
 
   const int length = static_cast<int>(tmpl.size());
   bool in_field = false;
-  // Cleared by the first non-blank character; a field can only be entered on a non-blank, so it
-  // never decides anything. Kept so the scan reads like the printer-era original.
-  bool only_blanks_so_far = true;
 
   for (int p = 1; p <= length; ++p) {
     const char c = tmpl[static_cast<std::size_t>(p - 1)];
     const bool blank = c == ' ';
-    if (only_blanks_so_far && !blank) only_blanks_so_far = false;
 
     if (in_field) {
       if (blank) {

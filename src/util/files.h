@@ -69,7 +69,6 @@ class AtomicFile {
   void SetDurable(bool durable) { durable_ = durable; }
   bool IsOpen() const { return fd_ >= 0; }
   const std::string& Error() const { return error_; }
-  const std::string& Target() const { return target_; }
 
  private:
   void Flush();

@@ -49,12 +49,12 @@ TEST(PrivateProfile, NewFileAndRoundTripOfAForeignFile) {
   TempDir dir;
   const std::string path = dir.File("sub/new.rcp");
   // The folder does not exist: the write fails and says why.
-  EXPECT_FALSE(WriteProfileValue(path, "Header", "Product", "KRO"));
+  EXPECT_FALSE(WritePrivateProfileString(path, "Header", "Product", "KRO"));
 
   const std::string fresh = dir.File("new.rcp");
-  ASSERT_TRUE(WriteProfileValue(fresh, "Header", "Product", "KRO"));
-  ASSERT_TRUE(WriteProfileValue(fresh, "Header", "FileType", "RECIPE"));
-  ASSERT_TRUE(WriteProfileValue(fresh, "Output File", "OutputFileName", "C:\\out\\x.xls"));
+  ASSERT_TRUE(WritePrivateProfileString(fresh, "Header", "Product", "KRO"));
+  ASSERT_TRUE(WritePrivateProfileString(fresh, "Header", "FileType", "RECIPE"));
+  ASSERT_TRUE(WritePrivateProfileString(fresh, "Output File", "OutputFileName", "C:\\out\\x.xls"));
   EXPECT_EQ(ReadFile(fresh), CrLf({"[Header]", "Product=KRO", "FileType=RECIPE", "",
                                    "[Output File]", "OutputFileName=C:\\out\\x.xls"}));
 
