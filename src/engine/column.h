@@ -40,12 +40,22 @@ class clsColumn {
   // anything else shows "Unrecognized operator: ... in clsColumn.OperatorCode!" and gives 0.
   int OperatorCode(UiPort& ui, std::string& op);
 
+  // For the table's CSV fast path. When this column's operator has been worked out already, is
+  // a known one, and reads a single input file (codes 0 and 1), the number of that file (the
+  // recipe's InputFileLast or InputFileFirst); 0 otherwise, and the field must go through
+  // AppendCsvValue (which also reports an unknown operator).
+  int SingleFileSlot(const Context& ctx) const;
+  // Writes `value`, followed by one blank when `blankAfter`, quoted for CSV at `out`, which has
+  // room for 2 * (value.size() + 1) + 2 bytes; returns the new end. `equalSign` is set when the
+  // first character that is not a blank is "=" (the caller then shows WarnEqualSign).
+  static char* PutCsvValue(std::string_view value, bool blankAfter, char* out, bool& equalSign);
+  static void WarnEqualSign(UiPort& ui);
+
  private:
   // The field value for the current row, after the equal-sign warning.
   std::string_view Value(Context& ctx);
   // The field value for the current row (operator worked out, unknown ones reported), no warning.
   std::string_view FieldText(Context& ctx);
-  static void WarnEqualSign(UiPort& ui);
   int write_column_number_ = 0;  // cached column number of WriteColumn (0: not yet worked out)
   // The operator code and column number are worked out again only when the texts they came from
   // change; an unknown operator is still reported for every field.

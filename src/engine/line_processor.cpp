@@ -52,11 +52,16 @@ void clsLineProcessor::SetSlot(int i, std::string_view text) {
 
 void clsLineProcessor::ReadRowPeriod1Only(TextFile* file, int tabSize) {
   if (file == nullptr) return;
-  std::string& slot = rows_[0];
   std::string_view line;
-  if (!file->ReadLine(line) || line.empty()) {
-    // An empty line, and every line past the end of the file, stays empty. (The view of an
-    // empty line may carry no data pointer at all: it is never handed to memchr or memcpy.)
+  if (!file->ReadLine(line)) line = {};  // every line past the end of the file reads as empty
+  SetPeriod1Line(line, tabSize);
+}
+
+void clsLineProcessor::SetPeriod1Line(std::string_view line, int tabSize) {
+  std::string& slot = rows_[0];
+  if (line.empty()) {
+    // An empty line stays empty. (The view of an empty line may carry no data pointer at all: it
+    // is never handed to memchr or memcpy.)
     slot.clear();
     return;
   }

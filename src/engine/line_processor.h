@@ -23,6 +23,8 @@ class clsLineProcessor {
   // Next line of `file` into slot 1: a blank appended when the line is not empty and does not end
   // in one, then tabs expanded when tabSize > 0. A null file does nothing.
   void ReadRowPeriod1Only(TextFile* file, int tabSize);
+  // The same for a line already read: `line` (blank added, tabs expanded) into slot 1.
+  void SetPeriod1Line(std::string_view line, int tabSize);
   // Line n of every input file InputFileFirst..InputFileLast of the recipe into its slot (others
   // emptied). Returns false when the line number overflows the 16-bit counter (after reporting).
   bool ReadRow(long long lineNumber, int tabSize);
@@ -38,8 +40,8 @@ class clsLineProcessor {
  private:
   Context& ctx_;
   std::vector<std::string> rows_;
-  std::string raw_;      // line as read, before tab expansion
-  std::string result_;   // computed field text (sums, averages)
+  std::string raw_;     // line as read, before tab expansion
+  std::string result_;  // computed field text (sums, averages)
 };
 
 }  // namespace kroveld

@@ -1,6 +1,8 @@
 // Running a table section: find the block by its two key texts, then stream the block's lines
 // from input file 1 through the line processor into sheet 1 or the CSV output. The file is read
 // sequentially with one buffer; each row reuses the same line and CSV buffers.
+#include <algorithm>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +19,65 @@ namespace {
 void Fail(Context& ctx, const std::string& text) {
   ctx.ui.Message(text, Icon::Critical);
   ctx.recipe.ExportSpecs.Failed = true;
+}
+
+// Where the fast CSV path cuts one column: bytes [from, from + width) of the line as slot 1 would
+// hold it, clipped to it.
+struct FastCut {
+  long long from = 0;
+  long long width = 0;
+};
+
+// The cuts of every column, or false when some column must go through the line processor (an
+// operator that reads another slot, sums, or is unknown and reported per field).
+bool PlanFastCuts(const Context& ctx, const std::vector<clsColumn>& columns,
+                  std::vector<FastCut>& cuts) {
+  cuts.clear();
+  for (const clsColumn& column : columns) {
+    if (column.SingleFileSlot(ctx) != 1) return false;
+    const long long width =
+        static_cast<long long>(column.ReadColumnEnd) - column.ReadColumnStart + 1;
+    cuts.push_back(FastCut{column.ReadColumnStart - 1LL, width < 1 ? 0 : width});
+  }
+  return true;
+}
+
+// One CSV row from `line` as slot 1 would hold it after ReadRowPeriod1Only (the line and, when it
+// is not empty and does not end in a blank, one blank more), without copying the line first.
+// The row is built in `buffer`, which only grows; `warned` is set when an equal-sign warning was
+// shown.
+std::string_view WriteFastRow(Context& ctx, const std::vector<FastCut>& cuts, std::string_view line,
+                              std::string& buffer, bool& warned) {
+  const long long size = static_cast<long long>(line.size());
+  const bool blank = size > 0 && line.back() != ' ';
+  const long long slotSize = size + (blank ? 1 : 0);
+  // Each field holds at most the whole slot, doubled quotes, two quotes and a comma.
+  const std::size_t room = cuts.size() * (2 * static_cast<std::size_t>(slotSize) + 5);
+  if (buffer.size() < room) buffer.resize(std::max(room, 2 * buffer.size()));
+  char* const begin = buffer.data();
+  char* out = begin;
+  warned = false;
+  for (const FastCut& cut : cuts) {
+    if (out != begin) *out++ = ',';
+    long long from = cut.from;
+    long long to = from + cut.width;
+    if (from < 0) from = 0;
+    if (to > slotSize) to = slotSize;
+    if (from >= to) continue;  // an empty field
+    const long long inLine = to < size ? to : size;
+    const std::string_view piece =
+        from < inLine
+            ? line.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(inLine - from))
+            : std::string_view();
+    bool equalSign = false;
+    out = clsColumn::PutCsvValue(piece, to > size, out, equalSign);
+    if (equalSign) {
+      ctx.lineProcessor.SetPeriod1Line(line, ctx.tabSize);
+      clsColumn::WarnEqualSign(ctx.ui);
+      warned = true;
+    }
+  }
+  return std::string_view(begin, static_cast<std::size_t>(out - begin));
 }
 
 }  // namespace
@@ -78,10 +139,28 @@ void clsTable::Process(Context& ctx, int csvFile) {
   std::string csvLine;
   std::string status;
 
+  // The usual CSV row (no status text due, the columns checked on the first row) takes a fast
+  // path when every column reads slot 1 with a known operator: the fields are cut straight from
+  // the line in the read buffer, with the blank that ReadRowPeriod1Only would append supplied on
+  // the fly, and written quoted into one row buffer. Slot 1 itself is filled only when something
+  // outside this loop could look at it: before any call to the user interface and at the end.
+  std::vector<FastCut> cuts;
+  std::string rowBuffer;
+  bool planned = false;  // whether `cuts` reflects the columns (worked out again after any UI call)
+  bool fast = false;
+  std::string_view pending;  // the line that slot 1 is still to receive
+  bool hasPending = false;
+  const auto keepPending = [&] {
+    if (hasPending) lines.SetPeriod1Line(pending, ctx.tabSize);
+    hasPending = false;
+  };
+
   for (std::int64_t lineNumber = startLine; lineNumber <= endLine; ++lineNumber) {
     // The port makes the per-row yield and status texts cheap by letting only some through.
     const bool due = ui.Due();
     if (due) {
+      keepPending();
+      planned = false;
       ui.ProcessEvents();
       status = ctx.statusPrefix;
       status += " row ";
@@ -91,23 +170,48 @@ void clsTable::Process(Context& ctx, int csvFile) {
       ui.Status(3, status);
     }
     if (ctx.run.stopRequested.load(std::memory_order_relaxed)) {
+      keepPending();
+      planned = false;
       if (ui.AskYesNo("Do you want to terminate the process?", Icon::Question)) break;
       ctx.run.stopRequested.store(false);
     }
 
-    lines.ReadRowPeriod1Only(&file, ctx.tabSize);
-    csvLine.clear();
     if (csv && !due && lineNumber != startLine) {
-      // The usual CSV row: no status text to show and the columns were checked on the first row.
+      if (!planned) {
+        fast = PlanFastCuts(ctx, Columns, cuts);
+        planned = true;
+      }
+      std::string_view line;
+      if (!file.ReadLine(line)) line = {};  // past the end of the file: empty lines
+      const bool tabs = ctx.tabSize > 0 && !line.empty() &&
+                        std::memchr(line.data(), '\t', line.size()) != nullptr;
+      if (fast && !tabs) {
+        pending = line;
+        hasPending = true;
+        bool warned = false;
+        const std::string_view row = WriteFastRow(ctx, cuts, line, rowBuffer, warned);
+        if (warned) planned = false;  // the user interface had its turn
+        ++rowIndex;
+        ctx.sink->WriteCsvRow(row);
+        continue;
+      }
+      hasPending = false;
+      lines.SetPeriod1Line(line, ctx.tabSize);
+      csvLine.clear();
       for (clsColumn& column : Columns) {
         // Joined on the text so far: leading empty fields take no comma and the rest move left.
         if (!csvLine.empty()) csvLine.push_back(',');
         column.AppendCsvValue(ctx, csvLine);
       }
+      planned = false;  // AppendCsvValue works the operators out again
       ++rowIndex;
       ctx.sink->WriteCsvRow(csvLine);
       continue;
     }
+
+    hasPending = false;
+    lines.ReadRowPeriod1Only(&file, ctx.tabSize);
+    csvLine.clear();
     for (std::size_t c = 0; c < columnCount; ++c) {
       clsColumn& column = Columns[c];
       if (due) {
@@ -138,6 +242,7 @@ void clsTable::Process(Context& ctx, int csvFile) {
     if (csv) ctx.sink->WriteCsvRow(csvLine);
   }
 
+  keepPending();
   file.Close();
   specs.setWritePointer(ui, 1, baseRow + rowIndex);
   FirstRowWritten = baseRow;

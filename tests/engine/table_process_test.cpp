@@ -306,6 +306,102 @@ TEST_F(TableTest, ABlockRunningPastTheEndOfTheFileGivesEmptyRows) {
   EXPECT_EQ(4, f.Pointer());
 }
 
+// Between the rows that show a status text, CSV rows are cut straight from the read buffer. Every
+// kind of line and column must give what the row-by-row path (a port that is always due) gives:
+// the same rows, messages, beeps, and the same line left in slot 1.
+TEST_F(TableTest, CsvRowsBetweenStatusUpdatesMatchTheRowByRowPath) {
+  std::string body;
+  const std::vector<std::string> kinds = {
+      "abcdefghij",    // no trailing blank: columns 11 and 10-11 see the added blank
+      "abcdefghi ",    // ends in a blank: nothing added
+      "",              // empty line: every field empty, leading empties shift
+      "abc",           // short: fields past the end are empty
+      "  \"q\",d  ",   // quotes doubled and enclosed
+      "ab,cd,efgh",    // commas enclosed
+      "x,y\"",         // a quote that ends the line, the blank after it inside the quotes
+      "   =A1+B2",     // equal-sign warning for the fields starting with it
+      "ta\tb\tcdefg",  // tabs: expanded at tab size 8, kept at 0
+      "          ",    // blanks only
+      "\xe9\x80\xff\x01"
+      "bytes!",  // bytes above 127 and control bytes pass through
+  };
+  for (int i = 0; i < 700; ++i) body += kinds[static_cast<std::size_t>(i) % kinds.size()] + "\r\n";
+  const std::string report = "HEAD\r\n" + body + "FOOT\r\n";
+
+  struct Case {
+    std::string name;
+    std::vector<clsColumn> columns;
+    int tabSize = 8;
+    int fileLast = 1;
+  };
+  const std::vector<Case> cases = {
+      {"plain cuts", {MakeColumn(1, 3), MakeColumn(4, 10), MakeColumn(11, 11), MakeColumn(10, 12)}},
+      {"leading empty fields", {MakeColumn(20, 30), MakeColumn(12, 40), MakeColumn(1, 1)}},
+      {"wide and overlapping", {MakeColumn(1, 2000000000), MakeColumn(2, 2), MakeColumn(1, 4)}},
+      {"known operators",
+       {MakeColumn(1, 5, "A", "first"), MakeColumn(6, 11, "B", " last "),
+        MakeColumn(3, 4, "C", "AVG")}},
+      {"no tab expansion", {MakeColumn(1, 4), MakeColumn(5, 12)}, 0},
+      {"unknown operator", {MakeColumn(1, 4), MakeColumn(5, 8, "B", "DUPLICATE")}},
+      {"sum", {MakeColumn(1, 4, "A", "SUM"), MakeColumn(5, 8)}},
+      {"last file is 2", {MakeColumn(1, 4), MakeColumn(5, 8, "B", "FIRST")}, 8, 2},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> rows[2];
+    std::vector<std::string> texts[2];
+    int beeps[2] = {0, 0};
+    std::string slot1[2];
+    for (int rowByRow = 0; rowByRow < 2; ++rowByRow) {
+      ExtractFixture g;
+      g.ui.SetAlwaysDue(rowByRow == 1);
+      g.UseReport(report);
+      g.ctx->recipe.InputFileLast = c.fileLast;
+      g.ctx->tabSize = c.tabSize;
+      clsTable table = MakeTable("HEAD", 1, "FOOT", -1, c.columns);
+      g.Run(table, true);
+      rows[rowByRow] = g.sink.rows;
+      texts[rowByRow] = g.ui.Texts();
+      beeps[rowByRow] = g.ui.beeps;
+      slot1[rowByRow] = g.ctx->lineProcessor.Slot(1);
+      EXPECT_EQ(700u, g.sink.rows.size()) << c.name;
+      EXPECT_FALSE(g.Failed()) << c.name;
+    }
+    EXPECT_EQ(rows[1], rows[0]) << c.name;
+    EXPECT_EQ(texts[1], texts[0]) << c.name;
+    EXPECT_EQ(beeps[1], beeps[0]) << c.name;
+    EXPECT_EQ(slot1[1], slot1[0]) << c.name;
+  }
+  // Rows spelled out, so that more than the two paths agreeing is checked.
+  ExtractFixture g;
+  g.ui.SetAlwaysDue(false);
+  g.UseReport(report);
+  clsTable table =
+      MakeTable("HEAD", 1, "FOOT", -1,
+                {MakeColumn(20, 30), MakeColumn(8, 11), MakeColumn(1, 3), MakeColumn(4, 5)});
+  g.Run(table, true);
+  ASSERT_EQ(700u, g.sink.rows.size());
+  const std::vector<std::string> expected = {
+      "hij ,abc,de",
+      "hi ,abc,de",
+      "",
+      "abc, ",
+      "  ,\"  \"\"\",\"q\"\"\"",
+      "fgh ,\"ab,\",cd",
+      "\"x,y\",\"\"\" \"",
+      "B2 ,   ,=A",
+      "fg , b  ,ta ,  ",
+      "   ,   ,  ",
+      "es! ,\xe9\x80\xff,\x01"
+      "b",
+  };
+  EXPECT_EQ(expected, std::vector<std::string>(g.sink.rows.begin() + 11, g.sink.rows.begin() + 22));
+  const std::string warning =
+      "Error: Source Data field begin with Equal Sign! This may not be accepted by Excel!";
+  EXPECT_EQ(std::vector<std::string>(63, warning), g.ui.Texts());  // rows 7, 18, ..., 689
+  EXPECT_EQ(63, g.ui.beeps);
+  EXPECT_EQ("x,y\" ", g.ctx->lineProcessor.Slot(1));  // the table's last line, blank added
+}
+
 TEST_F(TableTest, EmptyAndMissingInputsAreReportedNotCrashed) {
   f.UseReport("");
   clsTable table = MakeTable("TOP", 0, "END", 0, {MakeColumn(1, 2)});
