@@ -57,18 +57,23 @@ clsTableParser::Located clsTableParser::Locate(const std::string& inputPath,
                                                std::string_view endKey, int endOffset,
                                                int tabSize) {
   ClearLines();
-  const std::int64_t top = FindFirstLineContaining(inputPath, startKey);
-  if (top == 0) return Located::kNotFound;
-  const std::int64_t bottom = FindFirstLineContaining(inputPath, endKey);
-  if (bottom == 0) return Located::kNotFound;
-  const std::int64_t first = top + startOffset;
-  const std::int64_t last = bottom + endOffset;
+  // Both keys are searched from line 1, in one pass over the file.
+  const std::string_view keys[] = {startKey, endKey};
+  const std::vector<KeyLine> found = FindFirstLinesContaining(inputPath, keys);
+  const KeyLine top = found[0];
+  const KeyLine bottom = found[1];
+  if (top.line == 0 || bottom.line == 0) return Located::kNotFound;
+  const std::int64_t first = top.line + startOffset;
+  const std::int64_t last = bottom.line + endOffset;
   if (last < first || first < 1 || last < 1) return Located::kNotFound;
   if (last - first + 1 > kMaxRows) return Located::kTooManyRows;
 
   TextFile file;
   if (!file.Open(inputPath)) return Located::kNotFound;
-  if (!file.SkipLines(first - 1)) return Located::kNotFound;
+  // Without a start offset the first row is the key line itself, whose byte offset is known.
+  const bool positioned =
+      startOffset == 0 ? file.SeekToLine(top.offset, top.line) : file.SkipLines(first - 1);
+  if (!positioned) return Located::kNotFound;
   std::string_view line;
   std::string expanded;
   for (std::int64_t n = first; n <= last && file.ReadLine(line); ++n) {

@@ -170,8 +170,8 @@ std::string WorkbookSink::GetCell(int sheet, int row, int column) {
 
 void WorkbookSink::RenameSheet(int sheet, std::string_view name) {
   if (sheet < 1 || sheet > kMaxSheets) return;
-  book_.GetSheet(sheet);
-  book_.GetSheet(sheet).SetName(MakeSheetName(AsUtf8(name), book_, sheet));
+  Sheet& target = book_.GetSheet(sheet);  // made first, so the name is checked against the rest
+  target.SetName(MakeSheetName(AsUtf8(name), book_, sheet));
 }
 
 void WorkbookSink::SetStandardFont(std::string_view font) {
