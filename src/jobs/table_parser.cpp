@@ -70,9 +70,11 @@ clsTableParser::Located clsTableParser::Locate(const std::string& inputPath,
 
   TextFile file;
   if (!file.Open(inputPath)) return Located::kNotFound;
-  // Without a start offset the first row is the key line itself, whose byte offset is known.
-  const bool positioned =
-      startOffset == 0 ? file.SeekToLine(top.offset, top.line) : file.SkipLines(first - 1);
+  // A first row at or after the start key line is reached from that line, whose byte offset the
+  // search gave; one above it is reached from line 1.
+  const bool positioned = startOffset >= 0
+                              ? file.SeekToLine(top.offset, top.line) && file.SkipLines(startOffset)
+                              : file.SkipLines(first - 1);
   if (!positioned) return Located::kNotFound;
   std::string_view line;
   std::string expanded;

@@ -161,6 +161,26 @@ TEST(Locate, TabAfterAFullStopIsSwallowed) {
   EXPECT_EQ((std::vector<std::string>{"ABCDEFGHX", "AB      C"}), parser.Lines());
 }
 
+// The first row is reached from the start key line when it lies at or below it, from line 1
+// when above: both give the same rows, under mixed line ends.
+TEST(Locate, StartOffsetsAroundTheKeyLine) {
+  TempDir dir;
+  const std::string path = dir.Write("mixed.txt", "one\r\ntwo\rthree\nTOP\r\nfive\rsix\nEND\n");
+  const struct {
+    int offset;
+    std::int64_t firstLine;
+    const char* firstRow;
+  } cases[] = {{-3, 1, "one"}, {-1, 3, "three"}, {0, 4, "TOP"}, {2, 6, "six"}};
+  for (const auto& c : cases) {
+    clsTableParser parser;
+    ASSERT_EQ(clsTableParser::Located::kFound, parser.Locate(path, "TOP", c.offset, "END", 0, 8))
+        << c.offset;
+    EXPECT_EQ(parser.FirstLine(), c.firstLine) << c.offset;
+    EXPECT_EQ(parser.Lines().front(), c.firstRow) << c.offset;
+    EXPECT_EQ(parser.Lines().back(), "END") << c.offset;
+  }
+}
+
 TEST(Locate, NotFound) {
   TempDir dir;
   const std::string path = dir.Write("report.txt", Report());
