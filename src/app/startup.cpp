@@ -16,6 +16,7 @@
 #include "app/startup_files.h"
 #include "engine/context.h"
 #include "jobs/batch.h"
+#include "jobs/trace.h"
 #include "util/files.h"
 #include "util/strings.h"
 
@@ -72,10 +73,12 @@ int RunMain(int argc, char** argv) {
   Context ctx(port, FindAppFolder());
 
   WriteErrorLogHeader(ctx.AppFile("ErrorLog.txt"));
+  Trace("MainModule.Main 1");
   ctx.run.commandLineMode = false;
   ctx.tabSize = 8;
   const std::string configPath = ctx.AppFile("config.ini");
   if (!FileExists(configPath)) CreateDefaultConfig(configPath);
+  Trace("MainModule.Main 2");
 
   if (args.empty()) {
     // No window yet: the interactive program comes with the main window.

@@ -20,6 +20,7 @@ struct RunState {
   bool commandLineMode = false;
   bool running = false;
   std::atomic<bool> stopRequested{false};
+  bool listBeingFilled = false;
   std::uint64_t jobStartTick = 0;
 };
 

@@ -19,6 +19,8 @@ class clsConversionOptions {
   bool bClearOutputFileBeforeProcessing = true;
   std::string sSheetTarget = "1";
   int lTabSize = 8;
+  int lCommandLineExitCode = 0;  // kept in the record for command-line runs; nothing uses it yet
+  std::string sErr;              // kept in the record for an error text; nothing uses it yet
 };
 
 }  // namespace kroveld

@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "jobs/auto_recipe_lock.h"
+#include "jobs/trace.h"
 #include "jobs/write_report.h"
 #include "util/files.h"
 #include "util/private_profile.h"
@@ -30,6 +31,7 @@ bool IsShortFormatRecipe(const std::string& path) {
 }
 
 void ReadExportSpecs(Context& ctx) {
+  Trace("frmMain.cmdRunRecipe_Click 12");
   const std::string path = ctx.recipe.ExportSpecPath();
   if (FileExists(path)) {
     ctx.recipe.ExportSpecs.ReadFromFile(ctx.ui, path);
@@ -50,6 +52,7 @@ void MissingInput(Context& ctx) {
 
 // The automatic recipe: a short recipe written from the marked-up input, then loaded.
 void RunAutomatic(Context& ctx, ConversionHost& host, bool csv) {
+  Trace("frmMain.cmdRunRecipe_Click 9");
   const std::string autoPath = AutoRecipePath(ctx);
   if (!FileExists(ctx.currentInput)) {
     MissingInput(ctx);
@@ -60,17 +63,21 @@ void RunAutomatic(Context& ctx, ConversionHost& host, bool csv) {
     // _AutoRecipe.rcp and _ExportSpecs.krs are shared by every process of this application
     // folder; once the export definition is in memory they are no longer needed.
     AutoRecipeLock lock(ctx.appFolder);
+    Trace("frmMain.cmdRunRecipe_Click 10");
     if (FileExists(autoPath)) DeleteFile(autoPath);
     ctx.recipe.ExportSpecs.FileCreateShort(ctx, ctx.currentInput, autoPath);
+    Trace("frmMain.cmdRunRecipe_Click 11");
     ctx.recipe.LoadFromFileShort(ctx, autoPath);
     ReadExportSpecs(ctx);
   }
   ctx.periodLabel = PeriodLabel(ctx.recipe);
+  Trace("frmMain.cmdRunRecipe_Click 13");
   WriteReport(ctx, csv);
 }
 
 // The recipe the user chose, in either form; the report being converted is its input file 1.
 void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
+  Trace("frmMain.cmdRunRecipe_Click 4");
   if (!FileExists(ctx.currentRecipe)) {
     ctx.ui.Message("Recipe file " + ctx.recipeBoxText + " does not exist!", Icon::Exclamation);
     return;
@@ -79,6 +86,7 @@ void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
     MissingInput(ctx);
     return;
   }
+  Trace("frmMain.cmdRunRecipe_Click 5");
   NoteTabs(ctx, host);
   if (IsShortFormatRecipe(ctx.currentRecipe)) {
     AutoRecipeLock lock(ctx.appFolder);
@@ -90,6 +98,7 @@ void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
     ReadExportSpecs(ctx);
   }
   ctx.periodLabel = PeriodLabel(ctx.recipe);
+  Trace("frmMain.cmdRunRecipe_Click 6");
   WriteReport(ctx, csv);
 }
 
@@ -158,6 +167,7 @@ void RunRecipe(Context& ctx, ConversionHost& host) {
   } else {
     RunAutomatic(ctx, host, csv);
   }
+  Trace("frmMain.cmdRunRecipe_Click 14");
   host.UpdateMRUs();
 }
 

@@ -39,5 +39,10 @@ std::string ReadPrivateProfileString(const std::string& path, std::string_view s
 // Returns false when the file cannot be written.
 bool WritePrivateProfileString(const std::string& path, std::string_view section,
                                std::string_view key, std::string_view value);
+// The system's name for the same operation.
+inline bool WriteProfileValue(const std::string& path, std::string_view section,
+                              std::string_view key, std::string_view value) {
+  return WritePrivateProfileString(path, section, key, value);
+}
 
 }  // namespace kroveld
