@@ -88,13 +88,7 @@ class RowTransfer {
         continue;  // the target keeps its value
       }
       text_.clear();
-      if (format_ == "NearestDollar") {
-        AppendGrouped(text_, sum, 0);
-      } else if (format_ == "NearestCent") {
-        AppendGrouped(text_, sum, 2);
-      } else {
-        AppendPlain(text_, sum);
-      }
+      AppendInWriteDataFormat(text_, sum, format_);
       ctx_.sink->SetCell(2, targetRow, column, text_);
     }
   }

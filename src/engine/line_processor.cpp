@@ -217,13 +217,7 @@ namespace {
 
   result.clear();
   const std::string& format = ctx.recipe.WriteDataFormat;
-  if (format == "NearestDollar") {
-    AppendGrouped(result, number, 0);
-  } else if (format == "NearestCent") {
-    AppendGrouped(result, number, 2);
-  } else {
-    AppendPlain(result, number);
-  }
+  AppendInWriteDataFormat(result, number, format);
   return result;
 }
 

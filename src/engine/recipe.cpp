@@ -147,4 +147,14 @@ std::string clsRecipe::ExportSpecPath() const {
   return ResolveRelativeTo(Path, ExportSpecFileName);
 }
 
+void AppendInWriteDataFormat(std::string& out, Fixed4 value, std::string_view writeDataFormat) {
+  if (writeDataFormat == "NearestDollar") {
+    AppendGrouped(out, value, 0);
+  } else if (writeDataFormat == "NearestCent") {
+    AppendGrouped(out, value, 2);
+  } else {
+    AppendPlain(out, value);
+  }
+}
+
 }  // namespace kroveld

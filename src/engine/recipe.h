@@ -6,6 +6,7 @@
 #include <string>
 
 #include "engine/export_specs.h"
+#include "util/numbers.h"
 #include "util/ui_port.h"
 
 namespace kroveld {
@@ -46,6 +47,10 @@ class clsRecipe {
   std::string InputFilePath(int n) const;
   std::string ExportSpecPath() const;
 };
+
+// Appends a summed number as the recipe's WriteDataFormat asks: "#,##0" for "NearestDollar",
+// "#,##0.00" for "NearestCent" (exact case), the shortest plain form otherwise.
+void AppendInWriteDataFormat(std::string& out, Fixed4 value, std::string_view writeDataFormat);
 
 // Resolves `name` against the folder of `owner` when it is relative (neither '/' nor '\' first,
 // no drive letter); otherwise returns it unchanged. An empty name stays empty.

@@ -1,4 +1,4 @@
-// Line searches on text files: the system's FindNextLine with its signed result, and the fast
+// Line searches on text files: FindNextLine with its signed result, and the fast
 // whole-file key search used to find tables.
 #pragma once
 
