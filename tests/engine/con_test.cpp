@@ -1,5 +1,5 @@
-// Consolidation: reading and validating consolidate and department sections, finding departments
-// on sheet 1 and merging their accounts into one block on sheet 2.
+// Consolidation: finding departments on sheet 1 and merging their accounts into one block on
+// sheet 2. Reading and validation are tested through the export definition (export_specs_test).
 #include <gtest/gtest.h>
 
 #include "engine/context.h"
@@ -10,65 +10,9 @@
 namespace kroveld {
 namespace {
 
-using testing::CrLf;
 using testing::MapSink;
 using testing::RecordingPort;
 using testing::TempDir;
-
-TEST(ConRead, ReportsTheFirstFailedTest) {
-  const std::string con = "[Consolidate 1]";
-  const std::string dept1 = "[Con 1 Dept 1]";
-  const struct {
-    std::string text;  // the consolidate section and its departments
-    std::string message;
-  } cases[] = {
-      {CrLf({con, "ReadAccountsColumn=1"}), "Consolidate 1 : Table number must be > 0!"},
-      {CrLf({con, "Table=0", "ReadAccountsColumn=1"}), "Consolidate 1 : Table number must be > 0!"},
-      {CrLf({con, "Table=3", "ReadAccountsColumn=1"}),
-       "Consolidate 1 : Table number 3 does not exist!"},
-      {CrLf({con, "Table=2", "TotalDepartments=1"}),
-       "Consolidate 1 : Accounts Column Number must be > 0!"},
-      {CrLf({con, "Table=2", "ReadAccountsColumn=1", "TotalDepartments=2000000000"}),
-       "Consolidate 1 : Number of departments must be at most 10000!"},
-      {CrLf({con, "Table=1", "ReadAccountsColumn=1", "TotalDepartments=2", dept1, "ReadStartLine=a",
-             "ReadStartLineOffset=0", "ReadEndLine=b", "ReadEndLineOffset=0", "[Con 1 Dept 2]",
-             "ReadEndLine=b"}),
-       "Con 1 Dept 2 : Missing ReadStartLine text!"},
-      {CrLf({con, "Table=1", "ReadAccountsColumn=1", "TotalDepartments=1", dept1, "ReadStartLine=a",
-             "ReadStartLineOffset=0"}),
-       "Con 1 Dept 1 : Missing ReadEndLine text!"},
-      {CrLf({con, "Table=1", "ReadAccountsColumn=1", "TotalDepartments=1", dept1, "ReadStartLine=a",
-             "ReadStartLineOffset=two", "ReadEndLine=b"}),
-       "Con 1 Dept 1 : ReadStartLineOffset must be a whole number!"},
-  };
-  TempDir dir;
-  for (const auto& c : cases) {
-    RecordingPort ui;
-    clsCon reader;
-    EXPECT_FALSE(reader.ReadFromFile(ui, dir.Write("c.krs", c.text), 1, 2));
-    EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Error in " + c.message});
-    EXPECT_EQ(ui.messages.at(0).icon, Icon::Critical);
-  }
-}
-
-TEST(ConReadOk, ReadsDepartmentsInOrder) {
-  TempDir dir;
-  const std::string path = dir.Write(
-      "c.krs", CrLf({"[Consolidate 2]", "Table=1", "ReadAccountsColumn=2", "TotalDepartments=2",
-                     "[Con 2 Dept 1]", "ReadStartLine=Dept 1", "ReadStartLineOffset=1",
-                     "ReadEndLine=Total 1", "ReadEndLineOffset=-1", "[Con 2 Dept 2]",
-                     "ReadStartLine=Dept 2", "ReadStartLineOffset=+2", "ReadEndLine=Total 2"}));
-  RecordingPort ui;
-  clsCon con;
-  EXPECT_TRUE(con.ReadFromFile(ui, path, 2, 1));
-  EXPECT_TRUE(ui.messages.empty());
-  EXPECT_EQ(con.ReadAccountsColumn, 2);
-  ASSERT_EQ(con.Departments.size(), 2u);
-  EXPECT_EQ(con.Departments[0].ReadEndLineOffset, -1);
-  EXPECT_EQ(con.Departments[1].ReadStartLine, "Dept 2");
-  EXPECT_EQ(con.Departments[1].ReadStartLineOffset, 2);
-  EXPECT_EQ(con.Departments[1].ReadEndLineOffset, 0);  // missing offset is 0
-}
 
 // Sheet 1 holds one written table (columns A: account, B and C: amounts) of two departments.
 class Consolidation : public ::testing::Test {

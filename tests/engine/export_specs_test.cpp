@@ -60,33 +60,19 @@ TEST(SectionSequence, FollowsFileOrderAndSkipsColumnHeadings) {
 
 TEST(ExportSpecsRead, CountsAndSections) {
   struct Case {
-    const char* what;
-    std::string body;
     int titles, tables;
-    Strings secondTitle;
-    Strings messages;
+    std::string secondTitle, message, what, body;
   } cases[] = {
-      {"only column headings", CrLf({"[Table 1 Col 1]", "ReadColumnStart=1"}), 0, 0, {}, {}},
-      {"gap 1, 2, 4: Title 3 reads as missing",
+      {0, 0, "", "", "only column headings", CrLf({"[Table 1 Col 1]", "ReadColumnStart=1"})},
+      {3, 0, "two", "Error in Title 3 : Write sheet number must be > 0!",
+       "gap 1, 2, 4: Title 3 reads as missing",
        TitleSection(1, 1, "A", {"one"}) + TitleSection(2, 1, "A", {"two"}) +
-           TitleSection(4, 1, "A", {"four"}),
-       3,
-       0,
-       {"two"},
-       {"Error in Title 3 : Write sheet number must be > 0!"}},
-      {"heading text inside a value line",
-       TitleSection(1, 1, "A", {"one"}) + "Note=[Title \r\n",
-       2,
-       0,
-       {},
-       {"Error in Title 2 : Write sheet number must be > 0!"}},
-      {"out of number order: found by name",
+           TitleSection(4, 1, "A", {"four"})},
+      {2, 0, "", "Error in Title 2 : Write sheet number must be > 0!",
+       "heading text inside a value line", TitleSection(1, 1, "A", {"one"}) + "Note=[Title \r\n"},
+      {2, 2, "two", "", "out of number order: found by name",
        TitleSection(2, 2, "B", {"two"}) + TitleSection(1, 1, "A", {"one"}) + TableSection(2) +
-           TableSection(1),
-       2,
-       2,
-       {"two"},
-       {}},
+           TableSection(1)},
   };
   for (const Case& c : cases) {
     TempDir dir;
@@ -97,9 +83,10 @@ TEST(ExportSpecsRead, CountsAndSections) {
     EXPECT_EQ(specs.TableCount, c.tables) << c.what;
     EXPECT_EQ(specs.SectionSequenceCollection.size(), static_cast<std::size_t>(c.titles + c.tables))
         << c.what;
-    EXPECT_EQ(ui.Texts(), c.messages) << c.what;
+    EXPECT_EQ(ui.Texts(), c.message.empty() ? Strings{} : Strings{c.message}) << c.what;
     if (c.titles > 1) {
-      EXPECT_EQ(specs.Titles[1].Lines, c.secondTitle) << c.what;
+      EXPECT_EQ(specs.Titles[1].Lines, c.secondTitle.empty() ? Strings{} : Strings{c.secondTitle})
+          << c.what;
     }
     if (c.tables > 1) {
       EXPECT_EQ(specs.Tables[1].ReadStartLine, "TOP2") << c.what;
@@ -107,14 +94,103 @@ TEST(ExportSpecsRead, CountsAndSections) {
   }
 }
 
+// Every section kind with bad keys: a title, table or consolidation shows its first failed test
+// (a table's columns are all checked) as a critical message.
+TEST(ExportSpecsRead, ShowsTheSectionMessages) {
+  auto title = [](std::initializer_list<std::string_view> keys) {
+    return "[Title 1]\r\n" + CrLf(keys);
+  };
+  auto table = [](std::string_view columns, std::string_view startOffset = "1") {
+    return CrLf({"[Table 1]", "ReadStartLine=  Account  ",
+                 "ReadStartLineOffset=" + std::string(startOffset), "ReadEndLine=Total",
+                 "ReadEndLineOffset=-1", "TotalColumns=" + std::string(columns)});
+  };
+  auto column = [](int n, std::string_view start, std::string_view end, std::string_view letter,
+                   std::string_view op) {
+    return CrLf({"[Table 1 Col " + std::to_string(n) + "]", "ReadColumnStart=" + std::string(start),
+                 "ReadColumnEnd=" + std::string(end), "WriteColumn=" + std::string(letter),
+                 "PeriodOperator=" + std::string(op)});
+  };
+  const std::string con = TableSection(1) + TableSection(2) + "[Consolidate 1]\r\n";
+  auto dept = [](int n, std::initializer_list<std::string_view> keys) {
+    return "[Con 1 Dept " + std::to_string(n) + "]\r\n" + CrLf(keys);
+  };
+  const std::string sheet = "Error in Title 1 : Write sheet number must be > 0!";
+  const std::string letter = "Error in Title 1 : Write Column must be (A-Z)!";
+  const std::string lines = "Error in Title 1 : Number of lines must be > 0!";
+  const std::string columns = "Error in Table 1Number of Columns must be > 0!";
+  const std::string tableNumber = "Error in Consolidate 1 : Table number must be > 0!";
+  const std::string deptKeys = "Table=1\r\nReadAccountsColumn=1\r\n";
+  const struct {
+    std::string body;
+    Strings messages;
+  } cases[] = {
+      {title({"WriteColumn=A", "TotalLines=1", "1Text=x"}), {sheet}},
+      {title({"WriteSheet=0", "WriteColumn=A", "TotalLines=1"}), {sheet}},
+      {title({"WriteSheet=two", "WriteColumn=A"}), {sheet}},
+      {title({"WriteSheet=1", "TotalLines=1"}), {letter}},
+      {title({"WriteSheet=1", "WriteColumn=ZA", "TotalLines=1"}), {letter}},
+      {title({"WriteSheet=1", "WriteColumn=1", "TotalLines=1"}), {letter}},
+      {title({"WriteColumn=A", "WriteSheet=1", "TotalLines=1"}), {letter}},  // keys out of order
+      {title({"WriteSheet=1", "WriteColumn=A"}), {lines}},
+      {title({"WriteSheet=1", "WriteColumn=A", "TotalLines=0"}), {lines}},
+      {title({"WriteSheet=1", "WriteColumn=A", "TotalLines=2000000000"}),
+       {"Error in Title 1 : Number of lines must be at most 1048576!"}},
+      {CrLf({"[Table 1]", "ReadEndLine=x", "TotalColumns=1"}),
+       {"Error in Table 1 : Invalid ReadStartLine!"}},
+      {CrLf({"[Table 1]", "ReadStartLine=x", "TotalColumns=1"}),
+       {"Error in Table 1 : Invalid ReadEndLine!"}},
+      {table("1", "one"), {"Error in Table 1 : ReadStartLineOffset must be a whole number!"}},
+      {table("0"), {columns}},
+      {table("3x"), {columns}},
+      {table("703"), {"Error in Table 1 : Number of columns must be at most 702!"}},
+      {table("5") + column(1, "0", "5", "A", "") + column(2, "1", "", "B", "") +
+           column(3, "1", "5", "ZA", "") + column(4, "1", "5", "AB", "avg") +
+           column(5, "1", "5", "C", "first"),
+       {"Invalid Read Column start position!", "Invalid Read Column end position!",
+        "Error in Table 1 Col 3 : Write Column must be (A-Z)!", "Invalid Multi-file operator!",
+        "Invalid Multi-file operator!"}},
+      {con + "ReadAccountsColumn=1\r\n", {tableNumber}},
+      {con + "Table=0\r\nReadAccountsColumn=1\r\n", {tableNumber}},
+      {con + "Table=3\r\nReadAccountsColumn=1\r\n",
+       {"Error in Consolidate 1 : Table number 3 does not exist!"}},
+      {con + "Table=2\r\nTotalDepartments=1\r\n",
+       {"Error in Consolidate 1 : Accounts Column Number must be > 0!"}},
+      {con + deptKeys + "TotalDepartments=2000000000\r\n",
+       {"Error in Consolidate 1 : Number of departments must be at most 10000!"}},
+      {con + deptKeys + "TotalDepartments=2\r\n" +
+           dept(1, {"ReadStartLine=a", "ReadStartLineOffset=0", "ReadEndLine=b",
+                    "ReadEndLineOffset=0"}) +
+           dept(2, {"ReadEndLine=b"}),
+       {"Error in Con 1 Dept 2 : Missing ReadStartLine text!"}},
+      {con + deptKeys + "TotalDepartments=1\r\n" +
+           dept(1, {"ReadStartLine=a", "ReadStartLineOffset=0"}),
+       {"Error in Con 1 Dept 1 : Missing ReadEndLine text!"}},
+      {con + deptKeys + "TotalDepartments=1\r\n" +
+           dept(1, {"ReadStartLine=a", "ReadStartLineOffset=two", "ReadEndLine=b"}),
+       {"Error in Con 1 Dept 1 : ReadStartLineOffset must be a whole number!"}},
+  };
+  TempDir dir;
+  for (const auto& c : cases) {
+    RecordingPort ui;
+    clsExportSpecs specs;
+    specs.ReadFromFile(ui, dir.Write("s.krs", Header() + c.body));
+    EXPECT_EQ(ui.Texts(), c.messages) << c.body;
+    for (const auto& m : ui.messages) EXPECT_EQ(m.icon, Icon::Critical) << m.text;
+    if (c.body.rfind("[Title", 0) == 0) {
+      EXPECT_TRUE(specs.Titles.at(0).Lines.empty()) << c.body;
+    }
+  }
+}
+
 TEST(ExportSpecsRead, BadHeaderReadsNothing) {
   TempDir dir;
-  const std::string path =
-      dir.Write("s.krs", CrLf({"[Header]", "Product=KRO", "FileType=RECIPE", "FileFormat=1.1"}) +
-                             TitleSection(1, 1, "A", {"t"}));
   RecordingPort ui;
   clsExportSpecs specs;
-  specs.ReadFromFile(ui, path);
+  specs.ReadFromFile(
+      ui,
+      dir.Write("s.krs", CrLf({"[Header]", "Product=KRO", "FileType=RECIPE", "FileFormat=1.1"}) +
+                             TitleSection(1, 1, "A", {"t"})));
   EXPECT_EQ(ui.Texts(), Strings{"Incorrect file type!"});
   EXPECT_TRUE(specs.Titles.empty());
 }
@@ -139,19 +215,53 @@ TEST(WritePointers, OnlySheetsOneAndTwo) {
   }
 }
 
+// Read: values are trimmed, missing title lines and a missing end offset are empty, a later
+// section's keys are not read into an earlier one. Then written back and read again.
 TEST(ExportSpecsWrite, RoundTripRenumbersPerKindInSequenceOrder) {
   TempDir dir;
   const std::string path = dir.Write(
-      "in.krs", Header() + CrLf({"[General]", "Name=Monthly"}) +
-                    TitleSection(1, 1, "A", {"ACME", "", "Balance"}) + TableSection(1) +
-                    CrLf({"[Consolidate 1]", "Table=1", "ReadAccountsColumn=1",
-                          "TotalDepartments=1", "[Con 1 Dept 1]", "ReadStartLine=D1",
-                          "ReadStartLineOffset=1", "ReadEndLine=T1", "ReadEndLineOffset=-1"}) +
-                    TitleSection(2, 2, "C", {"Summary"}) + TitleSection(3, 1, "B", {"gone"}));
+      "in.krs",
+      Header() +
+          CrLf({"[General]", "Name=Monthly", "[Title 1]", "WriteSheet=2", "WriteColumn=b",
+                "TotalLines=4", "1Text=   ACME Corp   ", "2Text=", "3Text=Profit; and loss",
+                "[Title 2]", "WriteSheet=1", "WriteColumn=A", "TotalLines=1", "1Text=Summary",
+                "4Text=not mine"}) +
+          CrLf({"[Table 1]", "ReadStartLine=  Account  ", "ReadStartLineOffset=1",
+                "ReadEndLine=Total", "ReadEndLineOffset=-1", "TotalColumns=2", "[Table 1 Col 1]",
+                "ReadColumnStart=1", "ReadColumnEnd=10", "WriteColumn= b ",
+                "PeriodOperator=", "[Table 1 Col 2]", "ReadColumnStart=11", "ReadColumnEnd=30",
+                "WriteColumn=AA", "PeriodOperator= sum "}) +
+          CrLf({"[Consolidate 1]", "Table=1", "ReadAccountsColumn=2", "TotalDepartments=2",
+                "[Con 1 Dept 1]", "ReadStartLine=Dept 1", "ReadStartLineOffset=1",
+                "ReadEndLine=Total 1", "ReadEndLineOffset=-1", "[Con 1 Dept 2]",
+                "ReadStartLine=Dept 2", "ReadStartLineOffset=+2", "ReadEndLine=Total 2"}) +
+          TitleSection(3, 1, "B", {"gone"}));
   RecordingPort ui;
   clsExportSpecs first;
   first.ReadFromFile(ui, path);
   ASSERT_TRUE(ui.messages.empty()) << ui.messages[0].text;
+  ASSERT_EQ(first.Titles.size(), 3u);
+  EXPECT_EQ(first.Titles[0].WriteSheet, 2);
+  EXPECT_EQ(first.Titles[0].WriteColumn, "b");  // lower case passes the text-order test
+  EXPECT_EQ(first.Titles[0].Lines, (Strings{"ACME Corp", "", "Profit", ""}));
+  EXPECT_EQ(first.Titles[1].Lines, Strings{"Summary"});
+  ASSERT_EQ(first.Tables.size(), 1u);
+  const clsTable& table = first.Tables[0];
+  EXPECT_EQ(table.ReadStartLine, "Account");
+  EXPECT_EQ(table.ReadStartLineOffset, 1);
+  EXPECT_EQ(table.ReadEndLineOffset, -1);
+  ASSERT_EQ(table.Columns.size(), 2u);
+  EXPECT_EQ(table.Columns[0].WriteColumn, "b");
+  EXPECT_EQ(table.Columns[1].PeriodOperator, "sum");
+  EXPECT_EQ(table.Columns[1].ReadColumnEnd, 30);
+  ASSERT_EQ(first.Consolidates.size(), 1u);
+  const clsCon& con = first.Consolidates[0];
+  EXPECT_EQ(con.ReadAccountsColumn, 2);
+  ASSERT_EQ(con.Departments.size(), 2u);
+  EXPECT_EQ(con.Departments[0].ReadEndLineOffset, -1);
+  EXPECT_EQ(con.Departments[1].ReadStartLine, "Dept 2");
+  EXPECT_EQ(con.Departments[1].ReadStartLineOffset, 2);
+  EXPECT_EQ(con.Departments[1].ReadEndLineOffset, 0);
 
   // Written over the file it came from, without its last title and with title 2 moved first:
   // the file holds exactly what was written, renumbered in the new order.
@@ -161,9 +271,9 @@ TEST(ExportSpecsWrite, RoundTripRenumbersPerKindInSequenceOrder) {
   ASSERT_TRUE(first.WriteToFile(ui, path));
   const std::string text = ReadFile(path);
   EXPECT_EQ(
-      text.rfind(Header() + "\r\n[General]\r\nName=Monthly\r\n\r\n[Title 1]\r\nWriteSheet=2", 0),
+      text.rfind(Header() + "\r\n[General]\r\nName=Monthly\r\n\r\n[Title 1]\r\nWriteSheet=1", 0),
       0u);
-  EXPECT_LT(text.find("[Title 2]\r\nWriteSheet=1"), text.find("[Table 1]"));
+  EXPECT_LT(text.find("[Title 2]\r\nWriteSheet=2"), text.find("[Table 1]"));
   EXPECT_EQ(text.find("gone"), std::string::npos);
 
   clsExportSpecs second;

@@ -20,28 +20,19 @@ const std::string kSpec = CrLf({"[Header]", "Product=KRO", "FileType=EXPORT SPEC
                                 "[General]", "Name=Ledger", "[Title 1]", "WriteSheet=1",
                                 "WriteColumn=A", "TotalLines=1", "1Text=Ledger"});
 
-std::string RecipeText(std::string_view specName, std::string_view format = "NearestCent",
-                       std::string_view header = "KRO") {
-  return CrLf({"[Header]",
-               "Product=" + std::string(header),
-               "FileType=RECIPE",
-               "FileFormat=1.1",
-               "[Output File]",
-               "OutputFileTitle=Ledger out",
-               "OutputFileName=out\\ledger.xls",
-               "InputFileFirst=2",
-               "InputFileLast=3",
-               "ExportSpecFileName=  " + std::string(specName) + "  ",
-               "WriteDataFormat=" + std::string(format),
-               "Sheet1Name=Detail",
-               "Sheet2Name=Summary",
-               "[Input Files]",
-               "1Title=January",
-               "1FileName=jan.txt",
-               "2Title=February",
-               "2FileName=/data/feb.txt",
-               "12Title=December",
-               "12FileName=dec.txt"});
+// The recipe text with `from` replaced by `to` (`from` must occur).
+std::string RecipeText(std::string_view specName, std::string_view from = "",
+                       std::string_view to = "") {
+  std::string text =
+      CrLf({"[Header]", "Product=KRO", "FileType=RECIPE", "FileFormat=1.1", "[Output File]",
+            "OutputFileTitle=Ledger out", "OutputFileName=out\\ledger.xls", "InputFileFirst=2",
+            "InputFileLast=3", "ExportSpecFileName=  @  "}) +
+      CrLf({"WriteDataFormat=NearestCent", "Sheet1Name=Detail", "Sheet2Name=Summary"}) +
+      CrLf({"[Input Files]", "1Title=January", "1FileName=jan.txt", "2Title=February",
+            "2FileName=/data/feb.txt", "12Title=December", "12FileName=dec.txt"});
+  text.replace(text.find('@'), 1, specName);
+  if (!from.empty()) text.replace(text.find(from), from.size(), to);
+  return text;
 }
 
 TEST(RecipeLoad, ReadsFieldsAndTheExportSpecificationBesideIt) {
@@ -102,13 +93,11 @@ TEST(RecipeLoad, FormatAndInputRangeValues) {
       {"InputFileFirst=2", "InputFileFirst=two", "NearestCent", 1},
       {"InputFileFirst=2", "InputFileFirst=99999999999", "NearestCent", 1}};
   for (const auto& c : cases) {
-    std::string text = RecipeText("s.krs");
-    text.replace(text.find(c.line), std::string_view(c.line).size(), c.replacement);
     RecordingPort ui;
     clsRecipe recipe;
     recipe.WriteDataFormat = "NearestDollar";  // reset by the load
     recipe.InputFileFirst = 7;
-    recipe.LoadFromFile(ui, dir.Write("r.rcp", text));
+    recipe.LoadFromFile(ui, dir.Write("r.rcp", RecipeText("s.krs", c.line, c.replacement)));
     EXPECT_EQ(recipe.WriteDataFormat, c.format) << c.replacement;
     EXPECT_EQ(recipe.InputFileFirst, c.first) << c.replacement;
     EXPECT_EQ(recipe.InputFileLast, 3) << c.replacement;
@@ -118,7 +107,7 @@ TEST(RecipeLoad, FormatAndInputRangeValues) {
 TEST(RecipeLoad, BadHeaderIsReportedAndLoadingGoesOn) {
   TempDir dir;
   dir.Write("s.krs", kSpec);
-  const std::string path = dir.Write("r.rcp", RecipeText("s.krs", "NearestCent", "KRO-B"));
+  const std::string path = dir.Write("r.rcp", RecipeText("s.krs", "Product=KRO", "Product=KRO-B"));
   RecordingPort ui;
   clsRecipe recipe;
   recipe.LoadFromFile(ui, path);

@@ -1,5 +1,5 @@
-// Title sections: reading and validation, the block written at the sheet's write pointer, and the
-// sheet/row/column code parser.
+// Title sections: the block written at the sheet's write pointer, and the sheet/row/column code
+// parser. Reading and validation are tested through the export definition (export_specs_test).
 #include <gtest/gtest.h>
 
 #include "engine/context.h"
@@ -11,57 +11,9 @@
 namespace kroveld {
 namespace {
 
-using testing::CrLf;
 using testing::MapSink;
 using testing::RecordingPort;
 using testing::TempDir;
-
-TEST(TitleRead, ReportsTheFirstFailedTestOnly) {
-  const std::string sheet = " : Write sheet number must be > 0!";
-  const std::string column = " : Write Column must be (A-Z)!";
-  const std::string lines = " : Number of lines must be > 0!";
-  const struct {
-    std::string body;  // the lines after "[Title 2]"
-    std::string message;
-  } cases[] = {
-      {CrLf({"WriteColumn=A", "TotalLines=1", "1Text=x"}), sheet},
-      {CrLf({"WriteSheet=0", "WriteColumn=A", "TotalLines=1"}), sheet},
-      {CrLf({"WriteSheet=two", "WriteColumn=A"}), sheet},
-      {CrLf({"WriteSheet=1", "TotalLines=1"}), column},
-      {CrLf({"WriteSheet=1", "WriteColumn=ZA", "TotalLines=1"}), column},
-      {CrLf({"WriteSheet=1", "WriteColumn=1", "TotalLines=1"}), column},
-      {CrLf({"WriteColumn=A", "WriteSheet=1", "TotalLines=1"}), column},  // keys out of order
-      {CrLf({"WriteSheet=1", "WriteColumn=A"}), lines},
-      {CrLf({"WriteSheet=1", "WriteColumn=A", "TotalLines=0"}), lines},
-      {CrLf({"WriteSheet=1", "WriteColumn=A", "TotalLines=2000000000"}),
-       " : Number of lines must be at most 1048576!"},
-  };
-  TempDir dir;
-  for (const auto& c : cases) {
-    const std::string path = dir.Write("t.krs", CrLf({"[Header]", "[Title 2]"}) + c.body);
-    RecordingPort ui;
-    clsTitle title;
-    EXPECT_FALSE(title.ReadFromFile(ui, path, 2));
-    EXPECT_EQ(ui.Texts(), std::vector<std::string>{"Error in Title 2" + c.message}) << c.body;
-    EXPECT_EQ(ui.messages.at(0).icon, Icon::Critical);
-    EXPECT_TRUE(title.Lines.empty());
-  }
-}
-
-TEST(TitleRead, LinesAreTrimmedAndMissingLinesAreEmpty) {
-  TempDir dir;
-  const std::string path = dir.Write(
-      "t.krs",
-      CrLf({"[Title 1]", "WriteSheet=2", "WriteColumn=b", "TotalLines=4", "1Text=   ACME Corp   ",
-            "2Text=", "3Text=Profit; and loss", "[Title 2]", "4Text=not mine"}));
-  RecordingPort ui;
-  clsTitle title;
-  EXPECT_TRUE(title.ReadFromFile(ui, path, 1));
-  EXPECT_TRUE(ui.messages.empty());
-  EXPECT_EQ(title.WriteSheet, 2);
-  EXPECT_EQ(title.WriteColumn, "b");  // lower case passes the text-order test
-  EXPECT_EQ(title.Lines, (std::vector<std::string>{"ACME Corp", "", "Profit", ""}));
-}
 
 class TitleProcess : public ::testing::Test {
  protected:
@@ -81,14 +33,17 @@ class TitleProcess : public ::testing::Test {
   Context ctx;
 };
 
-TEST_F(TitleProcess, BlocksStackPerSheetAndEmptyLinesTakeARow) {
+TEST_F(TitleProcess, BlocksStackPerSheetEmptyLinesTakeARowBadSheetsWriteNothing) {
   ctx.recipe.ExportSpecs.WritePointer1 = 5;
   clsTitle a = Make(1, "C", {"one", "", "three"});
   clsTitle b = Make(2, "b", {"b1"});
   clsTitle c = Make(1, "C", {"c1"});
   clsTitle d = Make(2, "AA", {"d1", "d2"});
-  for (clsTitle* t : {&a, &b, &c, &d}) t->Process(ctx);
-  EXPECT_TRUE(ui.messages.empty());
+  clsTitle bad = Make(3, "A", {"x"});  // reported, writes nothing and moves no pointer
+  for (clsTitle* t : {&a, &b, &bad, &c, &d}) t->Process(ctx);
+  EXPECT_EQ(ui.Texts(),
+            (std::vector<std::string>{"Invalid sheet number in clsExportSpecs.getWritePointer!",
+                                      "Invalid sheet number in clsExportSpecs.setWritePointer!"}));
   EXPECT_EQ(sink.Cell(1, 5, 3), "one");
   EXPECT_EQ(sink.cells.count({1, 6, 3}), 0u);  // the empty line writes nothing
   EXPECT_EQ(sink.Cell(1, 7, 3), "three");
@@ -99,17 +54,6 @@ TEST_F(TitleProcess, BlocksStackPerSheetAndEmptyLinesTakeARow) {
   EXPECT_EQ(sink.writes, 6);
   EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer1, 9);
   EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer2, 4);
-}
-
-TEST_F(TitleProcess, InvalidSheetIsReportedAndNothingIsWritten) {
-  clsTitle t = Make(3, "A", {"x"});
-  t.Process(ctx);
-  EXPECT_EQ(ui.Texts(),
-            (std::vector<std::string>{"Invalid sheet number in clsExportSpecs.getWritePointer!",
-                                      "Invalid sheet number in clsExportSpecs.setWritePointer!"}));
-  EXPECT_EQ(sink.writes, 0);
-  EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer1, 1);
-  EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer2, 1);
 }
 
 TEST(TitleSheetRowColumn, ParsesAndRepairsCodes) {
