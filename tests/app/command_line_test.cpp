@@ -109,19 +109,6 @@ TEST(SlashCommandLine, QuestionMarkAsksForHelpAndIsStillAJob) {
   EXPECT_TRUE(r.helpRequested);
 }
 
-TEST(SlashCommandLine, LogSwitchCreatesEveryMissingFolder) {
-  TempDir dir;
-  // "/" ends a value, so the slash syntax spells folders with backslashes.
-  std::string folder = dir.path();
-  for (char& c : folder) c = c == '/' ? '\\' : c;
-  const std::string log = folder + "\\a\\b\\c\\run.log";
-  clsConversionOptions options;
-  ParseCommandLine("/L" + log, options, kApp);
-  EXPECT_EQ(options.sLogFile, log);
-  EXPECT_TRUE(std::filesystem::is_directory(dir.path() + "/a/b/c"));
-  EXPECT_FALSE(std::filesystem::exists(dir.path() + "/a/b/c/run.log"));
-}
-
 TEST(SlashCommandLine, FieldHelpers) {
   EXPECT_EQ(CountFields("", '/'), 1);
   EXPECT_EQ(CountFields("/a/b", '/'), 3);
@@ -165,34 +152,6 @@ TEST(ConventionalCommandLine, DefaultsWithoutRecipeAndAbsolutePathsKept) {
   EXPECT_TRUE(options.sRecipeFile.empty());
   EXPECT_TRUE(options.bClearOutputFileBeforeProcessing);
   EXPECT_EQ(options.lTabSize, 8);
-}
-
-TEST(ConventionalCommandLine, RejectedLinesExitTwoWithAReason) {
-  const std::vector<std::vector<std::string>> bad = {
-      {"-i", "a.txt"},                            // no output
-      {"-i", "a.txt", "-o", "a.csv", "--bogus"},  // unknown option
-      {"-i", "a.txt", "-o", "a.csv", "-t", "x"},  // tab size not a number
-      {"-i", "a.txt", "-o", "a.csv", "extra"},    // stray argument
-  };
-  for (const auto& args : bad) {
-    clsConversionOptions options;
-    const auto r = ParseConventionalCommandLine(args, options);
-    EXPECT_FALSE(r.job);
-    EXPECT_EQ(r.exitCode, 2);
-    EXPECT_NE(r.err.find("kroveld: "), std::string::npos);
-  }
-}
-
-TEST(ConventionalCommandLine, HelpAndVersion) {
-  clsConversionOptions options;
-  auto r = ParseConventionalCommandLine({"--help"}, options);
-  EXPECT_FALSE(r.job);
-  EXPECT_EQ(r.exitCode, 0);
-  EXPECT_EQ(r.out, CommandLineHelpText());
-  r = ParseConventionalCommandLine({"--version"}, options);
-  EXPECT_FALSE(r.job);
-  EXPECT_EQ(r.exitCode, 0);
-  EXPECT_EQ(r.out.rfind("kroveld ", 0), 0u);
 }
 
 TEST(ConventionalCommandLine, LogCreatesItsFolder) {

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <regex>
-
 #include "app/startup_files.h"
 #include "support/test_support.h"
 
@@ -20,18 +18,6 @@ TEST(DefaultConfig, ElevenLinesByteForByte) {
             "[Header]\r\nProduct=KRO_B\r\nFileType=CONFIG\r\nFileFormat=1.0\r\n\r\n[General]\r\n"
             "DefaultInputFile=\r\nDefaultOutputFile=\r\nUseRecipeFile=\r\nDefaultRecipeFile=\r\n"
             "\r\n");
-}
-
-TEST(ErrorLog, RewrittenWithOneHeaderLine) {
-  TempDir dir;
-  const std::string path = dir.File("ErrorLog.txt");
-  testing::WriteFile(path, "line of an earlier run\r\nanother\r\n");
-  ASSERT_TRUE(WriteErrorLogHeader(path));
-  ASSERT_TRUE(WriteErrorLogHeader(path));
-  const std::string log = ReadFile(path);
-  EXPECT_TRUE(std::regex_match(
-      log, std::regex(R"(Kroveld Error Log \[\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\]\r\n)")))
-      << log;
 }
 
 }  // namespace

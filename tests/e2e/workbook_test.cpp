@@ -1,11 +1,10 @@
 // Workbook output of the real binary, read back cell by cell with readers we did not write (xlrd
 // for .xls, openpyxl for .xlsx): the departmental statement example with titles, tables and a
 // consolidation, existing outputs with and without clearing, the already-open refusal, CSV
-// output, unreadable outputs kept as NAME.bak, and the two real sample reports.
+// output and the two real sample reports.
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <sstream>
 
 #include "e2e/e2e_support.h"
 #include "jobs/workbook_test_helpers.h"
@@ -14,7 +13,6 @@ namespace kroveld {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::Backslashed;
 using testing::DumpedBook;
 using testing::DumpedCell;
 using testing::ReadFile;
@@ -112,15 +110,7 @@ TEST_P(WorkbookE2e, DepartmentsExampleReadsBackCellByCell) {
   const auto r = w.Departments(Out());
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.err, "");
-  const DumpedBook book = ReadWithPython(w.F(Out()));
-  ExpectSameBook(book, ExpectedDepartments(), Out());
-  // The consolidation block, spelled out: sums of three departments are "#,##0.00" numbers,
-  // accounts of one department are copied as they stood.
-  ASSERT_EQ(book.sheets.size(), 2u);
-  const auto& s2 = book.sheets[1].cells;
-  EXPECT_EQ(Describe(s2.at({4, 2})), "n [135000.0] #,##0.00");
-  EXPECT_EQ(Describe(s2.at({5, 4})), "n [-1080.25] #,##0.00");
-  EXPECT_EQ(Describe(s2.at({7, 3})), "n [9125.0] General");
+  ExpectSameBook(ReadWithPython(w.F(Out())), ExpectedDepartments(), Out());
   // Nothing is left beside the output: no temporary file, no backup.
   const std::vector<std::string> expected = {"departments.krs", "departments.rcp",
                                              "departments.txt", Out()};
@@ -130,56 +120,17 @@ TEST_P(WorkbookE2e, DepartmentsExampleReadsBackCellByCell) {
 TEST_P(WorkbookE2e, ExistingOutputIsWrittenIntoOrClearedFirst) {
   // An older output: a heading on sheet 1 row 1 (overwritten), a note on sheet 1 row 30 and two
   // on sheet 2 (cells the departments run never writes).
-  const std::string notesKrs = testing::CrLf({
-      "[Header]",
-      "Product=KRO",
-      "FileType=EXPORT SPEC",
-      "FileFormat=1.1",
-      "[General]",
-      "Name=n",
-      "[Title 1]",
-      "WriteSheet=1",
-      "WriteColumn=A",
-      "TotalLines=30",
-      "1Text=OLD HEADING",
-      "2Text=",
-      "3Text=",
-      "4Text=",
-      "5Text=",
-      "6Text=",
-      "7Text=",
-      "8Text=",
-      "9Text=",
-      "10Text=",
-      "11Text=",
-      "12Text=",
-      "13Text=",
-      "14Text=",
-      "15Text=",
-      "16Text=",
-      "17Text=",
-      "18Text=",
-      "19Text=",
-      "20Text=",
-      "21Text=",
-      "22Text=",
-      "23Text=",
-      "24Text=",
-      "25Text=",
-      "26Text=",
-      "27Text=",
-      "28Text=",
-      "29Text=",
-      "30Text=NOTE ON SHEET 1",
-      "[Title 2]",
-      "WriteSheet=2",
-      "WriteColumn=F",
-      "TotalLines=4",
-      "1Text=",
-      "2Text=",
-      "3Text=",
-      "4Text=NOTE ON SHEET 2",
-  });
+  std::vector<std::string> krs = {"[Header]",       "Product=KRO",      "FileType=EXPORT SPEC",
+                                  "FileFormat=1.1", "[General]",        "Name=n",
+                                  "[Title 1]",      "WriteSheet=1",     "WriteColumn=A",
+                                  "TotalLines=30",  "1Text=OLD HEADING"};
+  for (int n = 2; n < 30; ++n) krs.push_back(std::to_string(n) + "Text=");
+  for (const char* line : {"30Text=NOTE ON SHEET 1", "[Title 2]", "WriteSheet=2", "WriteColumn=F",
+                           "TotalLines=4", "1Text=", "2Text=", "3Text=", "4Text=NOTE ON SHEET 2"}) {
+    krs.push_back(line);
+  }
+  std::string notesKrs;
+  for (const std::string& line : krs) notesKrs += line + "\r\n";
   const std::string notesRcp = testing::CrLf({
       "Sheet1Name=Old",
       "[Header]",
@@ -191,40 +142,31 @@ TEST_P(WorkbookE2e, ExistingOutputIsWrittenIntoOrClearedFirst) {
       "[Input Files]",
       "1FileName=departments.txt",
   });
+  // The last case runs twice over its own output without clearing: nothing doubled or shifted.
   struct Case {
     const char* name;
     std::vector<std::string> flags;
-    bool cleared;
-  } cases[] = {{"default", {}, true}, {"--no-clear", {"--no-clear"}, false}};
+    bool notes, cleared;
+  } cases[] = {{"default", {}, true, true},
+               {"--no-clear", {"--no-clear"}, true, false},
+               {"own output, --no-clear", {"--no-clear"}, false, false}};
   for (const Case& c : cases) {
     Work w;
     WriteFile(w.F("notes.krs"), notesKrs);
     WriteFile(w.F("notes.rcp"), notesRcp);
-    auto r = w.Run({"-i", "departments.txt", "-o", Out(), "-r", "notes.rcp"});
+    auto r = c.notes ? w.Run({"-i", "departments.txt", "-o", Out(), "-r", "notes.rcp"})
+                     : w.Departments(Out());
     ASSERT_EQ(r.status, 0) << r.err;
-    ASSERT_EQ(ReadWithPython(w.F(Out())).sheets.at(0).name, "Old (P1)");
 
     r = w.Departments(Out(), c.flags);
     EXPECT_EQ(r.status, 0) << c.name << ": " << r.err;
     DumpedBook expected = ExpectedDepartments();
-    expected.sheets[1].cells[{4, 6}] = {"s", "NOTE ON SHEET 2", "General"};
-    if (!c.cleared) expected.sheets[0].cells[{30, 1}] = {"s", "NOTE ON SHEET 1", "General"};
+    if (c.notes) expected.sheets[1].cells[{4, 6}] = {"s", "NOTE ON SHEET 2", "General"};
+    if (!c.cleared && c.notes) {
+      expected.sheets[0].cells[{30, 1}] = {"s", "NOTE ON SHEET 1", "General"};
+    }
     ExpectSameBook(ReadWithPython(w.F(Out())), expected, std::string(c.name) + " " + Out());
   }
-}
-
-TEST_P(WorkbookE2e, SlashSyntaxAndARunOverItsOwnOutput) {
-  Work w;
-  // The slash syntax, then a second run over its own output.
-  auto r = w.Run({"/I" + Backslashed(w.F("departments.txt")), "/O" + Backslashed(w.F(Out())),
-                  "/R" + Backslashed(w.F("departments.rcp"))});
-  ASSERT_EQ(r.status, 0) << r.err;
-  ExpectSameBook(ReadWithPython(w.F(Out())), ExpectedDepartments(), "slash " + Out());
-  // A second run over the first with /C: the result is the same, nothing doubled or shifted.
-  r = w.Run({"/I" + Backslashed(w.F("departments.txt")), "/O" + Backslashed(w.F(Out())),
-             "/R" + Backslashed(w.F("departments.rcp")), "/C"});
-  ASSERT_EQ(r.status, 0) << r.err;
-  ExpectSameBook(ReadWithPython(w.F(Out())), ExpectedDepartments(), "slash /C " + Out());
 }
 
 TEST_P(WorkbookE2e, OutputOpenInASpreadsheetProgramIsLeftAlone) {
@@ -245,16 +187,6 @@ TEST_P(WorkbookE2e, OutputOpenInASpreadsheetProgramIsLeftAlone) {
     std::sort(sorted.begin(), sorted.end());
     EXPECT_EQ(w.Files(), sorted) << lock;
   }
-}
-
-TEST_P(WorkbookE2e, UnreadableExistingOutputIsKeptAsBak) {
-  Work w;
-  const std::string junk = std::string("PK\x03\x04", 4) + "not really a zip, a half-copied file";
-  WriteFile(w.F(Out()), junk);
-  const auto r = w.Departments(Out());
-  EXPECT_EQ(r.status, 0) << r.err;
-  EXPECT_EQ(ReadFile(w.F(Out() + ".bak")), junk);
-  ExpectSameBook(ReadWithPython(w.F(Out())), ExpectedDepartments(), "over junk " + Out());
 }
 
 TEST_P(WorkbookE2e, AlwaysTwoSheetsAndTheStandardFont) {
