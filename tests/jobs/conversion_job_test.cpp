@@ -11,7 +11,6 @@
 #include "jobs/job_test_support.h"
 #include "jobs/write_report.h"
 #include "support/recording_port.h"
-#include "util/private_profile.h"
 
 namespace kroveld {
 namespace {
@@ -117,32 +116,6 @@ TEST(RunRecipe, MissingExportDefinitionIsReportedAndTheOutputPhaseStillRuns) {
 
 const std::string kConfigHeader =
     "[Header]\r\nProduct=KRO_B\r\nFileType=CONFIG\r\nFileFormat=1.0\r\n";
-
-TEST(RunRecipe, TabNoteOncePerConfigFile) {
-  JobFixture f;
-  const std::string config = f.dir.Write("config.ini", kConfigHeader + "[General]\r\n");
-  const std::string input =
-      f.dir.Write("in.txt", "Stock\tlist\r\n" + testing::SmallReport().substr(12));
-  f.UseRecipe(testing::SmallRecipe(f.dir), input, f.dir.File("out.csv"));
-  {
-    ConfigIniHost host(config);
-    ASSERT_TRUE(host.ReadSettings(f.port));
-    RunRecipe(f.ctx, host);
-    RunRecipe(f.ctx, host);
-  }
-  ASSERT_EQ(f.port.messages.size(), 1u);
-  EXPECT_TRUE(f.port.messages[0].note);
-  EXPECT_EQ(f.port.messages[0].text,
-            "NOTE: The text in the Input File contains tab characters.\n"
-            "To specify the tab stop, change the options.");
-  EXPECT_EQ(ReadPrivateProfileString(config, "General", "bWarnedAboutTabsInFile", ""), "TRUE");
-  // A later run with the same config.ini stays quiet.
-  ConfigIniHost later(config);
-  ASSERT_TRUE(later.ReadSettings(f.port));
-  EXPECT_TRUE(later.WarnedAboutTabsInFile());
-  RunRecipe(f.ctx, later);
-  EXPECT_EQ(f.port.messages.size(), 1u);
-}
 
 // A missing config.ini is reported, leaves the flag false and is not created. (A foreign header
 // is the end-to-end test ForeignConfigHeaderIsReportedAndLeftAlone.)
