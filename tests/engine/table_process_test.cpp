@@ -111,28 +111,23 @@ TEST_F(TableTest, TheTabSizeOfTheContextAppliesToTableLines) {
 }
 
 TEST_F(TableTest, AnInvalidColumnIsReportedOnTheFirstRowNamingIt) {
-  f.UseReport(NumberedLines(6, {{1, "TOP"}, {6, "END"}}));
   for (auto bad : {MakeColumn(0, 3, "B"), MakeColumn(5, 4, "B")}) {
-    ExtractFixture g;
-    g.UseReport(NumberedLines(6, {{1, "TOP"}, {6, "END"}}));
-    g.ctx->recipe.ExportSpecs.WritePointer1 = 3;
-    clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 4, "A"), bad});
-    g.Run(table);
-    EXPECT_EQ(std::vector<std::string>{"Invalid table specs (column 2): ReadColumnStart is "
-                                       "smaller than 1 or larger than ReadColumnEnd!"},
-              g.ui.Texts());
-    EXPECT_EQ(Icon::Critical, g.ui.messages[0].icon);
-    EXPECT_TRUE(g.Failed());
-    EXPECT_EQ(3, g.Pointer());
-    EXPECT_EQ(1, g.sink.cellWrites);  // column 1 of the first row was written before the check
-    EXPECT_FALSE(g.sink.RowWritten(4));
-
-    ExtractFixture h;
-    h.UseReport(NumberedLines(6, {{1, "TOP"}, {6, "END"}}));
-    clsTable csvTable = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 4, "A"), bad});
-    h.Run(csvTable, true);
-    EXPECT_TRUE(h.sink.rows.empty());
-    EXPECT_TRUE(h.Failed());
+    for (bool csv : {false, true}) {
+      ExtractFixture g;
+      g.UseReport(NumberedLines(6, {{1, "TOP"}, {6, "END"}}));
+      g.ctx->recipe.ExportSpecs.WritePointer1 = 3;
+      clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 4, "A"), bad});
+      g.Run(table, csv);
+      EXPECT_EQ(std::vector<std::string>{"Invalid table specs (column 2): ReadColumnStart is "
+                                         "smaller than 1 or larger than ReadColumnEnd!"},
+                g.ui.Texts());
+      EXPECT_EQ(Icon::Critical, g.ui.messages[0].icon);
+      EXPECT_TRUE(g.Failed());
+      EXPECT_EQ(3, g.Pointer());
+      EXPECT_TRUE(g.sink.rows.empty());
+      EXPECT_EQ(csv ? 0 : 1, g.sink.cellWrites);  // column 1 of the first row went out first
+      EXPECT_FALSE(g.sink.RowWritten(4));
+    }
   }
 }
 
@@ -165,33 +160,25 @@ TEST_F(TableTest, KeysAreSearchedInTheFirstFileTakingPartButRowsComeFromFileOne)
   EXPECT_EQ("period one c ", f.ctx->lineProcessor.Slot(1));
 }
 
-TEST_F(TableTest, AStopRequestAnsweredYesEndsTheTableAndKeepsTheRows) {
-  f.UseReport(NumberedLines(10, {{1, "TOP"}, {10, "END"}}));
-  f.ui.onProcessEvents = [this] {
-    if (f.ui.events == 3) f.ctx->run.stopRequested = true;
-  };
-  f.ui.ExpectQuestion(kTerminate, true);
-  clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 6)});
-  f.Run(table, true);
-  EXPECT_EQ((std::vector<std::string>{"line 2", "line 3"}), f.sink.rows);
-  EXPECT_EQ(3, f.Pointer());
-  EXPECT_EQ(2, table.LastRowWritten);
-  EXPECT_FALSE(f.Failed());
-  EXPECT_TRUE(f.ctx->run.stopRequested);  // left for the batch loop, which stops between files
-  EXPECT_TRUE(f.ui.messages.empty());
-}
-
-TEST_F(TableTest, AStopRequestAnsweredNoGoesOnAndClearsTheRequest) {
-  f.UseReport(NumberedLines(10, {{1, "TOP"}, {10, "END"}}));
-  f.ui.onProcessEvents = [this] {
-    if (f.ui.events == 3) f.ctx->run.stopRequested = true;
-  };
-  f.ui.ExpectQuestion(kTerminate, false);
-  clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 6)});
-  f.Run(table, true);
-  EXPECT_EQ(8u, f.sink.rows.size());
-  EXPECT_FALSE(f.ctx->run.stopRequested);
-  EXPECT_EQ(1u, f.ui.questions.size());
+// Yes ends the table keeping its rows and leaves the request for the batch loop, which stops
+// between files; No goes on and clears it.
+TEST_F(TableTest, AStopRequestIsAskedAboutOnceAndAnsweredEitherWay) {
+  for (bool yes : {true, false}) {
+    ExtractFixture g;
+    g.UseReport(NumberedLines(10, {{1, "TOP"}, {10, "END"}}));
+    g.ui.onProcessEvents = [&g] {
+      if (g.ui.events == 3) g.ctx->run.stopRequested = true;
+    };
+    g.ui.ExpectQuestion(kTerminate, yes);
+    clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 6)});
+    g.Run(table, true);
+    EXPECT_EQ(yes ? 2u : 8u, g.sink.rows.size());
+    EXPECT_EQ(yes ? 3 : 9, g.Pointer());
+    EXPECT_EQ(yes, g.ctx->run.stopRequested);
+    EXPECT_EQ(1u, g.ui.questions.size());
+    EXPECT_FALSE(g.Failed());
+    EXPECT_TRUE(g.ui.messages.empty());
+  }
 }
 
 TEST_F(TableTest, TheStatusPanelShowsTheRowAndThenEachColumn) {
@@ -252,7 +239,7 @@ TEST_F(TableTest, RowsAreTheLinesCountedFromLineOneWhateverTheLineEnds) {
       {"TOP", 0, "d", 0},         // start at the top key line
       {"TOP", -3, "e", 0},        // start before the top key line
       {"BOTTOM", 5, "no", 8},     // start after the bottom key line (found first)
-      {"e", 0, "e", 2},           // the last line, then lines past the end
+      {"zed", 0, "zed", 2},       // the last line, then lines past the end: empty rows
       {"title", 0, "TOP", 0},
   };
   for (const auto& c : cases) {
@@ -288,22 +275,6 @@ TEST_F(TableTest, RowsAreTheLinesCountedFromLineOneWhateverTheLineEnds) {
     EXPECT_EQ(expected, g.sink.rows) << c.top << c.topOffset << " " << c.bottom << c.bottomOffset;
     EXPECT_TRUE(g.ui.messages.empty());
   }
-}
-
-TEST_F(TableTest, TheFirstOccurrenceOfAKeyCountsEvenInsideTheTable) {
-  // The bottom key also appears on a data row (line 4): the block ends there.
-  f.UseReport(NumberedLines(9, {{2, "BEGIN"}, {4, "Sub Total 12"}, {8, "Total"}}));
-  clsTable table = MakeTable("BEGIN", 1, "Total", 0, {MakeColumn(1, 20)});
-  f.Run(table, true);
-  EXPECT_EQ((std::vector<std::string>{"line 3 ", "Sub Total 12 "}), f.sink.rows);
-}
-
-TEST_F(TableTest, ABlockRunningPastTheEndOfTheFileGivesEmptyRows) {
-  f.UseReport("a\r\nTOP\r\nb\r\n");
-  clsTable table = MakeTable("TOP", 1, "TOP", 3, {MakeColumn(1, 2)});
-  f.Run(table, true);
-  EXPECT_EQ((std::vector<std::string>{"b ", "", ""}), f.sink.rows);
-  EXPECT_EQ(4, f.Pointer());
 }
 
 // Between the rows that show a status text, CSV rows are cut straight from the read buffer. Every
@@ -403,18 +374,16 @@ TEST_F(TableTest, CsvRowsBetweenStatusUpdatesMatchTheRowByRowPath) {
 }
 
 TEST_F(TableTest, EmptyAndMissingInputsAreReportedNotCrashed) {
-  f.UseReport("");
-  clsTable table = MakeTable("TOP", 0, "END", 0, {MakeColumn(1, 2)});
-  f.Run(table, true);
-  EXPECT_EQ(std::vector<std::string>{"Error in Table specs: Can not find ReadStartLine: TOP"},
-            f.ui.Texts());
-
-  ExtractFixture g;
-  g.ctx->recipe.InputFileNames[0] = g.dir.File("no-such-report.txt");
-  g.Run(table, true);
-  EXPECT_EQ(std::vector<std::string>{"Error in Table specs: Can not find ReadStartLine: TOP"},
-            g.ui.Texts());
-  EXPECT_TRUE(g.Failed());
+  for (bool missing : {false, true}) {
+    ExtractFixture g;
+    g.UseReport("");
+    if (missing) g.ctx->recipe.InputFileNames[0] = g.dir.File("no-such-report.txt");
+    clsTable table = MakeTable("TOP", 0, "END", 0, {MakeColumn(1, 2)});
+    g.Run(table, true);
+    EXPECT_EQ(std::vector<std::string>{"Error in Table specs: Can not find ReadStartLine: TOP"},
+              g.ui.Texts());
+    EXPECT_TRUE(g.Failed());
+  }
 }
 
 }  // namespace
