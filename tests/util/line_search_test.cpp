@@ -27,47 +27,30 @@ TEST(FindNextLine, SignsOffsetsAndExclusion) {
   EXPECT_EQ(next(), 0);             // end of file
 }
 
-TEST(FindNextLine, TextOneWinsAndEmptyTextsAreIgnored) {
+TEST(FindNextLine, TextOneWinsEmptyTextsAreIgnoredAndTheCompareWindow) {
   TempDir dir;
-  const std::string path = dir.Write("t.txt", CrLf({"alpha beta", "beta", "gamma"}));
-  {
-    TextFile f(path);
-    EXPECT_EQ(FindNextLine(f, "beta", "alpha"), 1);  // both occur: text 1 decides
-  }
-  {
-    TextFile f(path);
-    EXPECT_EQ(FindNextLine(f, "zzz", "", "gamma"), 3 + 10000000);
-  }
-  {
-    TextFile f(path);
-    EXPECT_EQ(FindNextLine(f, "zzz", "", "", "beta"), 0);
-  }
-  {
-    TextFile f(path);
-    EXPECT_EQ(FindNextLine(f, "beta", "", "", "alpha"), 2);  // line 1 excluded
-  }
-  {
-    // An empty text is found in any line that is not empty, as the key search does.
-    TextFile f(dir.Write("e.txt", CrLf({"", "", "x"})));
-    EXPECT_EQ(FindNextLine(f, ""), 3);
-  }
-}
-
-TEST(FindNextLine, CompareWindow) {
-  TempDir dir;
-  const std::string path = dir.Write("w.txt", CrLf({"TOTAL    x", "x  TOTAL", "ab", "  TOTAL"}));
-  {
-    TextFile f(path);
-    // Only columns 3..7 are looked at.
-    EXPECT_EQ(FindNextLine(f, "TOTAL", "", "", "", 3, 5), 4);
-  }
-  {
-    TextFile f(path);
-    EXPECT_EQ(FindNextLine(f, "TOTAL", "", "", "", 4, 5), 2);
-  }
-  {
-    TextFile f(path);
-    EXPECT_EQ(FindNextLine(f, "x", "", "", "", 1, 3), 2);  // "TOT" has no x, "x  " has
+  const std::string greek = CrLf({"alpha beta", "beta", "gamma"});
+  const std::string totals = CrLf({"TOTAL    x", "x  TOTAL", "ab", "  TOTAL"});
+  struct Case {
+    std::string content, text1, text2, text3, exclude;
+    int start, length;
+    std::int64_t result;
+  };
+  const Case cases[] = {
+      {greek, "beta", "alpha", "", "", 1, 0, 1},  // both occur: text 1 decides
+      {greek, "zzz", "", "gamma", "", 1, 0, 3 + 10000000},
+      {greek, "zzz", "", "", "beta", 1, 0, 0},
+      {greek, "beta", "", "", "alpha", 1, 0, 2},       // line 1 excluded
+      {CrLf({"", "", "x"}), "", "", "", "", 1, 0, 3},  // empty text: any line not empty
+      {totals, "TOTAL", "", "", "", 3, 5, 4},          // only columns 3..7 are looked at
+      {totals, "TOTAL", "", "", "", 4, 5, 2},
+      {totals, "x", "", "", "", 1, 3, 2},  // "TOT" has no x, "x  " has
+  };
+  int n = 0;
+  for (const Case& c : cases) {
+    TextFile f(dir.Write("t" + std::to_string(++n) + ".txt", c.content));
+    EXPECT_EQ(FindNextLine(f, c.text1, c.text2, c.text3, c.exclude, c.start, c.length), c.result)
+        << "case " << n;
   }
 }
 

@@ -151,30 +151,21 @@ TEST(CountSectionHeadings, CountsWithExclusion) {
 }
 
 TEST(ParseLong, IntegersThatFit) {
-  struct Case {
-    const char* text;
-    bool ok;
-    int value;
-  };
-  const Case cases[] = {
-      {"12", true, 12},
-      {"  -7 ", true, -7},
-      {"+3", true, 3},
-      {"2147483647", true, 2147483647},
-      {"-2147483648", true, -2147483647 - 1},
-      {"2147483648", false, 0},
-      {"99999999999999999999", false, 0},
-      {"1.5", false, 0},
-      {"12abc", false, 0},
-      {"", false, 0},
-      {"-", false, 0},
-      {"1 2", false, 0},
-      {"--1", false, 0},
-  };
-  for (const Case& c : cases) {
+  const std::pair<const char*, int> good[] = {{"12", 12},
+                                              {"  -7 ", -7},
+                                              {"+3", 3},
+                                              {"2147483647", 2147483647},
+                                              {"-2147483648", -2147483647 - 1}};
+  for (const auto& [text, value] : good) {
     int v = 424242;
-    EXPECT_EQ(ParseLong(c.text, v), c.ok) << c.text;
-    EXPECT_EQ(v, c.ok ? c.value : 424242) << c.text;
+    EXPECT_TRUE(ParseLong(text, v)) << text;
+    EXPECT_EQ(v, value) << text;
+  }
+  for (const char* text :
+       {"2147483648", "99999999999999999999", "1.5", "12abc", "", "-", "1 2", "--1"}) {
+    int v = 424242;
+    EXPECT_FALSE(ParseLong(text, v)) << text;
+    EXPECT_EQ(v, 424242) << text;  // left alone
   }
 }
 
