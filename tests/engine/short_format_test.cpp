@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "engine/context.h"
 #include "engine/export_specs.h"
@@ -26,30 +29,19 @@ using testing::TempDir;
 
 TEST(FindLineSpan, FindsBlocksOneAfterTheOther) {
   TempDir dir;
-  const std::string path =
-      dir.Write("t.txt", CrLf({"x", "<<a", "tmpl", "y", ">>b", " <<", "<", "<<c", "t2", "z"}));
-  TextFile file(path);
-  LineSpan s = FindLineSpan(file, "<<", ">>");
-  EXPECT_EQ(2, s.start);
-  EXPECT_EQ("tmpl", s.text);
-  EXPECT_EQ(5, s.end);
+  TextFile file(
+      dir.Write("t.txt", CrLf({"x", "<<a", "tmpl", "y", ">>b", " <<", "<", "<<c", "t2", "z"})));
+  const auto next = [](TextFile& f) {
+    const LineSpan s = FindLineSpan(f, "<<", ">>");
+    return std::make_tuple(s.start, s.text, s.end);
+  };
+  EXPECT_EQ(std::make_tuple(2, std::string("tmpl"), 5), next(file));
   // From the current position on: " <<" and "<" do not begin with the key; no end follows.
-  s = FindLineSpan(file, "<<", ">>");
-  EXPECT_EQ(3, s.start);
-  EXPECT_EQ("t2", s.text);
-  EXPECT_EQ(0, s.end);
-  s = FindLineSpan(file, "<<", ">>");
-  EXPECT_EQ(0, s.start);
-  EXPECT_EQ(0, s.end);
-}
-
-TEST(FindLineSpan, StartOnTheLastLine) {
-  TempDir dir;
-  TextFile file(dir.Write("t.txt", CrLf({"a", "<<"})));
-  const LineSpan s = FindLineSpan(file, "<<", ">>");
-  EXPECT_EQ(2, s.start);
-  EXPECT_EQ("", s.text);
-  EXPECT_EQ(0, s.end);
+  EXPECT_EQ(std::make_tuple(3, std::string("t2"), 0), next(file));
+  EXPECT_EQ(std::make_tuple(0, std::string(), 0), next(file));
+  // A start on the last line has no template text.
+  TextFile last(dir.Write("last.txt", CrLf({"a", "<<"})));
+  EXPECT_EQ(std::make_tuple(2, std::string(), 0), next(last));
 }
 
 // ---- FileCreateShort ----
@@ -123,6 +115,7 @@ TEST_F(ShortFixture, UnreadableTemplateFileStillWritesTheHeader) {
   specs.FileCreateShort(ctx, dir.File("missing.txt"), dir.File("short.rcp"));
   EXPECT_EQ(kShortHeader, ReadFile(dir.File("short.rcp")));
   ASSERT_EQ(1u, ui.messages.size());
+  EXPECT_TRUE(ui.messages[0].text.starts_with("Cannot read template file: "));
   EXPECT_NE(std::string::npos, ui.messages[0].text.find("missing.txt"));
 }
 
@@ -238,33 +231,42 @@ std::string ShortSection(int n, std::string_view top, std::string_view bottom,
                "WriteColumn=" + std::string(column)});
 }
 
-TEST_F(ConvertFixture, FourColumnsFromY) {
-  Convert(kShortHeader + ShortSection(1, "SALES", "END SALES", "-------  ---  ---  ---", "y"));
-  EXPECT_EQ("4", Key("Table 1", "TotalColumns"));
-  EXPECT_EQ("Y", Key("Table 1 Col 1", "WriteColumn"));
-  EXPECT_EQ("Z", Key("Table 1 Col 2", "WriteColumn"));
-  EXPECT_EQ("AA", Key("Table 1 Col 3", "WriteColumn"));
-  EXPECT_EQ("AB", Key("Table 1 Col 4", "WriteColumn"));
-  // The fixed template is shorter than the rows: the last column reaches their end (28).
-  EXPECT_EQ("19", Key("Table 1 Col 4", "ReadColumnStart"));
-  EXPECT_EQ("28", Key("Table 1 Col 4", "ReadColumnEnd"));
-}
-
-TEST_F(ConvertFixture, FixedTemplateNeedsNoTable) {
-  // Only codes and templates with "=" look the table up; a fixed one is taken as drawn and the
-  // missing key is reported when the report is converted.
-  Convert(kShortHeader + ShortSection(1, "PROFITS", "END PROFITS", "---- ---", "A"));
-  EXPECT_TRUE(ui.messages.empty());
-  EXPECT_EQ("2", Key("Table 1", "TotalColumns"));
-  EXPECT_EQ("6", Key("Table 1 Col 2", "ReadColumnStart"));
-  EXPECT_EQ("8", Key("Table 1 Col 2", "ReadColumnEnd"));
-}
-
-TEST_F(ConvertFixture, LettersRunningPastZZStopTheConversion) {
-  Convert(kShortHeader + ShortSection(1, "SALES", "END SALES", "--- ---", "ZZ"));
-  EXPECT_EQ("<absent>", Key("Table 1", "TotalColumns"));
-  ASSERT_EQ(1u, ui.messages.size());
-  EXPECT_EQ("unexpected number code in xl.NumToAlpha2!", ui.messages[0].text);
+TEST_F(ConvertFixture, ColumnsWritten) {
+  const struct {
+    const char* what;
+    std::string shortText;
+    std::vector<std::array<const char*, 3>> keys;  // section, key, value
+  } cases[] = {
+      // The fixed template is shorter than the rows: the last column reaches their end (28).
+      {"four columns from Y",
+       kShortHeader + ShortSection(1, "SALES", "END SALES", "-------  ---  ---  ---", "y"),
+       {{"Table 1", "TotalColumns", "4"},
+        {"Table 1 Col 1", "WriteColumn", "Y"},
+        {"Table 1 Col 2", "WriteColumn", "Z"},
+        {"Table 1 Col 3", "WriteColumn", "AA"},
+        {"Table 1 Col 4", "WriteColumn", "AB"},
+        {"Table 1 Col 4", "ReadColumnStart", "19"},
+        {"Table 1 Col 4", "ReadColumnEnd", "28"}}},
+      // Only codes and templates with "=" look the table up; a fixed one is taken as drawn and
+      // the missing key is reported when the report is converted.
+      {"a fixed template needs no table",
+       kShortHeader + ShortSection(1, "PROFITS", "END PROFITS", "---- ---", "A"),
+       {{"Table 1", "TotalColumns", "2"},
+        {"Table 1 Col 2", "ReadColumnStart", "6"},
+        {"Table 1 Col 2", "ReadColumnEnd", "8"}}},
+      {"no WriteColumn means A",
+       CrLf({"[Table 1]", "ReadStartLine=COSTS", "ReadStartLineOffset=1", "ReadEndLine=END COSTS",
+             "ReadEndLineOffset=-1", "Parsing=-"}),
+       {{"Table 1 Col 1", "WriteColumn", "A"}, {"Table 1 Col 2", "WriteColumn", "B"}}},
+  };
+  for (const auto& c : cases) {
+    ui.Clear();
+    Convert(c.shortText);
+    EXPECT_TRUE(ui.messages.empty()) << c.what;
+    for (const auto& [section, key, value] : c.keys) {
+      EXPECT_EQ(value, Key(section, key)) << c.what << ": [" << section << "] " << key;
+    }
+  }
 }
 
 TEST_F(ConvertFixture, TableNotFoundStopsTheLaterTables) {
@@ -310,6 +312,8 @@ TEST_F(ConvertFixture, BadShortRecipes) {
        "Error in Table 1 : ReadStartLineOffset must be a whole number!"},
       {"inferred template on a block of blank lines",
        ShortSection(1, "END SALES", "COSTS", "=", "A"), "Table 1 not found!"},
+      {"write columns running past ZZ", ShortSection(1, "SALES", "END SALES", "--- ---", "ZZ"),
+       "unexpected number code in xl.NumToAlpha2!"},
   };
   for (const Case& c : cases) {
     ui.Clear();
@@ -317,14 +321,6 @@ TEST_F(ConvertFixture, BadShortRecipes) {
     EXPECT_EQ(std::vector<std::string>{c.message}, ui.Texts()) << c.what;
     EXPECT_EQ(LongHeader(), text) << c.what;
   }
-}
-
-TEST_F(ConvertFixture, MissingWriteColumnMeansA) {
-  Convert(CrLf({"[Table 1]", "ReadStartLine=COSTS", "ReadStartLineOffset=1",
-                "ReadEndLine=END COSTS", "ReadEndLineOffset=-1", "Parsing=-"}));
-  EXPECT_EQ("A", Key("Table 1 Col 1", "WriteColumn"));
-  EXPECT_EQ("B", Key("Table 1 Col 2", "WriteColumn"));
-  EXPECT_TRUE(ui.messages.empty());
 }
 
 TEST_F(ConvertFixture, TooManyRowsIsRefused) {
