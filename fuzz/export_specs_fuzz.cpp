@@ -1,0 +1,35 @@
+// Fuzzes the export definition reader: the input is a .krs file, read and then run once over a
+// small fixed report into a sink that drops everything, as a workbook pass and as a CSV pass.
+#include <cstdint>
+#include <string>
+
+#include "engine/context.h"
+#include "engine/export_specs.h"
+#include "fuzz_support.h"
+
+using namespace kroveld;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const std::string report = [] {
+    const std::string text =
+        "Ledger\r\nAccount      Amount\r\nCash         1,234.50\r\nBank\tmain   (12.00)\r\n"
+        "Total        1,222.50\r\nEnd of ledger\r\n";
+    return fuzz::WriteScratch("report.txt", reinterpret_cast<const std::uint8_t*>(text.data()),
+                              text.size());
+  }();
+  const std::string krs = fuzz::WriteScratch("fuzz.krs", data, size);
+  fuzz::QuietPort ui;
+  Context ctx(ui, fuzz::ScratchFolder());
+  ctx.recipe.InputFileNames[0] = report;
+  ctx.recipe.InputFileFirst = 1;
+  ctx.recipe.InputFileLast = 1;
+  ctx.currentInput = report;
+  ctx.recipe.ExportSpecs.ReadFromFile(ui, krs);
+  NullSink sink;
+  SinkScope scope(ctx, sink);
+  ctx.recipe.ExportSpecs.Process(ctx, 0);
+  ctx.recipe.ExportSpecs.Failed = false;
+  ctx.recipe.ExportSpecs.WritePointer1 = ctx.recipe.ExportSpecs.WritePointer2 = 1;
+  ctx.recipe.ExportSpecs.Process(ctx, 1);
+  return 0;
+}

@@ -1,0 +1,73 @@
+// Fuzzes the report side: the input is the text of a report. It goes through ConvertToCsv with a
+// fixed recipe (one table between two key texts, three columns), and through the automatic road
+// of the table template analyzer (short recipe written from the report, loaded, the export
+// definition it made read and run), in a scratch application folder.
+#include <cstdint>
+#include <string>
+
+#include "engine/context.h"
+#include "engine/export_specs.h"
+#include "fuzz_support.h"
+#include "jobs/csv/csv_conversion.h"
+
+using namespace kroveld;
+
+namespace {
+
+clsColumn Column(int start, int end, const char* letter, const char* op) {
+  clsColumn c;
+  c.ReadColumnStart = start;
+  c.ReadColumnEnd = end;
+  c.WriteColumn = letter;
+  c.PeriodOperator = op;
+  return c;
+}
+
+void FixedRecipe(const std::string& report) {
+  fuzz::QuietPort ui;
+  Context ctx(ui, fuzz::ScratchFolder());
+  ctx.recipe.InputFileNames[0] = report;
+  ctx.recipe.InputFileFirst = 1;
+  ctx.recipe.InputFileLast = 1;
+  ctx.currentInput = report;
+  auto& specs = ctx.recipe.ExportSpecs;
+  clsTable t;
+  t.ReadStartLine = "Account";
+  t.ReadStartLineOffset = 1;
+  t.ReadEndLine = "Total";
+  t.ReadEndLineOffset = -1;
+  t.Columns = {Column(1, 12, "A", ""), Column(14, 21, "B", "SUM"), Column(22, 40, "C", "")};
+  t.TotalColumns = 3;
+  specs.Tables.push_back(t);
+  specs.TableCount = 1;
+  specs.SectionSequenceCollection = {"Table"};
+  std::string error;
+  ConvertToCsv(ctx, fuzz::ScratchFolder() + "/out.csv", &error);
+}
+
+void AutomaticRoad(const std::string& report) {
+  fuzz::QuietPort ui;
+  Context ctx(ui, fuzz::ScratchFolder());
+  ctx.currentInput = report;
+  const std::string autoPath = ctx.AppFile("_AutoRecipe.rcp");
+  std::remove(autoPath.c_str());
+  ctx.recipe.ExportSpecs.FileCreateShort(ctx, report, autoPath);
+  ctx.recipe.LoadFromFileShort(ctx, autoPath);
+  const std::string krs = ctx.recipe.ExportSpecPath();
+  if (std::FILE* f = std::fopen(krs.c_str(), "rb")) {
+    std::fclose(f);
+    ctx.recipe.ExportSpecs.ReadFromFile(ui, krs);
+  }
+  NullSink sink;
+  SinkScope scope(ctx, sink);
+  ctx.recipe.ExportSpecs.Process(ctx, 1);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string report = fuzz::WriteScratch("report.txt", data, size);
+  FixedRecipe(report);
+  AutomaticRoad(report);
+  return 0;
+}
