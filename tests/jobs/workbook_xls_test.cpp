@@ -161,5 +161,17 @@ TEST(XlsWriter, StreamIsWellFormedRecords) {
   }
 }
 
+// A broken compound file found by fuzzing: FreeXL 1.0.6 wrote outside a stack buffer opening it.
+// It is refused with a message and the workbook is left as it was.
+TEST(XlsReader, BrokenCompoundFileIsRefused) {
+  Workbook book;
+  book.GetSheet(1).SetText(1, 1, "kept");
+  std::string error;
+  const std::string path = testing::DataFile("broken-compound-file.xls");
+  EXPECT_FALSE(ReadXls(path, book, error));
+  EXPECT_EQ(path + ": not a readable .xls file (no workbook stream)", error);
+  EXPECT_EQ("kept", book.GetSheet(1).Get(1, 1).text);
+}
+
 }  // namespace
 }  // namespace kroveld

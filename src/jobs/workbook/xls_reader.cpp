@@ -132,6 +132,12 @@ void ApplyNumberFormats(const std::string& native, Workbook& book) {
 }  // namespace
 
 bool ReadXls(const std::string& path, Workbook& book, std::string& error) {
+  // FreeXL 1.0.6 writes outside a stack buffer on some broken compound files that libgsf reads
+  // safely, so a file whose workbook stream libgsf cannot read is refused before FreeXL sees it.
+  if (ReadWorkbookStream(NativePath(path)).empty()) {
+    error = path + ": not a readable .xls file (no workbook stream)";
+    return false;
+  }
   FreeXlHandle xls;
   const int opened = freexl_open(NativePath(path).c_str(), xls.Out());
   // FreeXL can report success without a handle: it cannot read a text that spans more than two
