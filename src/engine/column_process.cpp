@@ -27,6 +27,7 @@ void ReportUnknownOperator(UiPort& ui, std::string_view op) {
 
 // Field scans run for every field of every row: sixteen bytes at a time with SSE2, eight with
 // word tricks elsewhere.
+#if !defined(__SSE2__)
 constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
 constexpr std::uint64_t kHighs = 0x8080808080808080ULL;
 
@@ -39,6 +40,7 @@ inline std::uint64_t Load8(const char* p) {
 inline std::uint64_t HasZeroByte(std::uint64_t v) {
   return (v - kOnes) & ~v & kHighs;
 }
+#endif
 
 // What the CSV form of a field depends on, found in one pass: the first character that is not a
 // blank (0 when there is none) and whether a double quote or a comma occurs.

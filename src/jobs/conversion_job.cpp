@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::string_view kGeneral = "General";
 constexpr std::string_view kWarnedKey = "bWarnedAboutTabsInFile";
+constexpr int kMaxTabSize = 1000;
 
 // The input as an absolute path, so that a recipe's folder never changes what it names.
 std::string AbsoluteInput(const std::string& input) {
@@ -162,7 +163,12 @@ void RunRecipe(Context& ctx, ConversionHost& host) {
     return;
   }
   const bool csv = kind == OutputKind::Csv;
-  if (options.bUseRecipe) {
+  if (ctx.tabSize > kMaxTabSize) {
+    // No printer's tab stop is this wide; expanding one tab would take gigabytes of blanks.
+    ctx.ui.Message("Tab size " + ToText(ctx.tabSize) + " is too large: a tab stop is at most " +
+                       ToText(kMaxTabSize) + " characters",
+                   Icon::Exclamation);
+  } else if (options.bUseRecipe) {
     RunWithRecipe(ctx, host, csv);
   } else {
     RunAutomatic(ctx, host, csv);

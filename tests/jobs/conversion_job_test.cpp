@@ -51,8 +51,9 @@ TEST(OutputKind, DecidedBySubstringCsvFirst) {
 // Each refusal is one exclamation message; only the output kind is checked before the lists
 // are updated. The automatic road leaves the older automatic recipe as it was.
 TEST(RunRecipe, RefusalsBeforeAnyConversion) {
-  enum Setup { kBadOutput, kNoRecipe, kRecipeIsFolder, kNoInput, kNoInputAutomatic };
-  for (Setup setup : {kBadOutput, kNoRecipe, kRecipeIsFolder, kNoInput, kNoInputAutomatic}) {
+  enum Setup { kBadOutput, kNoRecipe, kRecipeIsFolder, kNoInput, kNoInputAutomatic, kHugeTab };
+  for (Setup setup :
+       {kBadOutput, kNoRecipe, kRecipeIsFolder, kNoInput, kNoInputAutomatic, kHugeTab}) {
     SCOPED_TRACE(setup);
     JobFixture f;
     const std::string input = f.dir.File("nope.txt"), output = f.dir.File("out.csv");
@@ -69,6 +70,10 @@ TEST(RunRecipe, RefusalsBeforeAnyConversion) {
       expected = "Recipe file ledger as typed does not exist!";
     } else if (setup == kNoInput) {
       f.UseRecipe(testing::SmallRecipe(f.dir), input, output);
+    } else if (setup == kHugeTab) {
+      f.UseRecipe(testing::SmallRecipe(f.dir), f.dir.Write("in.txt", "a\tb\r\n"), output);
+      f.ctx.options.lTabSize = 2000000000;
+      expected = "Tab size 2000000000 is too large: a tab stop is at most 1000 characters";
     } else {
       f.ctx.options.sInputFile = input;
       f.ctx.options.sOutputFile = output;
