@@ -18,6 +18,11 @@ struct ParseCase {
   bool result;
 };
 
+// Test names and failure output show the template, not the bytes of the case.
+void PrintTo(const ParseCase& c, std::ostream* os) {
+  *os << '"' << c.tmpl << '"';
+}
+
 class TemplateParserTest : public ::testing::TestWithParam<ParseCase> {};
 
 TEST_P(TemplateParserTest, FieldsEndsOperatorsAndResult) {
