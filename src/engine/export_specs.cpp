@@ -4,17 +4,15 @@
 
 #include "engine/context.h"
 #include "engine/section_keys.h"
-#include "util/line_search.h"
 #include "util/private_profile.h"
 #include "util/profile.h"
 #include "util/strings.h"
+#include "util/text_file.h"
 #include "util/timing.h"
 
 namespace kroveld {
 
 namespace {
-
-constexpr std::int64_t kThirdTextOffset = 10000000;
 
 // For each section number 1..count of the three kinds, the first line that could hold its
 // heading: a line with "[" that contains the kind word, a blank and the number. A section whose
@@ -24,8 +22,10 @@ constexpr std::int64_t kThirdTextOffset = 10000000;
 struct HeadingIndex {
   std::vector<std::int64_t> titles, tables, cons;
 
-  void Note(std::string_view line, std::string_view word, std::int64_t lineNumber,
-            std::vector<std::int64_t>& first) {
+  // Numbers above the section limit are never looked up: a file with that many sections of a
+  // kind is refused.
+  static void Note(std::string_view line, std::string_view word, std::int64_t lineNumber,
+                   std::vector<std::int64_t>& first) {
     for (std::size_t pos = line.find(word); pos != std::string_view::npos;
          pos = line.find(word, pos + 1)) {
       std::size_t p = pos + word.size();
@@ -34,27 +34,57 @@ struct HeadingIndex {
       for (int digits = 0; p < line.size() && line[p] >= '0' && line[p] <= '9' && digits < 10;
            ++p, ++digits) {
         n = n * 10 + (line[p] - '0');
-        if (n >= static_cast<long long>(first.size())) break;
-        if (first[static_cast<std::size_t>(n)] == 0)
-          first[static_cast<std::size_t>(n)] = lineNumber;
+        if (n > kMaxSectionsPerKind) break;
+        const auto at = static_cast<std::size_t>(n);
+        if (at >= first.size()) first.resize(at + 1, 0);
+        if (first[at] == 0) first[at] = lineNumber;
       }
     }
   }
 
-  void Build(const std::string& path, int titleCount, int tableCount, int conCount) {
-    titles.assign(static_cast<std::size_t>(titleCount) + 1, 0);
-    tables.assign(static_cast<std::size_t>(tableCount) + 1, 0);
-    cons.assign(static_cast<std::size_t>(conCount) + 1, 0);
+  void Note(std::string_view line, std::int64_t lineNumber) {
+    Note(line, "Title ", lineNumber, titles);
+    Note(line, "Table ", lineNumber, tables);
+    Note(line, "Consolidate ", lineNumber, cons);
+  }
+};
+
+// The kind a line adds to the section sequence, or none: the first of "[Title ", "[Table " and
+// "[Consolidate " it contains, unless it is a column heading (holds "Col").
+const char* SequenceKind(std::string_view line) {
+  if (line.find("Col") != std::string_view::npos) return nullptr;
+  if (line.find("[Title ") != std::string_view::npos) return "Title";
+  if (line.find("[Table ") != std::string_view::npos) return "Table";
+  if (line.find("[Consolidate ") != std::string_view::npos) return "Consolidate";
+  return nullptr;
+}
+
+// What one pass over a file gives: the heading counts of the three kinds (as CountSectionHeadings
+// counts them), the section sequence and the heading index.
+struct SectionScan {
+  std::int64_t titles = 0, tables = 0, cons = 0;
+  std::vector<std::string> sequence;
+  HeadingIndex index;
+
+  explicit SectionScan(const std::string& path) {
+    // The sequence never has more entries than the three counts together, so once it is longer
+    // than three full kinds the file is refused anyway and further entries are not kept.
+    constexpr std::size_t kSequenceLimit = 3 * static_cast<std::size_t>(kMaxSectionsPerKind) + 1;
     TextFile file;
     if (!file.Open(path)) return;
     std::string_view line;
     std::int64_t number = 0;
     while (file.ReadLine(line)) {
       ++number;
-      if (line.find('[') == std::string_view::npos) continue;
-      Note(line, "Title ", number, titles);
-      Note(line, "Table ", number, tables);
-      Note(line, "Consolidate ", number, cons);
+      if (line.find('[') == std::string_view::npos) continue;  // every heading holds one
+      const bool column = line.find("Col") != std::string_view::npos;
+      if (line.find("[Title ") != std::string_view::npos) ++titles;
+      if (!column && line.find("[Table ") != std::string_view::npos) ++tables;
+      if (line.find("[Consolidate ") != std::string_view::npos) ++cons;
+      if (const char* kind = SequenceKind(line); kind && sequence.size() < kSequenceLimit) {
+        sequence.emplace_back(kind);
+      }
+      index.Note(line, number);
     }
   }
 };
@@ -91,16 +121,10 @@ std::vector<std::string> ReadSectionSequence(const std::string& path, int total)
   std::vector<std::string> sequence;
   TextFile file;
   if (!file.Open(path)) return sequence;
-  for (int k = 0; k < total; ++k) {
-    const std::int64_t found = FindNextLine(file, "[Title ", "[Table ", "[Consolidate ", "Col");
-    if (found == 0) break;  // end of file: the rest of the sequence stays absent
-    if (found > kThirdTextOffset) {
-      sequence.emplace_back("Consolidate");
-    } else if (found < 0) {
-      sequence.emplace_back("Table");
-    } else {
-      sequence.emplace_back("Title");
-    }
+  std::string_view line;
+  // At the end of the file the rest of the sequence stays absent.
+  while (static_cast<int>(sequence.size()) < total && file.ReadLine(line)) {
+    if (const char* kind = SequenceKind(line)) sequence.emplace_back(kind);
   }
   return sequence;
 }
@@ -142,13 +166,11 @@ void clsExportSpecs::ReadFromFile(UiPort& ui, const std::string& path) {
   if (CheckFileHeader(ui, path, "KRO", "EXPORT SPEC", "1.1")) return;
   Name = GetProfileValueFromFile(path, "General", "Name", "");
 
-  const int titleCount = CountSectionHeadings(path, "[Title ", "");
-  const int tableCount = CountSectionHeadings(path, "[Table ", "Col");
-  const int conCount = CountSectionHeadings(path, "[Consolidate ", "");
+  SectionScan scan(path);
   const struct {
-    int count;
+    std::int64_t count;
     std::string_view kind;
-  } counts[] = {{titleCount, "Title"}, {tableCount, "Table"}, {conCount, "Consolidate"}};
+  } counts[] = {{scan.titles, "Title"}, {scan.tables, "Table"}, {scan.cons, "Consolidate"}};
   for (const auto& c : counts) {
     if (c.count > kMaxSectionsPerKind) {
       ui.Message(TooManySections(path, c.kind), Icon::Critical);
@@ -156,13 +178,15 @@ void clsExportSpecs::ReadFromFile(UiPort& ui, const std::string& path) {
       return;
     }
   }
-  TitleCount = titleCount;
-  TableCount = tableCount;
-  ConsolidateCount = conCount;
-  SectionSequenceCollection = ReadSectionSequence(path, TitleCount + TableCount + ConsolidateCount);
+  TitleCount = static_cast<int>(scan.titles);
+  TableCount = static_cast<int>(scan.tables);
+  ConsolidateCount = static_cast<int>(scan.cons);
+  SectionSequenceCollection = std::move(scan.sequence);
 
-  HeadingIndex index;
-  index.Build(path, TitleCount, TableCount, ConsolidateCount);
+  HeadingIndex& index = scan.index;
+  index.titles.resize(static_cast<std::size_t>(TitleCount) + 1, 0);
+  index.tables.resize(static_cast<std::size_t>(TableCount) + 1, 0);
+  index.cons.resize(static_cast<std::size_t>(ConsolidateCount) + 1, 0);
 
   Titles.reserve(static_cast<std::size_t>(TitleCount));
   {
