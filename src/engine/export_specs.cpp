@@ -110,6 +110,21 @@ class SectionReader {
   TextFile closed_;
 };
 
+// Sections 1..count of one kind, each read from the file SectionReader gives for the first line
+// that could hold its heading.
+template <typename Section, typename Read>
+void ReadSections(const std::string& path, int count, const std::vector<std::int64_t>& firstLines,
+                  std::vector<Section>& into, Read read) {
+  into.reserve(static_cast<std::size_t>(count));
+  SectionReader reader(path);
+  for (int n = 1; n <= count; ++n) {
+    const auto at = static_cast<std::size_t>(n);
+    Section section;
+    read(section, reader.For(at < firstLines.size() ? firstLines[at] : 0), n);
+    into.push_back(std::move(section));
+  }
+}
+
 std::string TooManySections(const std::string& path, std::string_view kind) {
   return "Error in export specification " + path + " : more than " + ToText(kMaxSectionsPerKind) +
          " " + std::string(kind) + " sections!";
@@ -183,39 +198,17 @@ void clsExportSpecs::ReadFromFile(UiPort& ui, const std::string& path) {
   ConsolidateCount = static_cast<int>(scan.cons);
   SectionSequenceCollection = std::move(scan.sequence);
 
-  HeadingIndex& index = scan.index;
-  index.titles.resize(static_cast<std::size_t>(TitleCount) + 1, 0);
-  index.tables.resize(static_cast<std::size_t>(TableCount) + 1, 0);
-  index.cons.resize(static_cast<std::size_t>(ConsolidateCount) + 1, 0);
-
-  Titles.reserve(static_cast<std::size_t>(TitleCount));
-  {
-    SectionReader reader(path);
-    for (int n = 1; n <= TitleCount; ++n) {
-      clsTitle title;
-      title.ReadFromFileSequentially(ui, reader.For(index.titles[static_cast<std::size_t>(n)]), n);
-      Titles.push_back(std::move(title));
-    }
-  }
-  Tables.reserve(static_cast<std::size_t>(TableCount));
-  {
-    SectionReader reader(path);
-    for (int n = 1; n <= TableCount; ++n) {
-      clsTable table;
-      table.ReadFromFileSequentially(ui, reader.For(index.tables[static_cast<std::size_t>(n)]), n);
-      Tables.push_back(std::move(table));
-    }
-  }
-  Consolidates.reserve(static_cast<std::size_t>(ConsolidateCount));
-  {
-    SectionReader reader(path);
-    for (int n = 1; n <= ConsolidateCount; ++n) {
-      clsCon con;
-      con.ReadFromFileSequentially(ui, reader.For(index.cons[static_cast<std::size_t>(n)]), n,
-                                   TableCount);
-      Consolidates.push_back(std::move(con));
-    }
-  }
+  const HeadingIndex& index = scan.index;
+  ReadSections(path, TitleCount, index.titles, Titles, [&](clsTitle& title, TextFile& file, int n) {
+    title.ReadFromFileSequentially(ui, file, n);
+  });
+  ReadSections(path, TableCount, index.tables, Tables, [&](clsTable& table, TextFile& file, int n) {
+    table.ReadFromFileSequentially(ui, file, n);
+  });
+  ReadSections(path, ConsolidateCount, index.cons, Consolidates,
+               [&](clsCon& con, TextFile& file, int n) {
+                 con.ReadFromFileSequentially(ui, file, n, TableCount);
+               });
 }
 
 bool clsExportSpecs::WriteToFile(UiPort& ui, const std::string& path) const {
