@@ -49,15 +49,10 @@ bool clsCon::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number, in
     return false;
   }
 
-  bool ok = true;
-  const int count = std::max(TotalDepartments, 0);
-  Departments.reserve(static_cast<std::size_t>(count));
-  for (int d = 1; d <= count; ++d) {
-    clsDepartment department;
-    if (!department.ReadFromFileSequentially(ui, file, number, d)) ok = false;
-    Departments.push_back(std::move(department));
-  }
-  return ok;
+  return ReadSubSections(std::max(TotalDepartments, 0), Departments,
+                         [&](clsDepartment& department, int d) {
+                           return department.ReadFromFileSequentially(ui, file, number, d);
+                         });
 }
 
 void clsCon::WriteToFile(PrivateProfile& file, int number) const {

@@ -5,6 +5,8 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "util/text_file.h"
 #include "util/ui_port.h"
@@ -35,5 +37,20 @@ bool BadWriteColumn(std::string_view column);
 // whole number shows "Error in <section> : <key> must be a whole number!" and gives false.
 bool ReadOffsetKey(UiPort& ui, TextFile& file, std::string_view section, std::string_view key,
                    int& out);
+
+// Reads the sub-sections 1..count of a section (columns of a table, departments of a
+// consolidation) with read(item, number) from the same open file. An item that fails its checks
+// has been reported and is kept; the rest are still read. False when any failed.
+template <typename Item, typename Read>
+bool ReadSubSections(int count, std::vector<Item>& into, Read read) {
+  bool ok = true;
+  into.reserve(static_cast<std::size_t>(count));
+  for (int n = 1; n <= count; ++n) {
+    Item item;
+    if (!read(item, n)) ok = false;
+    into.push_back(std::move(item));
+  }
+  return ok;
+}
 
 }  // namespace kroveld

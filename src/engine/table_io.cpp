@@ -41,14 +41,9 @@ bool clsTable::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number) 
 
   // A column that fails its checks has been reported; it is kept (processing reports it again
   // when it reaches the table) and the remaining columns are still read.
-  bool ok = true;
-  Columns.reserve(static_cast<std::size_t>(TotalColumns));
-  for (int c = 1; c <= TotalColumns; ++c) {
-    clsColumn column;
-    if (!column.ReadFromFileSequentially(ui, file, number, c)) ok = false;
-    Columns.push_back(std::move(column));
-  }
-  return ok;
+  return ReadSubSections(TotalColumns, Columns, [&](clsColumn& column, int c) {
+    return column.ReadFromFileSequentially(ui, file, number, c);
+  });
 }
 
 void clsTable::WriteToFile(PrivateProfile& file, int number) const {
