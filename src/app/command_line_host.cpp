@@ -1,5 +1,7 @@
 #include "app/command_line_host.h"
 
+#include "util/private_profile.h"
+
 namespace kroveld {
 
 CommandLineHost::CommandLineHost(const std::string& configPath, const clsConversionOptions& typed)
@@ -9,10 +11,12 @@ CommandLineHost::CommandLineHost(const std::string& configPath, const clsConvers
       recipe_(typed.sRecipeFile) {}
 
 bool CommandLineHost::ReadIniFile(UiPort& ui) {
-  if (!ReadSettings(ui)) return false;
-  inputs_.Setup(clsMRU::kSlots, ConfigPath(), "mruInputFile");
-  outputs_.Setup(clsMRU::kSlots, ConfigPath(), "mruOutputFile");
-  recipes_.Setup(clsMRU::kSlots, ConfigPath(), "mruRecipeFile");
+  // config.ini is read once: the settings and the three lists come from the same copy.
+  PrivateProfile ini;
+  if (!ReadSettings(ui, ini)) return false;
+  inputs_.Setup(clsMRU::kSlots, ConfigPath(), "mruInputFile", ini);
+  outputs_.Setup(clsMRU::kSlots, ConfigPath(), "mruOutputFile", ini);
+  recipes_.Setup(clsMRU::kSlots, ConfigPath(), "mruRecipeFile", ini);
   return true;
 }
 

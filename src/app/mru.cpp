@@ -17,11 +17,17 @@ std::string SlotKey(const std::string& name, int slot) {
 }  // namespace
 
 void clsMRU::Setup(int capacity, const std::string& filePath, const std::string& listName) {
+  PrivateProfile ini;
+  ini.Load(filePath);  // a file that cannot be read gives an empty list
+  Setup(capacity, filePath, listName, ini);
+}
+
+void clsMRU::Setup(int capacity, const std::string& filePath, const std::string& listName,
+                   const PrivateProfile& ini) {
   capacity_ = capacity;
   path_ = filePath;
   name_ = listName;
-  items_.clear();
-  ReadIniFileIntoCollection();
+  ReadCollection(ini);
 }
 
 void clsMRU::ShutDown() {
@@ -51,9 +57,13 @@ bool clsMRU::WriteCollectionToIniFile() {
 }
 
 void clsMRU::ReadIniFileIntoCollection() {
-  items_.clear();
   PrivateProfile ini;
-  if (!ini.Load(path_)) return;
+  ini.Load(path_);
+  ReadCollection(ini);
+}
+
+void clsMRU::ReadCollection(const PrivateProfile& ini) {
+  items_.clear();
   for (int slot = 1; slot <= kSlots; ++slot) {
     std::string value = ini.Get(name_, SlotKey(name_, slot), kUnset);
     if (const auto nul = value.find('\0'); nul != std::string::npos) value.resize(nul);

@@ -9,6 +9,8 @@
 
 namespace kroveld {
 
+class PrivateProfile;
+
 class clsMRU {
  public:
   static constexpr int kSlots = 20;
@@ -16,6 +18,9 @@ class clsMRU {
 
   // Stores the values, empties the list and reads it from the file.
   void Setup(int capacity, const std::string& filePath, const std::string& listName);
+  // The same, with the list read from `ini`, the file as already loaded.
+  void Setup(int capacity, const std::string& filePath, const std::string& listName,
+             const PrivateProfile& ini);
   // Writes the list to the file and empties it.
   void ShutDown();
   // Makes `item` the newest entry; an empty item is ignored.
@@ -31,6 +36,8 @@ class clsMRU {
   const std::string& Name() const { return name_; }
 
  private:
+  void ReadCollection(const PrivateProfile& ini);
+
   int capacity_ = kSlots;
   std::vector<std::string> items_;
   std::string name_;

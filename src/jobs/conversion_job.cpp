@@ -108,13 +108,19 @@ void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
 ConfigIniHost::ConfigIniHost(std::string configPath) : config_path_(std::move(configPath)) {}
 
 bool ConfigIniHost::ReadSettings(UiPort& ui) {
+  PrivateProfile ini;
+  return ReadSettings(ui, ini);
+}
+
+bool ConfigIniHost::ReadSettings(UiPort& ui, PrivateProfile& ini) {
   if (!FileExists(config_path_)) {
     ui.Message(config_path_ + " can not be found!", Icon::Critical);
     return false;
   }
   if (CheckFileHeader(ui, config_path_, "KRO_B", "CONFIG", "1.0")) return false;
-  warned_ =
-      UpperAscii(ReadPrivateProfileString(config_path_, kGeneral, kWarnedKey, "FALSE")) != "FALSE";
+  // A file that cannot be read loads as an empty one: every setting keeps its default.
+  ini.Load(config_path_);
+  warned_ = UpperAscii(ini.Get(kGeneral, kWarnedKey, "FALSE")) != "FALSE";
   read_ = true;
   return true;
 }

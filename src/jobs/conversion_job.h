@@ -10,6 +10,8 @@
 
 namespace kroveld {
 
+class PrivateProfile;
+
 // What a conversion asks of the window, or the command line, that started it.
 class ConversionHost {
  public:
@@ -30,6 +32,8 @@ class ConfigIniHost : public ConversionHost {
   // A missing file shows path + " can not be found!", a wrong header the header check's own
   // message; then nothing is read, nothing will be written, and the result is false.
   bool ReadSettings(UiPort& ui);
+  // The same, leaving the file as read in `ini` for a caller that reads more settings from it.
+  bool ReadSettings(UiPort& ui, PrivateProfile& ini);
   bool WarnedAboutTabsInFile() override { return warned_; }
   void SetWarnedAboutTabsInFile() override;
   void UpdateMRUs() override {}
