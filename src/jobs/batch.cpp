@@ -55,9 +55,8 @@ void ConvertList(Context& ctx, ConversionHost& host, const std::vector<std::stri
 }  // namespace
 
 bool PatternMatches(std::string_view pattern, std::string_view extension) {
-  if (pattern == "*.*") return true;
-  const std::string wanted = "*." + LowerAscii(extension);
-  return pattern.size() == wanted.size() && FindNoCase(pattern, wanted) != std::string_view::npos;
+  return pattern == "*.*" ||
+         (pattern.starts_with("*.") && EqualsNoCase(pattern.substr(2), extension));
 }
 
 bool BuildOriginalFileList(Context& ctx, std::string folder, std::string_view pattern,

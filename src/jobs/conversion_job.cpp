@@ -131,9 +131,8 @@ void ConfigIniHost::SetWarnedAboutTabsInFile() {
 }
 
 OutputKind OutputKindOf(std::string_view outputPath) {
-  const std::string upper = UpperAscii(outputPath);
-  if (upper.find(".CSV") != std::string::npos) return OutputKind::Csv;
-  if (upper.find(".XLS") != std::string::npos) return OutputKind::Workbook;
+  if (FindNoCase(outputPath, ".CSV") != std::string_view::npos) return OutputKind::Csv;
+  if (FindNoCase(outputPath, ".XLS") != std::string_view::npos) return OutputKind::Workbook;
   return OutputKind::None;
 }
 
