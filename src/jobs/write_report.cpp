@@ -3,9 +3,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cerrno>
-#include <cstring>
-
 #include "jobs/csv/csv_conversion.h"
 #include "jobs/workbook/workbook_sink.h"
 #include "util/files.h"
@@ -39,7 +36,7 @@ std::string FailureText(const std::string& error, const std::string& path) {
 bool ReadOnlyOutput(Context& ctx) {
   const std::string native = NativePath(ctx.currentOutput);
   if (!FileExists(ctx.currentOutput) || ::access(native.c_str(), W_OK) == 0) return false;
-  ctx.ui.Message("Cannot write " + ctx.currentOutput + ": " + std::strerror(errno), Icon::Critical);
+  ctx.ui.Message("Cannot write " + ctx.currentOutput + ": " + LastErrorText(), Icon::Critical);
   return true;
 }
 
@@ -54,11 +51,6 @@ void WriteCsv(Context& ctx) {
 }
 
 void WriteWorkbook(Context& ctx) {
-  if (WorkbookSink::IsOpenInSpreadsheetApp(ctx.currentOutput)) {
-    ctx.ui.Message(kExcelAlreadyOpen, Icon::Information);
-    return;
-  }
-  if (ReadOnlyOutput(ctx)) return;
   std::string failure;
   {
     CaptionScope caption(ctx.ui, kWorkbookCaption);
@@ -86,8 +78,12 @@ void SyncOutputs(const std::string& anyOutput) {
 }
 
 void WriteReport(Context& ctx, bool csv) {
+  if (!csv && WorkbookSink::IsOpenInSpreadsheetApp(ctx.currentOutput)) {
+    ctx.ui.Message(kExcelAlreadyOpen, Icon::Information);
+    return;
+  }
+  if (ReadOnlyOutput(ctx)) return;
   if (csv) {
-    if (ReadOnlyOutput(ctx)) return;
     WriteCsv(ctx);
   } else {
     WriteWorkbook(ctx);
