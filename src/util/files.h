@@ -68,6 +68,9 @@ class AtomicFile {
   // still replaces the file in one step.
   void SetDurable(bool durable) { durable_ = durable; }
   bool IsOpen() const { return fd_ >= 0; }
+  // The temporary file while open ("" otherwise), for libraries that write by file name: they
+  // write this file instead of Write(), and Commit() renames it over the target all the same.
+  const std::string& TempPath() const { return temp_; }
   const std::string& Error() const { return error_; }
 
  private:

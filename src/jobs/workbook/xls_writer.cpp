@@ -12,7 +12,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "jobs/workbook/temp_output.h"
+#include "util/files.h"
 
 namespace kroveld {
 namespace {
@@ -405,14 +405,17 @@ bool WriteXls(const Workbook& book, const std::string& path, std::string& error)
     error = path + ": " + reason;
     return false;
   }
-  TempOutput temp;
-  if (!temp.Create(path, error)) return false;
-  std::FILE* file = std::fopen(temp.Path().c_str(), "wb");
+  AtomicFile temp;
+  if (!temp.Open(path)) {
+    error = temp.Error();
+    return false;
+  }
+  std::FILE* file = std::fopen(temp.TempPath().c_str(), "wb");
   if (!file) {
     error = path + ": the temporary file could not be opened";
     return false;
   }
-  GsfOutput* out = gsf_output_stdio_new_FILE(temp.Path().c_str(), file, FALSE);
+  GsfOutput* out = gsf_output_stdio_new_FILE(temp.TempPath().c_str(), file, FALSE);
   GsfOutfile* ole = out ? gsf_outfile_msole_new(out) : nullptr;
   GsfOutput* child = ole ? gsf_outfile_new_child(ole, "Workbook", FALSE) : nullptr;
   bool ok = child != nullptr;
@@ -436,7 +439,9 @@ bool WriteXls(const Workbook& book, const std::string& path, std::string& error)
     error = path + ": writing the .xls file failed";
     return false;
   }
-  return temp.Commit(error);
+  if (temp.Commit()) return true;
+  error = temp.Error();
+  return false;
 }
 
 }  // namespace kroveld

@@ -3,7 +3,7 @@
 
 #include <xlsxwriter.h>
 
-#include "jobs/workbook/temp_output.h"
+#include "util/files.h"
 
 namespace kroveld {
 namespace {
@@ -28,12 +28,15 @@ std::string_view CutToCellLimit(std::string_view text) {
 }  // namespace
 
 bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error) {
-  TempOutput temp;
-  if (!temp.Create(path, error)) return false;
+  AtomicFile temp;
+  if (!temp.Open(path)) {
+    error = temp.Error();
+    return false;
+  }
 
   lxw_workbook_options options{};
   options.constant_memory = LXW_TRUE;
-  lxw_workbook* wb = workbook_new_opt(temp.Path().c_str(), &options);
+  lxw_workbook* wb = workbook_new_opt(temp.TempPath().c_str(), &options);
   if (!wb) {
     error = path + ": the workbook could not be created";
     return false;
@@ -90,7 +93,9 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
     error = path + ": " + lxw_strerror(failure);
     return false;
   }
-  return temp.Commit(error);
+  if (temp.Commit()) return true;
+  error = temp.Error();
+  return false;
 }
 
 }  // namespace kroveld
