@@ -74,12 +74,10 @@ std::string FormatCode(std::string_view d) {
   return code;
 }
 
-// Gives the number cells of `book` the formats their XF records name. Sheets are matched by their
-// order among the worksheets of the stream; nothing is changed when the stream does not look like
-// the one FreeXL read.
-void ApplyNumberFormats(const std::string& native, Workbook& book) {
-  const std::string stream = ReadWorkbookStream(native);
-  const std::string_view all(stream);
+// Gives the number cells of `book` the formats the XF records of the workbook stream `all` name.
+// Sheets are matched by their order among the worksheets of the stream; nothing is changed when
+// the stream does not look like the one FreeXL read.
+void ApplyNumberFormats(std::string_view all, Workbook& book) {
   std::unordered_map<std::uint16_t, NumberFormat> custom;
   std::vector<NumberFormat> xfs;
   std::vector<std::uint32_t> sheets;
@@ -134,12 +132,15 @@ void ApplyNumberFormats(const std::string& native, Workbook& book) {
 bool ReadXls(const std::string& path, Workbook& book, std::string& error) {
   // FreeXL 1.0.6 writes outside a stack buffer on some broken compound files that libgsf reads
   // safely, so a file whose workbook stream libgsf cannot read is refused before FreeXL sees it.
-  if (ReadWorkbookStream(NativePath(path)).empty()) {
+  // The same stream then gives the number formats.
+  const std::string native = NativePath(path);
+  const std::string stream = ReadWorkbookStream(native);
+  if (stream.empty()) {
     error = path + ": not a readable .xls file (no workbook stream)";
     return false;
   }
   FreeXlHandle xls;
-  const int opened = freexl_open(NativePath(path).c_str(), xls.Out());
+  const int opened = freexl_open(native.c_str(), xls.Out());
   // FreeXL can report success without a handle: it cannot read a text that spans more than two
   // BIFF records (cell texts of more than about 8,000 characters).
   if (opened != FREEXL_OK) {
@@ -199,7 +200,7 @@ bool ReadXls(const std::string& path, Workbook& book, std::string& error) {
       }
     }
   }
-  ApplyNumberFormats(NativePath(path), result);
+  ApplyNumberFormats(stream, result);
   book = std::move(result);
   return true;
 }
