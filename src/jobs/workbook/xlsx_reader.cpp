@@ -219,19 +219,20 @@ void ReadSheetCells(const pugi::xml_node& root, const std::vector<std::string>& 
       if (ref) ParseReference(ref.value(), cell_row, cell_column);
       column = cell_column;
       const std::string_view type = c.attribute("t").value();
-      const std::string_view value = Child(c, "v").text().get();
+      const pugi::xml_node v = Child(c, "v");
+      const std::string_view value = v.text().get();
       text.clear();
       if (type == "s") {
-        const auto index = static_cast<std::size_t>(Child(c, "v").text().as_ullong(~0ull));
+        const auto index = static_cast<std::size_t>(v.text().as_ullong(~0ull));
         if (index >= strings.size()) continue;
         sheet.SetText(cell_row, cell_column, strings[index]);
       } else if (type == "inlineStr") {
         sheet.SetText(cell_row, cell_column, ItemText(Child(c, "is")));
       } else if (type == "b") {
-        if (!Child(c, "v")) continue;
+        if (!v) continue;
         sheet.SetText(cell_row, cell_column, value == "1" ? "TRUE" : "FALSE");
       } else if (type == "str" || type == "e" || type == "d") {
-        if (!Child(c, "v")) continue;
+        if (!v) continue;
         AppendDecoded(value, text);
         sheet.SetText(cell_row, cell_column, text);
       } else {
