@@ -8,9 +8,6 @@ namespace kroveld {
 
 namespace {
 
-// The switches in the order they are compared.
-constexpr std::string_view kSwitches = "CEGILORSTWV?";
-
 // A value with a backslash is a path as typed, quotes removed; any other value is a name in the
 // application folder, taken exactly as it stands.
 std::string SwitchPath(const std::string& value, const std::string& appFolder) {
@@ -68,7 +65,8 @@ SlashParseResult ParseCommandLine(std::string_view text, clsConversionOptions& o
   std::string key;
   for (int n = 2; n <= count; ++n) {
     const std::string value = GetField(n, text, '/', &key);
-    if (key.size() != 1 || kSwitches.find(key[0]) == std::string_view::npos) continue;
+    if (key.empty()) continue;
+    // Any other letter is ignored.
     switch (key[0]) {
       case 'C':
         options.bClearOutputFileBeforeProcessing = false;
