@@ -14,24 +14,10 @@ namespace fs = std::filesystem;
 using testing::Backslashed;
 using testing::ReadFile;
 using testing::RunKroveld;
-using testing::TempDir;
-
-const std::string kExamples = std::string(KROVELD_SOURCE_DIR) + "/examples";
 
 // A work folder with the shipped example and an application folder of its own.
-struct Work {
-  TempDir dir;
-  std::string home = dir.File("home");
-  Work() {
-    fs::create_directories(home);
-    for (const char* f : {"trial-balance.txt", "trial-balance.rcp", "trial-balance.krs"}) {
-      fs::copy_file(kExamples + "/" + f, dir.File(f));
-    }
-  }
-  std::string F(const std::string& rel) const { return dir.File(rel); }
-  testing::RunResult Run(const std::vector<std::string>& args) const {
-    return RunKroveld(home, args, dir.path());
-  }
+struct Work : testing::ExampleWork {
+  Work() : ExampleWork("trial-balance") {}
 };
 
 const std::string& ExpectedCsv() {

@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -72,6 +73,28 @@ inline RunResult RunKroveld(const std::string& home, const std::vector<std::stri
   if (whileRunning) whileRunning(s.pid);
   return WaitKroveld(s);
 }
+
+// A work folder with an application folder of its own ("home"), holding the report, recipe and
+// export definition of a shipped example; the binary runs in the work folder.
+struct ExampleWork {
+  TempDir dir;
+  std::string home = dir.File("home");
+  explicit ExampleWork(const std::string& example) {
+    std::filesystem::create_directories(home);
+    CopyExample(example);
+  }
+  // Copies NAME.txt, NAME.rcp and NAME.krs from the examples folder.
+  void CopyExample(const std::string& example) const {
+    for (const char* ext : {".txt", ".rcp", ".krs"}) {
+      std::filesystem::copy_file(std::string(KROVELD_SOURCE_DIR) + "/examples/" + example + ext,
+                                 dir.File(example + ext));
+    }
+  }
+  std::string F(const std::string& rel) const { return dir.File(rel); }
+  RunResult Run(const std::vector<std::string>& args) const {
+    return RunKroveld(home, args, dir.path());
+  }
+};
 
 // The path with every "/" turned into "\", as the slash syntax wants it.
 inline std::string Backslashed(std::string path) {

@@ -17,30 +17,15 @@ using testing::DumpedBook;
 using testing::DumpedCell;
 using testing::ReadFile;
 using testing::ReadWithPython;
-using testing::RunKroveld;
-using testing::TempDir;
 using testing::WriteFile;
-
-const std::string kExamples = std::string(KROVELD_SOURCE_DIR) + "/examples";
 
 bool HaveReaders() {
   return testing::HavePythonModules("xlrd, openpyxl");
 }
 
 // A work folder holding the departments example and an application folder of its own.
-struct Work {
-  TempDir dir;
-  std::string home = dir.File("home");
-  Work() {
-    fs::create_directories(home);
-    for (const char* f : {"departments.txt", "departments.rcp", "departments.krs"}) {
-      fs::copy_file(kExamples + "/" + f, dir.File(f));
-    }
-  }
-  std::string F(const std::string& rel) const { return dir.File(rel); }
-  testing::RunResult Run(const std::vector<std::string>& args) const {
-    return RunKroveld(home, args, dir.path());
-  }
+struct Work : testing::ExampleWork {
+  Work() : ExampleWork("departments") {}
   testing::RunResult Departments(const std::string& out,
                                  const std::vector<std::string>& more = {}) const {
     std::vector<std::string> args = {"-i", "departments.txt", "-o", out, "-r", "departments.rcp"};
@@ -192,9 +177,7 @@ TEST_P(WorkbookE2e, OutputOpenInASpreadsheetProgramIsLeftAlone) {
 TEST_P(WorkbookE2e, AlwaysTwoSheetsAndTheStandardFont) {
   // The trial balance recipe names no sheets and writes nothing to sheet 2.
   Work w;
-  for (const char* f : {"trial-balance.txt", "trial-balance.rcp", "trial-balance.krs"}) {
-    fs::copy_file(kExamples + "/" + f, w.F(f));
-  }
+  w.CopyExample("trial-balance");
   const auto r = w.Run({"-i", "trial-balance.txt", "-o", Out("tb"), "-r", "trial-balance.rcp"});
   EXPECT_EQ(r.status, 0) << r.err;
   const DumpedBook book = ReadWithPython(w.F(Out("tb")));
