@@ -279,8 +279,9 @@ bool CheckSize(const Sheet& sheet, std::string& error) {
   return true;
 }
 
-void PutSheet(std::string& out, const Sheet& sheet, bool first,
-              const std::unordered_map<std::string_view, std::uint32_t>& sst_index) {
+// `next_text` walks the shared-string indexes of the text cells, in the order the cells are
+// written.
+void PutSheet(std::string& out, const Sheet& sheet, bool first, const std::uint32_t*& next_text) {
   PutBof(out, 0x0010);
   {
     std::string d;
@@ -309,7 +310,7 @@ void PutSheet(std::string& out, const Sheet& sheet, bool first,
         Record(out, kNumber, d);
       } else {
         Put16(d, kFirstCellXf);
-        Put32(d, sst_index.at(cell.text));
+        Put32(d, *next_text++);
         Record(out, kLabelSst, d);
       }
     }
@@ -347,10 +348,11 @@ bool BuildBiff8Stream(const Workbook& book, std::string& stream, std::string& er
     Record(stream, kBoundSheet, d);
   }
 
-  // Shared strings: each distinct text once, in order of first use.
+  // Shared strings: each distinct text once, in order of first use; the index of every text cell
+  // is kept in cell order for the sheets written below.
   std::unordered_map<std::string_view, std::uint32_t> sst_index;
   std::vector<std::string_view> unique;
-  std::uint32_t total = 0;
+  std::vector<std::uint32_t> text_cells;
   for (int s = 1; s <= book.SheetCount(); ++s) {
     const Sheet& sheet = book.GetSheet(s);
     for (int r = 1; r <= sheet.MaxRow(); ++r) {
@@ -358,10 +360,10 @@ bool BuildBiff8Stream(const Workbook& book, std::string& stream, std::string& er
       for (int c = 1; c <= length; ++c) {
         const CellView cell = sheet.Get(r, c);
         if (cell.type != CellType::kText || cell.text.empty()) continue;
-        ++total;
-        if (sst_index.emplace(cell.text, static_cast<std::uint32_t>(unique.size())).second) {
-          unique.push_back(cell.text);
-        }
+        const auto [it, added] =
+            sst_index.emplace(cell.text, static_cast<std::uint32_t>(unique.size()));
+        if (added) unique.push_back(cell.text);
+        text_cells.push_back(it->second);
       }
     }
   }
@@ -371,7 +373,8 @@ bool BuildBiff8Stream(const Workbook& book, std::string& stream, std::string& er
   Put16(ext, static_cast<std::uint16_t>(per_bucket));
   {
     SstWriter sst(stream);
-    sst.Begin(total, static_cast<std::uint32_t>(unique.size()));
+    sst.Begin(static_cast<std::uint32_t>(text_cells.size()),
+              static_cast<std::uint32_t>(unique.size()));
     std::vector<std::uint16_t> units;
     for (std::size_t i = 0; i < unique.size(); ++i) {
       ToUtf16(unique[i], units);
@@ -389,9 +392,10 @@ bool BuildBiff8Stream(const Workbook& book, std::string& stream, std::string& er
   Record(stream, kExtSst, ext);
   Record(stream, kEof, {});
 
+  const std::uint32_t* next_text = text_cells.data();
   for (int s = 1; s <= book.SheetCount(); ++s) {
     Patch32(stream, offset_at[s - 1], static_cast<std::uint32_t>(stream.size()));
-    PutSheet(stream, book.GetSheet(s), s == 1, sst_index);
+    PutSheet(stream, book.GetSheet(s), s == 1, next_text);
   }
   // A stream under 4096 bytes would live in the OLE mini-stream, which some readers mishandle.
   if (stream.size() < 4096) stream.resize(4096, '\0');
