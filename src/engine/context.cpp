@@ -1,5 +1,7 @@
 #include "engine/context.h"
 
+#include "util/files.h"
+
 namespace kroveld {
 
 Context::Context(UiPort& ui_port, std::string folder)
@@ -7,7 +9,7 @@ Context::Context(UiPort& ui_port, std::string folder)
 
 std::string Context::AppFile(std::string_view name) const {
   std::string path = appFolder;
-  if (!path.empty() && path.back() != '/' && path.back() != '\\') path += '/';
+  if (!path.empty() && !IsSeparator(path.back())) path += '/';
   path += name;
   return path;
 }
