@@ -193,14 +193,15 @@ void clsCon::Process(Context& ctx) {
     const clsDepartment& department = Departments[d];
     for (std::size_t i = 0; i < department.AccountNames.size(); ++i) {
       const std::string& name = department.AccountNames[i];
-      const auto found = firstIndex.find(AccountKey(name));
-      if (found != firstIndex.end()) {
-        DupAccReadRowNumbers.push_back(department.AccountRows[i]);
-        DupAccTargetRows.push_back(SheetRow(static_cast<long long>(base) + found->second - 1));
-      } else {
+      // A new account takes the next position; a known one keeps its first.
+      const auto [found, added] =
+          firstIndex.try_emplace(AccountKey(name), static_cast<int>(AccNames.size()) + 1);
+      if (added) {
         AccNames.push_back(name);
         AccReadRowNumbers.push_back(department.AccountRows[i]);
-        firstIndex.emplace(AccountKey(name), static_cast<int>(AccNames.size()));
+      } else {
+        DupAccReadRowNumbers.push_back(department.AccountRows[i]);
+        DupAccTargetRows.push_back(SheetRow(static_cast<long long>(base) + found->second - 1));
       }
     }
   }
