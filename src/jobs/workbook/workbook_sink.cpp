@@ -146,9 +146,13 @@ void WorkbookSink::SetCell(int sheet, int row, int column, std::string_view valu
       kept = target.SetNumber(row, column, typed.number, typed.format);
       break;
     case CellType::kText:
-      scratch_.clear();
-      AppendAsUtf8(value, scratch_);
-      kept = target.SetText(row, column, scratch_);
+      if (IsValidUtf8(value)) {
+        kept = target.SetText(row, column, value);
+      } else {
+        scratch_.clear();
+        AppendAsUtf8(value, scratch_);
+        kept = target.SetText(row, column, scratch_);
+      }
       break;
   }
   if (!kept) ++dropped_;

@@ -42,7 +42,7 @@ class WorkbookSink final : public OutputSink {
   std::string path_;
   std::string error_;
   bool keep_backup_ = false;
-  std::string scratch_;      // UTF-8 form of the cell text being set
+  std::string scratch_;      // UTF-8 form of a Windows-1252 cell text being set
   std::size_t dropped_ = 0;  // cells beyond the largest sheet, not kept
 };
 
