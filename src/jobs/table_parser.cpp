@@ -36,6 +36,16 @@ std::vector<Run> RunsOf(std::string_view text) {
   return runs;
 }
 
+std::size_t CountRuns(std::string_view text) {
+  std::size_t runs = 0;
+  bool after_blank = true;
+  for (const char c : text) {
+    if (!IsBlank(c) && after_blank) ++runs;
+    after_blank = IsBlank(c);
+  }
+  return runs;
+}
+
 // Stretches of text of a line: words joined by single blanks; two blanks or more separate them.
 std::vector<Run> StretchesOf(std::string_view text) {
   std::vector<Run> words = RunsOf(text);
@@ -140,7 +150,7 @@ std::string clsTableParser::MarkedTemplate(char mark) const {
   const std::string* best = nullptr;
   std::size_t most = 0;
   for (const std::string& l : lines_) {
-    const std::size_t fields = RunsOf(l).size();
+    const std::size_t fields = CountRuns(l);
     if (fields > most) {
       most = fields;
       best = &l;
