@@ -20,10 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string krs = fuzz::WriteScratch("fuzz.krs", data, size);
   fuzz::QuietPort ui;
   Context ctx(ui, fuzz::ScratchFolder());
-  ctx.recipe.InputFileNames[0] = report;
-  ctx.recipe.InputFileFirst = 1;
-  ctx.recipe.InputFileLast = 1;
-  ctx.currentInput = report;
+  fuzz::UseReport(ctx, report);
   ctx.recipe.ExportSpecs.ReadFromFile(ui, krs);
   NullSink sink;
   SinkScope scope(ctx, sink);

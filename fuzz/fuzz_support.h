@@ -1,5 +1,6 @@
 // Shared pieces of the fuzz harnesses: a user-interface port that answers every question with No
-// and shows nothing, and one scratch folder per fuzzing process for the files a harness writes.
+// and shows nothing, one scratch folder per fuzzing process for the files a harness writes, and
+// the set-up that makes a report the one input of a context's recipe.
 #pragma once
 
 #include <stdlib.h>
@@ -8,6 +9,7 @@
 #include <cstdio>
 #include <string>
 
+#include "engine/context.h"
 #include "util/ui_port.h"
 
 namespace kroveld::fuzz {
@@ -43,6 +45,14 @@ inline std::string WriteScratch(const std::string& name, const std::uint8_t* dat
   if (size && std::fwrite(data, 1, size, f) != size) abort();
   std::fclose(f);
   return path;
+}
+
+// The report is the recipe's only input file (period 1) and the context's current input.
+inline void UseReport(Context& ctx, const std::string& report) {
+  ctx.recipe.InputFileNames[0] = report;
+  ctx.recipe.InputFileFirst = 1;
+  ctx.recipe.InputFileLast = 1;
+  ctx.currentInput = report;
 }
 
 }  // namespace kroveld::fuzz

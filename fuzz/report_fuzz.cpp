@@ -26,10 +26,7 @@ clsColumn Column(int start, int end, const char* letter, const char* op) {
 void FixedRecipe(const std::string& report) {
   fuzz::QuietPort ui;
   Context ctx(ui, fuzz::ScratchFolder());
-  ctx.recipe.InputFileNames[0] = report;
-  ctx.recipe.InputFileFirst = 1;
-  ctx.recipe.InputFileLast = 1;
-  ctx.currentInput = report;
+  fuzz::UseReport(ctx, report);
   auto& specs = ctx.recipe.ExportSpecs;
   clsTable t;
   t.ReadStartLine = "Account";
