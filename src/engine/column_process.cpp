@@ -1,16 +1,11 @@
 // Writing a column field: its value for the current row into sheet 1, or quoted into a CSV row.
 // The operator code and the column number are cached per column so that a row costs no string
 // work beyond the field itself.
-#include <bit>
-#include <cstdint>
 #include <cstring>
-
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
 
 #include "engine/column.h"
 #include "engine/context.h"
+#include "util/byte_scan.h"
 #include "util/column_letters.h"
 #include "util/strings.h"
 
@@ -23,91 +18,6 @@ void ReportUnknownOperator(UiPort& ui, std::string_view op) {
   text += op;
   text += " in clsColumn.OperatorCode!";
   ui.Message(text, Icon::Critical);
-}
-
-// Field scans run for every field of every row: sixteen bytes at a time with SSE2, eight with
-// word tricks elsewhere.
-#if !defined(__SSE2__)
-constexpr std::uint64_t kOnes = 0x0101010101010101ULL;
-constexpr std::uint64_t kHighs = 0x8080808080808080ULL;
-
-inline std::uint64_t Load8(const char* p) {
-  std::uint64_t v;
-  std::memcpy(&v, p, 8);
-  return v;
-}
-// Non-zero when some byte of v is zero.
-inline std::uint64_t HasZeroByte(std::uint64_t v) {
-  return (v - kOnes) & ~v & kHighs;
-}
-#endif
-
-// What the CSV form of a field depends on, found in one pass: the first character that is not a
-// blank (0 when there is none) and whether a double quote or a comma occurs.
-struct FieldScan {
-  char firstNonBlank = 0;
-  bool needsQuotes = false;  // a double quote or a comma occurs
-  bool hasQuote = false;     // a double quote occurs
-};
-
-[[gnu::always_inline]] inline FieldScan ScanField(std::string_view value) {
-  FieldScan result;
-  const char* p = value.data();
-  std::size_t n = value.size();
-  bool seenNonBlank = false;
-#if defined(__SSE2__)
-  const __m128i blanks = _mm_set1_epi8(' ');
-  const __m128i quotes = _mm_set1_epi8('"');
-  const __m128i commas = _mm_set1_epi8(',');
-  for (; n >= 16; p += 16, n -= 16) {
-    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-    if (!seenNonBlank) {
-      const unsigned other =
-          ~static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, blanks))) & 0xFFFFu;
-      if (other != 0) {
-        result.firstNonBlank = p[__builtin_ctz(other)];
-        seenNonBlank = true;
-      }
-    }
-    if (_mm_movemask_epi8(_mm_cmpeq_epi8(v, quotes))) {
-      result.needsQuotes = result.hasQuote = true;
-      if (seenNonBlank) return result;
-    }
-    if (_mm_movemask_epi8(_mm_cmpeq_epi8(v, commas))) result.needsQuotes = true;
-  }
-#else
-  for (; n >= 8; p += 8, n -= 8) {
-    const std::uint64_t v = Load8(p);
-    if (!seenNonBlank) {
-      const std::uint64_t other = v ^ (kOnes * ' ');
-      if (other != 0) {
-        if constexpr (std::endian::native == std::endian::little) {
-          result.firstNonBlank = p[std::countr_zero(other) / 8];
-          seenNonBlank = true;
-        } else {
-          break;
-        }
-      }
-    }
-    if (HasZeroByte(v ^ (kOnes * '"'))) {
-      result.needsQuotes = result.hasQuote = true;
-      if (seenNonBlank) return result;
-    }
-    if (HasZeroByte(v ^ (kOnes * ','))) result.needsQuotes = true;
-  }
-#endif
-  for (; n > 0; ++p, --n) {
-    if (!seenNonBlank && *p != ' ') {
-      result.firstNonBlank = *p;
-      seenNonBlank = true;
-    }
-    if (*p == '"') {
-      result.needsQuotes = result.hasQuote = true;
-      if (seenNonBlank) return result;
-    }
-    if (*p == ',') result.needsQuotes = true;
-  }
-  return result;
 }
 
 // Copies n bytes; fields are short, so the usual sizes take two overlapping fixed-size moves
@@ -162,7 +72,7 @@ void clsColumn::WarnEqualSign(UiPort& ui) {
 
 std::string_view clsColumn::Value(Context& ctx) {
   const std::string_view value = FieldText(ctx);
-  if (ScanField(value).firstNonBlank == '=') WarnEqualSign(ctx.ui);
+  if (scan::ScanCsvField(value).firstNonBlank == '=') WarnEqualSign(ctx.ui);
   return value;
 }
 
@@ -184,14 +94,14 @@ void clsColumn::Process(Context& ctx, int row) {
 
 void clsColumn::AppendCsvValue(Context& ctx, std::string& out) {
   const std::string_view value = FieldText(ctx);
-  const FieldScan scan = ScanField(value);
-  if (scan.firstNonBlank == '=') WarnEqualSign(ctx.ui);
-  if (!scan.needsQuotes) {
+  const scan::CsvField field = scan::ScanCsvField(value);
+  if (field.firstNonBlank == '=') WarnEqualSign(ctx.ui);
+  if (!field.needsQuotes) {
     out.append(value);
     return;
   }
   out.push_back('"');
-  if (!scan.hasQuote) {  // commas only: nothing to double
+  if (!field.hasQuote) {  // commas only: nothing to double
     out.append(value);
     out.push_back('"');
     return;
@@ -214,15 +124,15 @@ int clsColumn::SingleFileSlot(const Context& ctx) const {
 }
 
 char* clsColumn::PutCsvValue(std::string_view value, bool blankAfter, char* out, bool& equalSign) {
-  const FieldScan scan = ScanField(value);
-  equalSign = scan.firstNonBlank == '=';
-  if (!scan.hasQuote) {
+  const scan::CsvField field = scan::ScanCsvField(value);
+  equalSign = field.firstNonBlank == '=';
+  if (!field.hasQuote) {
     // The usual field: copied as it stands, enclosed in quotes when it holds a comma.
-    if (scan.needsQuotes) *out++ = '"';
+    if (field.needsQuotes) *out++ = '"';
     CopyField(out, value.data(), value.size());
     out += value.size();
     if (blankAfter) *out++ = ' ';
-    if (scan.needsQuotes) *out++ = '"';
+    if (field.needsQuotes) *out++ = '"';
     return out;
   }
   *out++ = '"';
