@@ -36,6 +36,30 @@ void ReportUnknownOperator(UiPort& ui, std::string_view op) {
   if (n > 0) std::memcpy(out, from, n);
 }
 
+// Writes `value`, followed by one blank when `blankAfter`, at `out` in its CSV form: enclosed in
+// double quotes when `field` found one or a comma, its double quotes doubled. `out` has room for
+// 2 * (value.size() + 1) + 2 bytes; returns the new end.
+[[gnu::always_inline]] inline char* PutQuoted(std::string_view value, const scan::CsvField& field,
+                                              bool blankAfter, char* out) {
+  if (!field.hasQuote) {
+    // The usual field: copied as it stands, enclosed in quotes when it holds a comma.
+    if (field.needsQuotes) *out++ = '"';
+    CopyField(out, value.data(), value.size());
+    out += value.size();
+    if (blankAfter) *out++ = ' ';
+    if (field.needsQuotes) *out++ = '"';
+    return out;
+  }
+  *out++ = '"';
+  for (const char c : value) {
+    *out++ = c;
+    if (c == '"') *out++ = '"';
+  }
+  if (blankAfter) *out++ = ' ';
+  *out++ = '"';
+  return out;
+}
+
 bool IsKnownOperator(std::string_view op) {
   return op.empty() || op == "SUM" || op == "FIRST" || op == "LAST" || op == "AVG";
 }
@@ -97,23 +121,13 @@ void clsColumn::AppendCsvValue(Context& ctx, std::string& out) {
   const scan::CsvField field = scan::ScanCsvField(value);
   if (field.firstNonBlank == '=') WarnEqualSign(ctx.ui);
   if (!field.needsQuotes) {
-    out.append(value);
+    out.append(value);  // the usual field, as it stands
     return;
   }
-  out.push_back('"');
-  if (!field.hasQuote) {  // commas only: nothing to double
-    out.append(value);
-    out.push_back('"');
-    return;
-  }
-  std::string_view rest = value;
-  for (std::size_t quote; (quote = rest.find('"')) != std::string_view::npos;) {
-    out.append(rest.substr(0, quote + 1));
-    out.push_back('"');
-    rest.remove_prefix(quote + 1);
-  }
-  out.append(rest);
-  out.push_back('"');
+  const std::size_t at = out.size();
+  out.resize(at + 2 * value.size() + 2);
+  const char* const end = PutQuoted(value, field, false, out.data() + at);
+  out.resize(static_cast<std::size_t>(end - out.data()));
 }
 
 int clsColumn::SingleFileSlot(const Context& ctx) const {
@@ -126,23 +140,7 @@ int clsColumn::SingleFileSlot(const Context& ctx) const {
 char* clsColumn::PutCsvValue(std::string_view value, bool blankAfter, char* out, bool& equalSign) {
   const scan::CsvField field = scan::ScanCsvField(value);
   equalSign = field.firstNonBlank == '=';
-  if (!field.hasQuote) {
-    // The usual field: copied as it stands, enclosed in quotes when it holds a comma.
-    if (field.needsQuotes) *out++ = '"';
-    CopyField(out, value.data(), value.size());
-    out += value.size();
-    if (blankAfter) *out++ = ' ';
-    if (field.needsQuotes) *out++ = '"';
-    return out;
-  }
-  *out++ = '"';
-  for (const char c : value) {
-    *out++ = c;
-    if (c == '"') *out++ = '"';
-  }
-  if (blankAfter) *out++ = ' ';
-  *out++ = '"';
-  return out;
+  return PutQuoted(value, field, blankAfter, out);
 }
 
 std::string clsColumn::GetCsvValue(Context& ctx) {
