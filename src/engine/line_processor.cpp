@@ -3,8 +3,6 @@
 // field costs no allocation. Sums and averages are built in one reused result buffer.
 #include "engine/line_processor.h"
 
-#include <cstring>
-
 #include "engine/context.h"
 #include "util/collections.h"
 #include "util/files.h"
@@ -69,7 +67,7 @@ void clsLineProcessor::SetPeriod1Line(std::string_view line, int tabSize) {
   // The blank goes on before the tabs are expanded (a field ending at the line's last character
   // then still sees a trailing blank).
   const bool addBlank = line.back() != ' ';
-  if (tabSize > 0 && std::memchr(line.data(), '\t', line.size()) != nullptr) {
+  if (ExpandsTabs(line, tabSize)) {
     raw_.assign(line);
     if (addBlank) raw_.push_back(' ');
     ExpandTabs(raw_, tabSize, slot);

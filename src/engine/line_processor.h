@@ -3,6 +3,7 @@
 // character range of the buffered lines into a field value, combined across files by operator.
 #pragma once
 
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,10 @@ class clsLineProcessor {
   void ReadRowPeriod1Only(TextFile* file, int tabSize);
   // The same for a line already read: `line` (blank added, tabs expanded) into slot 1.
   void SetPeriod1Line(std::string_view line, int tabSize);
+  // Whether SetPeriod1Line expands tabs in `line` (tabSize > 0 and the line holds a tab).
+  static bool ExpandsTabs(std::string_view line, int tabSize) {
+    return tabSize > 0 && !line.empty() && std::memchr(line.data(), '\t', line.size()) != nullptr;
+  }
   // Line n of every input file InputFileFirst..InputFileLast of the recipe into its slot (others
   // emptied). Returns false when the line number overflows the 16-bit counter (after reporting).
   bool ReadRow(long long lineNumber, int tabSize);

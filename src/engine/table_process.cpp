@@ -2,7 +2,6 @@
 // from input file 1 through the line processor into sheet 1 or the CSV output. The file is read
 // sequentially with one buffer; each row reuses the same line and CSV buffers.
 #include <algorithm>
-#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -176,15 +175,14 @@ void clsTable::Process(Context& ctx, int csvFile) {
       ctx.run.stopRequested.store(false);
     }
 
+    std::string_view line;
+    if (!file.ReadLine(line)) line = {};  // past the end of the file: empty lines
     if (csv && !due && lineNumber != startLine) {
       if (!planned) {
         fast = PlanFastCuts(ctx, Columns, cuts);
         planned = true;
       }
-      std::string_view line;
-      if (!file.ReadLine(line)) line = {};  // past the end of the file: empty lines
-      const bool tabs = ctx.tabSize > 0 && !line.empty() &&
-                        std::memchr(line.data(), '\t', line.size()) != nullptr;
+      const bool tabs = clsLineProcessor::ExpandsTabs(line, ctx.tabSize);
       if (fast && !tabs) {
         pending = line;
         hasPending = true;
@@ -195,22 +193,11 @@ void clsTable::Process(Context& ctx, int csvFile) {
         ctx.sink->WriteCsvRow(row);
         continue;
       }
-      hasPending = false;
-      lines.SetPeriod1Line(line, ctx.tabSize);
-      csvLine.clear();
-      for (clsColumn& column : Columns) {
-        // Joined on the text so far: leading empty fields take no comma and the rest move left.
-        if (!csvLine.empty()) csvLine.push_back(',');
-        column.AppendCsvValue(ctx, csvLine);
-      }
       planned = false;  // AppendCsvValue works the operators out again
-      ++rowIndex;
-      ctx.sink->WriteCsvRow(csvLine);
-      continue;
     }
 
     hasPending = false;
-    lines.ReadRowPeriod1Only(&file, ctx.tabSize);
+    lines.SetPeriod1Line(line, ctx.tabSize);
     csvLine.clear();
     for (std::size_t c = 0; c < columnCount; ++c) {
       clsColumn& column = Columns[c];
