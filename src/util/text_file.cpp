@@ -16,11 +16,6 @@ namespace kroveld {
 namespace {
 constexpr std::size_t kBufferSize = 1u << 20;
 constexpr std::size_t kSmallBuffer = 4096;
-
-// Offset of the first CR or LF in [s, s + n), or n.
-inline std::size_t FindLineEnd(const char* s, std::size_t n) {
-  return static_cast<std::size_t>(scan::FindCrOrLf(s, s + n) - s);
-}
 }  // namespace
 
 TextFile::~TextFile() {
@@ -59,10 +54,7 @@ bool TextFile::Open(const std::string& path) {
     buf_.resize(want);
     buf_.shrink_to_fit();
   }
-  pos_ = end_ = 0;
-  eof_ = false;
-  pending_cr_ = false;
-  lines_read_ = 0;
+  lines_read_ = 0;  // Close() above reset the buffer state
   long_line_.clear();
   return true;
 }
@@ -97,15 +89,17 @@ bool TextFile::Fill() {
   return true;
 }
 
+// The previous line ended in a CR at the very end of a buffer fill: a LF that follows belongs to
+// the same line end.
+void TextFile::FinishCrLf() {
+  if (pos_ == end_) Fill();
+  if (pos_ < end_ && buf_[pos_] == '\n') ++pos_;
+  pending_cr_ = false;
+}
+
 bool TextFile::ReadLine(std::string_view& line) {
   if (file_ == nullptr) return false;
-  if (pending_cr_) {
-    // The previous line ended in a CR at the very end of a buffer fill: a LF that follows
-    // belongs to the same line end.
-    if (pos_ == end_) Fill();
-    if (pos_ < end_ && buf_[pos_] == '\n') ++pos_;
-    pending_cr_ = false;
-  }
+  if (pending_cr_) FinishCrLf();
   bool in_long = false;
   for (;;) {
     if (pos_ == end_ && !Fill()) {
@@ -118,7 +112,7 @@ bool TextFile::ReadLine(std::string_view& line) {
     }
     const char* s = buf_.data() + pos_;
     const std::size_t n = end_ - pos_;
-    const std::size_t k = FindLineEnd(s, n);
+    const std::size_t k = static_cast<std::size_t>(scan::FindCrOrLf(s, s + n) - s);
     if (k < n) {
       std::size_t next = pos_ + k + 1;
       if (s[k] == '\r') {
@@ -191,11 +185,7 @@ bool TextFile::SeekToLine(std::int64_t offset, std::int64_t lineNumber) {
 
 bool TextFile::AtEnd() {
   if (file_ == nullptr) return true;
-  if (pending_cr_) {
-    if (pos_ == end_) Fill();
-    if (pos_ < end_ && buf_[pos_] == '\n') ++pos_;
-    pending_cr_ = false;
-  }
+  if (pending_cr_) FinishCrLf();
   if (pos_ < end_) return false;
   return !Fill();
 }

@@ -42,6 +42,7 @@ class TextFile {
 
  private:
   bool Fill();
+  void FinishCrLf();  // called when pending_cr_ is set
 
   std::FILE* file_ = nullptr;
   std::vector<char> buf_;
