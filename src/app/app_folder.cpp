@@ -23,6 +23,12 @@ bool Writable(const std::string& folder) {
   return !folder.empty() && ::access(folder.c_str(), W_OK | X_OK) == 0;
 }
 
+// A program installed by the package manager shares /usr/bin with every other program; its
+// settings belong to the user even when the user is root and could write there.
+bool SystemInstalled(const std::string& folder) {
+  return folder == "/usr/bin" || folder == "/usr/local/bin";
+}
+
 std::string UserConfigFolder() {
   std::string base;
   if (const char* xdg = std::getenv("XDG_CONFIG_HOME"); xdg != nullptr && *xdg != '\0') {
@@ -46,6 +52,7 @@ std::string FindAppFolder() {
     if (!FolderExists(folder)) CreateFolderTree(folder);
   } else {
     folder = ExecutableFolder();
+    if (SystemInstalled(folder)) folder.clear();
   }
   while (folder.size() > 1 && folder.back() == '/') folder.pop_back();
   if (!Writable(folder)) folder = UserConfigFolder();
