@@ -1,6 +1,7 @@
 #include "app/cli_command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -8,8 +9,90 @@
 #include "app/slash_command_line.h"
 #include "app/version.h"
 #include "util/files.h"
+#include "util/strings.h"
 
 namespace kroveld {
+
+namespace {
+
+std::size_t EditDistance(std::string_view a, std::string_view b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
+  for (std::size_t i = 1; i <= a.size(); ++i) {
+    std::size_t diagonal = row[0];
+    row[0] = i;
+    for (std::size_t j = 1; j <= b.size(); ++j) {
+      const std::size_t above = row[j];
+      row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
+      diagonal = above;
+    }
+  }
+  return row[b.size()];
+}
+
+// The known option nearest to `name`, letter case counting least; a single letter is only
+// matched to itself in the other case, since every letter is one edit from every other.
+std::string UnknownOptionText(const std::string& name, const std::vector<std::string>& known) {
+  const std::string lower = LowerAscii(name);
+  std::string nearest;
+  std::size_t best = std::string::npos;
+  for (const std::string& candidate : known) {
+    const std::size_t d =
+        2 * EditDistance(lower, LowerAscii(candidate)) + (name == candidate ? 0 : 1);
+    if (d < best) best = d, nearest = candidate;
+  }
+  const std::size_t limit = name.size() <= 2 ? 0 : std::max<std::size_t>(2, name.size() / 3);
+  std::string text = "unknown option '" + name + "'";
+  if (best / 2 <= limit) text += "; did you mean '" + nearest + "'?";
+  return text;
+}
+
+// CLI11 checks required options before it complains about unknown ones, so "--frobnicate" alone
+// would read "--input is required". The line is walked first: the first argument that names no
+// option is reported with the known option nearest to it. Values of options are skipped, and so
+// the line ends at "--".
+std::string FirstUnknownOption(const CLI::App& app, const std::vector<std::string>& args) {
+  std::vector<std::string> known;
+  for (const CLI::Option* option : app.get_options()) {
+    for (const std::string& name : option->get_lnames()) known.push_back("--" + name);
+    for (const std::string& name : option->get_snames()) known.push_back("-" + name);
+  }
+  auto find = [&app](const std::string& name) { return app.get_option_no_throw(name); };
+  for (std::size_t i = 0; i < args.size(); ++i) {
+    const std::string& arg = args[i];
+    if (arg == "--") break;
+    if (arg.size() < 2 || arg[0] != '-') continue;
+    std::string name;
+    bool takesNext = false;
+    if (arg[1] == '-') {
+      const auto eq = arg.find('=');
+      name = arg.substr(0, eq);
+      if (const CLI::Option* option = find(name)) {
+        takesNext = eq == std::string::npos && option->get_expected_min() > 0;
+        name.clear();
+      }
+    } else {
+      // Short flags may be grouped ("-sg"); the first one that takes a value takes the rest of
+      // the argument, or the next argument when nothing is left.
+      for (std::size_t k = 1; k < arg.size(); ++k) {
+        const CLI::Option* option = find("-" + arg.substr(k, 1));
+        if (option == nullptr) {
+          name = "-" + arg.substr(k, 1);
+          break;
+        }
+        if (option->get_expected_min() > 0) {
+          takesNext = k + 1 == arg.size();
+          break;
+        }
+      }
+    }
+    if (!name.empty()) return UnknownOptionText(name, known);
+    if (takesNext) ++i;
+  }
+  return {};
+}
+
+}  // namespace
 
 std::string AbsolutePath(const std::string& path) {
   if (path.empty()) return path;
@@ -42,6 +125,12 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
   app.add_option("-l,--log", logFile, "Log file (accepted and stored)");
   app.add_flag("-v,--verbose", verbose, "Verbose (accepted and stored)");
 
+  if (const std::string unknown = FirstUnknownOption(app, args); !unknown.empty()) {
+    result.exitCode = 2;
+    result.err = std::string(kProgramName) + ": " + unknown + "\n" +
+                 "Run with --help for more information.\n";
+    return result;
+  }
   std::vector<std::string> reversed(args.rbegin(), args.rend());
   try {
     app.parse(reversed);

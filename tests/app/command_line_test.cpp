@@ -154,6 +154,36 @@ TEST(ConventionalCommandLine, DefaultsWithoutRecipeAndAbsolutePathsKept) {
   EXPECT_EQ(options.lTabSize, 8);
 }
 
+// An unknown option is named, with the nearest known one, before CLI11 could complain about a
+// missing required option; values of options are never taken for options.
+TEST(ConventionalCommandLine, UnknownOptionsAreNamedWithTheNearestKnownOne) {
+  const struct {
+    std::vector<std::string> args;
+    std::string err;  // empty: the line is a job
+  } cases[] = {
+      {{"--frobnicate"}, "unknown option '--frobnicate'\n"},
+      {{"-V"}, "unknown option '-V'; did you mean '-v'?\n"},
+      {{"-i", "a", "-o", "b.csv", "--recpie", "x.rcp"},
+       "unknown option '--recpie'; did you mean '--recipe'?\n"},
+      {{"-i", "a", "-o", "b.csv", "--tab-size=4", "--subfolder"},
+       "unknown option '--subfolder'; did you mean '--subfolders'?\n"},
+      {{"-sgx", "-i", "a", "-o", "b.csv"}, "unknown option '-x'\n"},
+      {{"-i", "-odd-name.txt", "-o", "b.csv"}, ""},
+      {{"-t4", "-sg", "--input=a", "-o", "b.csv"}, ""},
+  };
+  for (const auto& c : cases) {
+    clsConversionOptions options;
+    const auto r = ParseConventionalCommandLine(c.args, options);
+    if (c.err.empty()) {
+      EXPECT_TRUE(r.job) << c.args[0] << ": " << r.err;
+      continue;
+    }
+    EXPECT_FALSE(r.job) << c.args[0];
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(r.err, "kroveld: " + c.err + "Run with --help for more information.\n");
+  }
+}
+
 TEST(ConventionalCommandLine, LogCreatesItsFolder) {
   TempDir dir;
   clsConversionOptions options;
