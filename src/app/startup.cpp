@@ -9,9 +9,9 @@
 
 #include "app/app_folder.h"
 #include "app/cli_command_line.h"
-#include "app/command_line_host.h"
 #include "app/console_port.h"
 #include "app/help_text.h"
+#include "app/settings.h"
 #include "app/slash_command_line.h"
 #include "app/startup_files.h"
 #include "engine/context.h"
@@ -103,13 +103,19 @@ int RunMain(int argc, char** argv) {
   ctx.run.commandLineMode = true;
   ctx.recipeBoxText = ctx.options.sRecipeFile;
   // The hidden main window reads its settings; the command line's options stand as they are.
-  CommandLineHost host(configPath, ctx.options);
-  host.ReadIniFile(port);
+  // The lists take the typed texts in memory only: a command-line run never writes them back.
+  Settings settings(configPath);
+  settings.Read(port);
+  settings.OnUpdateMRUs([&settings, typed = ctx.options] {
+    settings.inputs.AddUniqueItemToCollection(typed.sInputFile);
+    settings.outputs.AddUniqueItemToCollection(typed.sOutputFile);
+    settings.recipes.AddUniqueItemToCollection(typed.sRecipeFile);
+  });
 
   g_stop = &ctx.run.stopRequested;
   std::signal(SIGINT, OnInterrupt);
   BatchStop stop;
-  BeginProcessing(ctx, host, &stop);
+  BeginProcessing(ctx, settings, &stop);
   std::signal(SIGINT, SIG_DFL);
   g_stop = nullptr;
 

@@ -7,7 +7,6 @@
 #include "jobs/trace.h"
 #include "jobs/write_report.h"
 #include "util/files.h"
-#include "util/private_profile.h"
 #include "util/profile.h"
 #include "util/strings.h"
 
@@ -15,8 +14,6 @@ namespace kroveld {
 
 namespace {
 
-constexpr std::string_view kGeneral = "General";
-constexpr std::string_view kWarnedKey = "bWarnedAboutTabsInFile";
 constexpr int kMaxTabSize = 1000;
 
 // The input as an absolute path, so that a recipe's folder never changes what it names.
@@ -104,31 +101,6 @@ void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
 }
 
 }  // namespace
-
-ConfigIniHost::ConfigIniHost(std::string configPath) : config_path_(std::move(configPath)) {}
-
-bool ConfigIniHost::ReadSettings(UiPort& ui) {
-  PrivateProfile ini;
-  return ReadSettings(ui, ini);
-}
-
-bool ConfigIniHost::ReadSettings(UiPort& ui, PrivateProfile& ini) {
-  if (!FileExists(config_path_)) {
-    ui.Message(config_path_ + " can not be found!", Icon::Critical);
-    return false;
-  }
-  if (CheckFileHeader(ui, config_path_, "KRO_B", "CONFIG", "1.0")) return false;
-  // A file that cannot be read loads as an empty one: every setting keeps its default.
-  ini.Load(config_path_);
-  warned_ = UpperAscii(ini.Get(kGeneral, kWarnedKey, "FALSE")) != "FALSE";
-  read_ = true;
-  return true;
-}
-
-void ConfigIniHost::SetWarnedAboutTabsInFile() {
-  warned_ = true;
-  if (read_) WritePrivateProfileString(config_path_, kGeneral, kWarnedKey, "TRUE");
-}
 
 OutputKind OutputKindOf(std::string_view outputPath) {
   if (FindNoCase(outputPath, ".CSV") != std::string_view::npos) return OutputKind::Csv;

@@ -10,8 +10,6 @@
 
 namespace kroveld {
 
-class PrivateProfile;
-
 // What a conversion asks of the window, or the command line, that started it.
 class ConversionHost {
  public:
@@ -21,30 +19,6 @@ class ConversionHost {
   virtual void SetWarnedAboutTabsInFile() = 0;
   // Adds the current input, output and recipe texts to the most-recently-used lists.
   virtual void UpdateMRUs() = 0;
-};
-
-// A host that keeps bWarnedAboutTabsInFile in [General] of a config.ini and keeps no
-// most-recently-used lists. ReadSettings reads the flag as the main window does when it loads;
-// once read, the flag is written as soon as it becomes true.
-class ConfigIniHost : public ConversionHost {
- public:
-  explicit ConfigIniHost(std::string configPath);
-  // A missing file shows path + " can not be found!", a wrong header the header check's own
-  // message; then nothing is read, nothing will be written, and the result is false.
-  bool ReadSettings(UiPort& ui);
-  // The same, leaving the file as read in `ini` for a caller that reads more settings from it.
-  bool ReadSettings(UiPort& ui, PrivateProfile& ini);
-  bool WarnedAboutTabsInFile() override { return warned_; }
-  void SetWarnedAboutTabsInFile() override;
-  void UpdateMRUs() override {}
-
- protected:
-  const std::string& ConfigPath() const { return config_path_; }
-
- private:
-  std::string config_path_;
-  bool warned_ = false;
-  bool read_ = false;  // the settings were read, so the file is a config.ini of ours
 };
 
 enum class OutputKind { None, Csv, Workbook };

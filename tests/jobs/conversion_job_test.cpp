@@ -119,38 +119,6 @@ TEST(RunRecipe, MissingExportDefinitionIsReportedAndTheOutputPhaseStillRuns) {
   EXPECT_EQ(ReadFile(f.dir.File("out.csv")), "");
 }
 
-const std::string kConfigHeader =
-    "[Header]\r\nProduct=KRO_B\r\nFileType=CONFIG\r\nFileFormat=1.0\r\n";
-
-// A missing config.ini is reported, leaves the flag false and is not created. (A foreign header
-// is the end-to-end test ForeignConfigHeaderIsReportedAndLeftAlone.)
-TEST(ConfigIniHost, MissingFileReadsNothing) {
-  TempDir dir;
-  RecordingPort port;
-  const std::string config = dir.File("config.ini");
-  ConfigIniHost host(config);
-  EXPECT_FALSE(host.ReadSettings(port));
-  ASSERT_EQ(port.Texts(), std::vector<std::string>{config + " can not be found!"});
-  EXPECT_EQ(port.messages[0].icon, Icon::Critical);
-  EXPECT_FALSE(host.WarnedAboutTabsInFile());
-  host.SetWarnedAboutTabsInFile();
-  EXPECT_TRUE(host.WarnedAboutTabsInFile());
-  EXPECT_FALSE(std::filesystem::exists(config));
-}
-
-TEST(ConfigIniHost, OnlyTheWordFalseReadsAsNotWarned) {
-  for (const auto& [value, warned] : {std::pair{"FALSE", false}, std::pair{"false", false},
-                                      std::pair{"no", true}, std::pair{"", true}}) {
-    TempDir dir;
-    RecordingPort port;
-    const std::string config = dir.Write(
-        "config.ini", kConfigHeader + "[General]\r\nbWarnedAboutTabsInFile=" + value + "\r\n");
-    ConfigIniHost host(config);
-    ASSERT_TRUE(host.ReadSettings(port));
-    EXPECT_EQ(host.WarnedAboutTabsInFile(), warned) << value;
-  }
-}
-
 TEST(WriteReport, WorkbookIsWrittenWithItsCaption) {
   JobFixture f;
   const std::string output = f.dir.File("book.xlsx");
