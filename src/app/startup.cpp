@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -67,21 +68,31 @@ void ReportStop(const Context& ctx, ConsolePort& port, const BatchStop& stop) {
 
 }  // namespace
 
-int RunMain(int argc, char** argv) {
-  const std::vector<std::string> args(argv + (argc > 0 ? 1 : 0), argv + argc);
-  ConsolePort port(stderr, ::isatty(STDERR_FILENO) == 1);
-  Context ctx(port, FindAppFolder());
-
+std::string PrepareApplicationFolder(Context& ctx) {
   WriteErrorLogHeader(ctx.AppFile("ErrorLog.txt"));
   Trace("MainModule.Main 1");
   ctx.run.commandLineMode = false;
   ctx.tabSize = 8;
-  const std::string configPath = ctx.AppFile("config.ini");
+  std::string configPath = ctx.AppFile("config.ini");
   if (!FileExists(configPath)) CreateDefaultConfig(configPath);
   Trace("MainModule.Main 2");
+  return configPath;
+}
 
-  if (args.empty()) {
-    // No window yet: the interactive program comes with the main window.
+bool DisplayAvailable() {
+  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+    const char* value = std::getenv(name);
+    if (value != nullptr && *value != '\0') return true;
+  }
+  return false;
+}
+
+int RunMain(int argc, char** argv) {
+  const std::vector<std::string> args(argv + (argc > 0 ? 1 : 0), argv + argc);
+  ConsolePort port(stderr, ::isatty(STDERR_FILENO) == 1);
+  Context ctx(port, FindAppFolder());
+  const std::string configPath = PrepareApplicationFolder(ctx);
+  if (args.empty()) {  // the window is started by main() before it gets here
     PrintHelp();
     return 0;
   }
