@@ -431,7 +431,7 @@ void MainWindow::ToolbarButtonClick(const QString& key) {
 }
 
 bool MainWindow::Running() const {
-  return ctx_.run.running;
+  return job_running_;
 }
 
 void MainWindow::Convert() {
@@ -450,13 +450,13 @@ void MainWindow::Convert() {
   ctx_.recipeBoxText = o.sRecipeFile;
   ctx_.run.commandLineMode = false;
   ctx_.run.stopRequested.store(false);
-  ctx_.run.running = true;
+  job_running_ = true;
   convert_->setEnabled(false);
   pause_->setEnabled(true);
   QApplication::setOverrideCursor(Qt::BusyCursor);
   BeginProcessing(ctx_, settings_);
   QApplication::restoreOverrideCursor();
-  ctx_.run.running = false;
+  job_running_ = false;
   convert_->setEnabled(true);
   pause_->setEnabled(false);
 }

@@ -81,6 +81,8 @@ class MainWindow : public QWidget {
   Settings& settings_;
   HelpWindow* help_ = nullptr;
   bool list_being_filled_ = false;
+  // A whole Convert, batch included (the context's flag marks one file's pass only).
+  bool job_running_ = false;
 
   QMenuBar* menu_bar_;
   QToolBar* toolbar_;

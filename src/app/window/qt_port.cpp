@@ -84,6 +84,7 @@ bool QtPort::AskYesNo(std::string_view text, Icon icon, std::string_view title) 
 void QtPort::Status(int panel, std::string_view text) {
   if (panel < 1 || panel > 3 || targets_.panels[panel - 1] == nullptr) return;
   targets_.panels[panel - 1]->setText(Q(text));
+  if (status_observer_) status_observer_(panel, std::string(text));
   if (panel != 3 || targets_.progress == nullptr) return;
   long long done = 0, total = 0;
   if (ProgressOfStatus(text, done, total) && total > 0 && done <= total) {

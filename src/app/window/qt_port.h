@@ -31,6 +31,10 @@ class QtPort final : public UiPort {
 
   void SetTargets(const Targets& targets) { targets_ = targets; }
   void SetAnswerer(Answerer answerer) { answerer_ = std::move(answerer); }
+  // Told every status text after it is shown (tests act on a conversion's progress with it).
+  void SetStatusObserver(std::function<void(int panel, const std::string& text)> observer) {
+    status_observer_ = std::move(observer);
+  }
 
   void Message(std::string_view text, Icon icon, std::string_view title) override;
   void Note(std::string_view text) override { Message(text, Icon::Information, {}); }
@@ -49,6 +53,7 @@ class QtPort final : public UiPort {
  private:
   Targets targets_;
   Answerer answerer_;
+  std::function<void(int, const std::string&)> status_observer_;
   std::int64_t last_events_ns_ = 0;
   double longest_gap_ms_ = 0;
 };
