@@ -190,6 +190,26 @@ TEST(Cli, HelpAndRejectedCommandLines) {
   }
 }
 
+// Without a display the window is not attempted: one error line, exit status 1; a conversion on
+// the command line needs no display at all.
+TEST(Cli, NoDisplayNeededOnTheCommandLineAndSaidForTheWindow) {
+  Work w;
+  std::vector<std::pair<std::string, std::string>> saved;
+  for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+    if (const char* value = std::getenv(name)) saved.emplace_back(name, value);
+    unsetenv(name);
+  }
+  auto r = w.Run({});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(r.err.rfind("kroveld: error: no display found", 0), 0u) << r.err;
+  EXPECT_NE(r.err.find("kroveld --help"), std::string::npos) << r.err;
+  EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+  r = w.Run({"-i", w.F("trial-balance.txt"), "-o", w.F("tb.csv"), "-r", w.F("trial-balance.rcp")});
+  for (const auto& [name, value] : saved) setenv(name.c_str(), value.c_str(), 1);
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(ReadFile(w.F("tb.csv")), ExpectedCsv());
+}
+
 TEST(Cli, LogSwitchCreatesFoldersAndTabAndSheetSwitchesParse) {
   Work w;
   auto r = w.Run({"/I" + Backslashed(w.F("trial-balance.txt")), "/O" + Backslashed(w.F("t2.csv")),
