@@ -121,7 +121,11 @@ MainWindow::MainWindow(Context& ctx, QtPort& port, Settings& settings, QWidget* 
   BuildStep2();
   BuildStep3();
   for (QGroupBox* step : step_) layout->addWidget(step);
-  layout->addStretch();
+  // Frames keep their natural height; spare room goes below the last step.
+  for (QGroupBox* box : findChildren<QGroupBox*>()) {
+    box->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+  }
+  layout->addStretch(1);
   BuildMenusAndToolbar();
   settings_.OnUpdateMRUs([this] { UpdateMRUs(); });
 }

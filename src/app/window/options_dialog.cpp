@@ -87,6 +87,7 @@ OptionsDialog::OptionsDialog(Settings& owner, QtPort& port, QWidget* parent)
   auto* layout = new QVBoxLayout(this);
   layout->addWidget(tabs_);
   layout->addLayout(buttons);
+  setMinimumWidth(440);
 
   // Load: the first page in front, the controls from the owner's four settings.
   tabs_->setCurrentIndex(0);
