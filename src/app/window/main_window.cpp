@@ -57,6 +57,8 @@ QComboBox* Field(QWidget* parent, const char* name) {
   auto* box = Named(new QComboBox(parent), name);
   box->setEditable(true);
   box->setInsertPolicy(QComboBox::NoInsert);
+  // Screen readers name an editable drop-down by its text field: that field carries the name too.
+  box->lineEdit()->setAccessibleName(QString::fromLatin1(name));
   box->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
   box->setMinimumContentsLength(30);
   return box;
