@@ -89,7 +89,9 @@ void clsTable::Process(Context& ctx, int csvFile) {
   // stops as soon as both are found.
   const std::string keyFile = ctx.recipe.InputFilePath(ctx.recipe.InputFileFirst);
   const std::string_view keys[] = {ReadStartLine, ReadEndLine};
-  const std::vector<KeyLine> found = FindFirstLinesContaining(keyFile, keys);
+  // A block of the search takes a millisecond or two: the window stays live through it.
+  const std::vector<KeyLine> found =
+      FindFirstLinesContaining(keyFile, keys, [&ui] { ui.ProcessEvents(); });
   const KeyLine& top = found[0];
   const KeyLine& bottom = found[1];
   if (top.line == 0) {

@@ -75,7 +75,8 @@ std::int64_t FindNextLine(TextFile& file, std::string_view text1, std::string_vi
 }
 
 std::vector<KeyLine> FindFirstLinesContaining(const std::string& path,
-                                              std::span<const std::string_view> keys) {
+                                              std::span<const std::string_view> keys,
+                                              const std::function<void()>& afterBlock) {
   std::vector<KeyLine> found(keys.size());
   // A key holding a line end can never lie inside one line: it is not searched for.
   std::vector<bool> pending(keys.size());
@@ -138,6 +139,7 @@ std::vector<KeyLine> FindFirstLinesContaining(const std::string& path,
     std::memmove(buf.data(), buf.data() + len - next, next);
     base += static_cast<std::int64_t>(len - next);
     carry = next;
+    if (afterBlock) afterBlock();
   }
 }
 

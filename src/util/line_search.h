@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -31,9 +32,11 @@ struct KeyLine {
 // One pass over the file at `path` for several keys at once: for each key, the first line that
 // contains it as a substring (case-sensitive; an empty key matches the first non-empty line), as
 // FindFirstLineContaining would find it. Reading stops as soon as every key is found. All lines
-// 0 when the file cannot be read.
+// 0 when the file cannot be read. `afterBlock`, when given, is called after each block of a few
+// megabytes, so that a long search can let the user interface breathe.
 std::vector<KeyLine> FindFirstLinesContaining(const std::string& path,
-                                              std::span<const std::string_view> keys);
+                                              std::span<const std::string_view> keys,
+                                              const std::function<void()>& afterBlock = {});
 
 // Number (from 1) of the first line of the file at `path` that contains `key` as a substring
 // (case-sensitive). An empty key matches the first non-empty line. 0 when no line matches or the
