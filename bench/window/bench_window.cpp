@@ -7,6 +7,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QComboBox>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -49,6 +50,8 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "window said: %s\n", text.c_str());
     return false;
   });
+  // The window's own application folder, made as start-up makes one, so config.ini is created.
+  QDir().mkpath(work + QStringLiteral("/window-home"));
   Context ctx(port, (work + QStringLiteral("/window-home")).toStdString());
   Settings settings(PrepareApplicationFolder(ctx));
   MainFrame frame(ctx, port, settings);
