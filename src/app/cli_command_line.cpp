@@ -97,7 +97,9 @@ std::string FirstUnknownOption(const CLI::App& app, const std::vector<std::strin
 std::string AbsolutePath(const std::string& path) {
   if (path.empty()) return path;
   std::error_code ec;
-  auto abs = std::filesystem::absolute(path, ec);
+  // A path typed with backslashes is the same path: make it native before deciding whether it is
+  // relative, so \data\june.txt is absolute as /data/june.txt is.
+  auto abs = std::filesystem::absolute(NativePath(path), ec);
   return ec ? path : abs.lexically_normal().string();
 }
 

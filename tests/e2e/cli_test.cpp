@@ -44,6 +44,11 @@ TEST(Cli, SingleConversionThroughTheConventionalSyntax) {
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(r.err, "");
   EXPECT_EQ(ReadFile(w.F("tb2.csv")), ExpectedCsv());
+  // Absolute paths typed with backslashes are the same paths.
+  r = w.Run({"-i", Backslashed(w.F("trial-balance.txt")), "-o", Backslashed(w.F("tb3.csv")), "-r",
+             Backslashed(w.F("trial-balance.rcp"))});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(ReadFile(w.F("tb3.csv")), ExpectedCsv());
 }
 
 TEST(Cli, BareNamesOfTheSlashSyntaxAreInTheApplicationFolder) {
