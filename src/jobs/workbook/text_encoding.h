@@ -9,7 +9,7 @@
 namespace kroveld {
 
 bool IsValidUtf8(std::string_view text);
-// Appends the UTF-8 form of a code point of the Basic Multilingual Plane.
+// Appends the UTF-8 form of a code point.
 void AppendCodePoint(std::uint32_t cp, std::string& out);
 // Appends `bytes` to `out` as UTF-8 (unchanged when already valid UTF-8, else from Windows-1252).
 void AppendAsUtf8(std::string_view bytes, std::string& out);

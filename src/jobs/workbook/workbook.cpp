@@ -135,7 +135,20 @@ CellView Sheet::Get(int row, int column) const {
   return view;
 }
 
+void Sheet::SetKeptWidth(int column, double width) {
+  if (column < 1 || column > kMaxSheetColumns || !(width > 0)) return;
+  if (kept_widths_.size() < static_cast<std::size_t>(column)) kept_widths_.resize(column);
+  kept_widths_[column - 1] = width;
+}
+
+double Sheet::KeptWidth(int column) const {
+  return column >= 1 && static_cast<std::size_t>(column) <= kept_widths_.size()
+             ? kept_widths_[column - 1]
+             : 0;
+}
+
 void Sheet::Clear() {
+  std::vector<double>().swap(kept_widths_);
   std::vector<std::vector<Cell>>().swap(rows_);
   std::string().swap(arena_);
   arena_garbage_ = 0;

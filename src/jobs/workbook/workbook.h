@@ -27,6 +27,9 @@ NumberFormat NumberFormatFromCode(std::string_view code);
 // 3 "#,##0", 4 "#,##0.00"); any other id is General.
 NumberFormat BuiltInNumberFormat(int id);
 
+// The size of the standard font, in points, in every workbook format.
+inline constexpr double kStandardFontSize = 10;
+
 // The largest sheet any workbook file can hold; cells beyond are not kept.
 inline constexpr int kMaxSheetRows = 1048576;
 inline constexpr int kMaxSheetColumns = 16384;
@@ -60,6 +63,11 @@ class Sheet {
   // Cells of a row in column order (row 1-based); empty cells are skipped by callers.
   int RowLength(int row) const;
 
+  // Column widths, in characters of the standard font, that an existing file gave its columns;
+  // 0 where it gave none. Clear() forgets them with the cells.
+  void SetKeptWidth(int column, double width);
+  double KeptWidth(int column) const;
+
  private:
   struct Cell {
     CellType type = CellType::kEmpty;
@@ -77,6 +85,7 @@ class Sheet {
   std::vector<std::vector<Cell>> rows_;
   void TrimTrailingRows();
 
+  std::vector<double> kept_widths_;
   std::string arena_;
   std::size_t arena_garbage_ = 0;  // bytes of texts that were overwritten
   int max_column_ = 0;

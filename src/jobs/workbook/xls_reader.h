@@ -1,7 +1,8 @@
-// Reads an existing Excel 97-2003 .xls file into a workbook through FreeXL: sheet names and the
-// text and number cells, numbers with their formats ("#,##0.00" and the other formats the model
-// knows; any other format reads as General). Fonts and formulas are not read: formula cells are
-// skipped, dates and times come back as text.
+// Reads an existing Excel 97-2003 .xls file into a workbook: sheet names, the text and number
+// cells, numbers with their formats ("#,##0.00" and the other formats the model knows; any other
+// format reads as General) and column widths. Formula cells give the result the file keeps;
+// dates and times come back as text ("2024-06-30", "2024-06-30 08:15:00", "08:15:00"); fonts
+// are not read.
 #pragma once
 
 #include <string>

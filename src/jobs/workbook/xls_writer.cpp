@@ -7,11 +7,13 @@
 #include <gsf/gsf-output-stdio.h>
 #include <gsf/gsf-output.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <unordered_map>
 #include <vector>
 
+#include "jobs/workbook/column_widths.h"
 #include "util/files.h"
 
 namespace kroveld {
@@ -37,6 +39,7 @@ enum : std::uint16_t {
   kWindow2 = 0x023E,
   kLabelSst = 0x00FD,
   kNumber = 0x0203,
+  kColInfo = 0x007D,
 };
 
 void Put8(std::string& out, std::uint8_t v) {
@@ -238,14 +241,14 @@ void PutGlobalsHead(std::string& out, const Workbook& book) {
   // Font records 0..3 all describe the standard font (index 4 does not exist in BIFF).
   for (int i = 0; i < 4; ++i) {
     std::string d;
-    Put16(d, 200);     // 10 points in twips
-    Put16(d, 0);       // no italic, strike-out
-    Put16(d, 0x7FFF);  // automatic colour
-    Put16(d, 400);     // normal weight
-    Put16(d, 0);       // no super/subscript
-    Put8(d, 0);        // no underline
-    Put8(d, 0);        // family
-    Put8(d, 0);        // character set
+    Put16(d, static_cast<std::uint16_t>(kStandardFontSize * 20));  // in twips
+    Put16(d, 0);                                                   // no italic, strike-out
+    Put16(d, 0x7FFF);                                              // automatic colour
+    Put16(d, 400);                                                 // normal weight
+    Put16(d, 0);                                                   // no super/subscript
+    Put8(d, 0);                                                    // no underline
+    Put8(d, 0);                                                    // family
+    Put8(d, 0);                                                    // character set
     Put8(d, 0);
     PutShortString(d, book.StandardFont());
     Record(out, kFont, d);
@@ -283,6 +286,18 @@ bool CheckSize(const Sheet& sheet, std::string& error) {
 // written.
 void PutSheet(std::string& out, const Sheet& sheet, bool first, const std::uint32_t*& next_text) {
   PutBof(out, 0x0010);
+  const std::vector<double> widths = ColumnWidths(sheet);
+  for (std::size_t c = 0; c < widths.size(); ++c) {
+    if (widths[c] <= 0) continue;
+    std::string d;
+    Put16(d, static_cast<std::uint16_t>(c));  // first and last column
+    Put16(d, static_cast<std::uint16_t>(c));
+    Put16(d, static_cast<std::uint16_t>(std::min(255.0, widths[c] + kColumnPadding) * 256));
+    Put16(d, kFirstCellXf);
+    Put16(d, 0);  // options
+    Put16(d, 0);
+    Record(out, kColInfo, d);
+  }
   {
     std::string d;
     const bool empty = sheet.MaxRow() == 0;

@@ -5,6 +5,7 @@
 
 #include <zip.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <memory>
@@ -12,6 +13,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "jobs/workbook/column_widths.h"
 #include "jobs/workbook/text_encoding.h"
 #include "util/files.h"
 
@@ -23,16 +25,30 @@ struct ZipCloser {
 };
 using ZipPtr = std::unique_ptr<zip_t, ZipCloser>;
 
+// A part larger than this is not one a workbook this program reads back can hold: the package
+// counts as unreadable.
+constexpr zip_uint64_t kMaxEntryBytes = zip_uint64_t{1} << 30;
+
+// Reads a part. The buffer grows with the bytes that really arrive, not with the size the zip
+// directory claims, so a small file that claims a huge part costs nothing.
 bool ReadEntry(zip_t* zip, const std::string& name, std::string& out) {
   zip_stat_t st;
   zip_stat_init(&st);
   if (zip_stat(zip, name.c_str(), 0, &st) != 0 || !(st.valid & ZIP_STAT_SIZE)) return false;
+  if (st.size > kMaxEntryBytes) return false;
   zip_file_t* f = zip_fopen(zip, name.c_str(), 0);
   if (!f) return false;
-  out.resize(st.size);
-  zip_int64_t got = st.size == 0 ? 0 : zip_fread(f, out.data(), st.size);
+  out.clear();
+  char chunk[1 << 16];
+  bool ok = true;
+  for (;;) {
+    const zip_int64_t got = zip_fread(f, chunk, sizeof chunk);
+    if (got < 0 || out.size() + static_cast<zip_uint64_t>(got) > st.size) ok = false;
+    if (got <= 0 || !ok) break;
+    out.append(chunk, static_cast<std::size_t>(got));
+  }
   zip_fclose(f);
-  return got == static_cast<zip_int64_t>(st.size);
+  return ok && out.size() == st.size;
 }
 
 std::string_view LocalName(const char* name) {
@@ -204,6 +220,14 @@ Styles ReadStyles(zip_t* zip, const std::string& part) {
 
 void ReadSheetCells(const pugi::xml_node& root, const std::vector<std::string>& strings,
                     const Styles& styles, Sheet& sheet) {
+  for (pugi::xml_node col : Child(root, "cols").children()) {
+    const double width = col.attribute("width").as_double() - kColumnPadding;
+    if (!Is(col, "col") || !(width > 0)) continue;
+    const int last = std::min(col.attribute("max").as_int(), kMaxSheetColumns);
+    for (int c = std::max(1, col.attribute("min").as_int()); c <= last; ++c) {
+      sheet.SetKeptWidth(c, width);
+    }
+  }
   int row = 0;
   std::string text;
   for (pugi::xml_node r : Child(root, "sheetData").children()) {

@@ -3,13 +3,47 @@
 
 #include <xlsxwriter.h>
 
+#include <cstdio>
+
+#include "jobs/workbook/column_widths.h"
 #include "util/files.h"
 
 namespace kroveld {
 namespace {
 
 constexpr std::size_t kMaxCellChars = 32767;
-constexpr double kDefaultFontSize = 11;
+
+// Characters XML 1.0 cannot carry (controls other than tab, line feed and carriage return, and
+// U+FFFE, U+FFFF) become "_xHHHH_", as spreadsheet programs write them; a "_x" that would read as
+// such an escape is itself protected as "_x005F_". Everything else is copied.
+void EscapeForXml(std::string_view text, std::string& out) {
+  out.clear();
+  auto escape = [&out](unsigned cp) {
+    char buf[8];
+    std::snprintf(buf, sizeof buf, "_x%04X_", cp);
+    out += buf;
+  };
+  auto is_hex = [](char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+  };
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    if (c < 0x20 && c != '\t' && c != '\n' && c != '\r') {
+      escape(c);
+    } else if (c == 0xEF && i + 2 < text.size() &&
+               static_cast<unsigned char>(text[i + 1]) == 0xBF &&
+               (static_cast<unsigned char>(text[i + 2]) & 0xFE) == 0xBE) {
+      escape(static_cast<unsigned char>(text[i + 2]) == 0xBE ? 0xFFFE : 0xFFFF);
+      i += 2;
+    } else if (c == '_' && i + 6 < text.size() && text[i + 1] == 'x' && text[i + 6] == '_' &&
+               is_hex(text[i + 2]) && is_hex(text[i + 3]) && is_hex(text[i + 4]) &&
+               is_hex(text[i + 5])) {
+      escape('_');
+    } else {
+      out += static_cast<char>(c);
+    }
+  }
+}
 
 // The longest prefix of UTF-8 text with at most kMaxCellChars UTF-16 units.
 std::string_view CutToCellLimit(std::string_view text) {
@@ -46,13 +80,13 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
   lxw_format* normal = STAILQ_FIRST(wb->formats);
   if (normal) {
     format_set_font_name(normal, font.c_str());
-    format_set_font_size(normal, kDefaultFontSize);
+    format_set_font_size(normal, kStandardFontSize);
   }
   lxw_format* formats[5] = {nullptr, nullptr, nullptr, nullptr, nullptr};
   for (int f = 1; f < 5; ++f) {
     formats[f] = workbook_add_format(wb);
     format_set_font_name(formats[f], font.c_str());
-    format_set_font_size(formats[f], kDefaultFontSize);
+    format_set_font_size(formats[f], kStandardFontSize);
     format_set_num_format_index(formats[f], static_cast<uint8_t>(f));  // built-in 1..4
   }
 
@@ -66,6 +100,13 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
       failure = LXW_ERROR_SHEETNAME_ALREADY_USED;
       break;
     }
+    const std::vector<double> widths = ColumnWidths(sheet);
+    for (std::size_t c = 0; c < widths.size(); ++c) {
+      if (widths[c] > 0) {
+        worksheet_set_column(ws, static_cast<lxw_col_t>(c), static_cast<lxw_col_t>(c), widths[c],
+                             nullptr);
+      }
+    }
     for (int r = 1; r <= sheet.MaxRow() && failure == LXW_NO_ERROR; ++r) {
       const int length = sheet.RowLength(r);
       for (int c = 1; c <= length; ++c) {
@@ -75,8 +116,7 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
           e = worksheet_write_number(ws, r - 1, static_cast<lxw_col_t>(c - 1), cell.number,
                                      formats[static_cast<int>(cell.format)]);
         } else if (cell.type == CellType::kText && !cell.text.empty()) {
-          text.assign(CutToCellLimit(cell.text));
-          std::erase(text, '\0');  // the C interface ends a text at NUL; drop them, keep the rest
+          EscapeForXml(CutToCellLimit(cell.text), text);
           e = worksheet_write_string(ws, r - 1, static_cast<lxw_col_t>(c - 1), text.c_str(),
                                      nullptr);
         }
