@@ -44,8 +44,20 @@ void NoteTabs(Context& ctx, ConversionHost& host) {
   }
 }
 
+// The system's message, and what the path really is when something stands there.
 void MissingInput(Context& ctx) {
   ctx.ui.Message("Input file: " + ctx.currentInput + " does not exist!", Icon::Exclamation);
+  if (FolderExists(ctx.currentInput)) {
+    std::string pattern = ctx.currentInput;
+    if (!pattern.empty() && !IsSeparator(pattern.back())) pattern += '/';
+    ctx.ui.Message(
+        ctx.currentInput + " is a folder; '" + pattern + "*.txt' converts the reports in it",
+        Icon::Information);
+  } else if (PathExists(ctx.currentInput)) {
+    ctx.ui.Message(
+        ctx.currentInput + " is not a regular file (a pipe or a device), so it is not read",
+        Icon::Information);
+  }
 }
 
 // The automatic recipe: a short recipe written from the marked-up input, then loaded.

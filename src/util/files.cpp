@@ -52,7 +52,14 @@ bool FileExists(std::string_view path) {
   const std::string_view trimmed = Trim(path);
   struct stat st {};
   if (!StatPath(trimmed, st)) return false;
-  return !S_ISDIR(st.st_mode);
+  // A folder, a pipe or a device is not a file: reading a FIFO would wait for a writer and a
+  // device such as /dev/zero never ends.
+  return S_ISREG(st.st_mode);
+}
+
+bool PathExists(std::string_view path) {
+  struct stat st {};
+  return StatPath(Trim(path), st);
 }
 
 bool FolderExists(std::string_view path) {

@@ -12,10 +12,12 @@ bool IsSeparator(char c);
 // The path as the file system wants it: every '\' becomes '/'.
 std::string NativePath(std::string_view path);
 
-// True when a regular file (or anything that is not a folder) exists at the trimmed path; false
-// for an empty path and on any error.
+// True when a regular file exists at the trimmed path (a folder, a pipe or a device is not one);
+// false for an empty path and on any error.
 bool FileExists(std::string_view path);
 bool FolderExists(std::string_view path);
+// True when anything (file, folder, pipe, device) exists at the trimmed path.
+bool PathExists(std::string_view path);
 // True when the folder lists anything (files or folders).
 bool FolderHasEntries(std::string_view path);
 

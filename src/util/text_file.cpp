@@ -30,14 +30,20 @@ bool TextFile::Open(const std::string& path) {
     error_ = "no file name given";
     return false;
   }
+  // Looked at before opening: opening a FIFO would wait for a writer.
+  struct stat st {};
+  if (::stat(native.c_str(), &st) == 0 && !S_ISREG(st.st_mode)) {
+    error_ = path + ": " +
+             (S_ISDIR(st.st_mode) ? std::string(std::strerror(EISDIR)) : "not a regular file");
+    return false;
+  }
   std::FILE* f = std::fopen(native.c_str(), "rb");
   if (f == nullptr) {
     error_ = path + ": " + LastErrorText();
     return false;
   }
-  struct stat st {};
-  if (::fstat(fileno(f), &st) != 0 || S_ISDIR(st.st_mode)) {
-    error_ = path + ": " + std::strerror(S_ISDIR(st.st_mode) ? EISDIR : errno);
+  if (::fstat(fileno(f), &st) != 0 || !S_ISREG(st.st_mode)) {
+    error_ = path + ": " + (S_ISDIR(st.st_mode) ? std::strerror(EISDIR) : "not a regular file");
     std::fclose(f);
     return false;
   }
@@ -46,8 +52,7 @@ bool TextFile::Open(const std::string& path) {
   // Small files (recipes, opened once per key) get a buffer of their size; everything else the
   // full megabyte. A file that grows while it is read is still read correctly.
   std::size_t want = kBufferSize;
-  if (S_ISREG(st.st_mode) && st.st_size >= 0 &&
-      static_cast<unsigned long long>(st.st_size) < kBufferSize - 1) {
+  if (st.st_size >= 0 && static_cast<unsigned long long>(st.st_size) < kBufferSize - 1) {
     want = std::max<std::size_t>(static_cast<std::size_t>(st.st_size) + 1, kSmallBuffer);
   }
   if (buf_.size() != want) {
@@ -55,6 +60,7 @@ bool TextFile::Open(const std::string& path) {
     buf_.shrink_to_fit();
   }
   lines_read_ = 0;  // Close() above reset the buffer state
+  first_cut_line_ = 0;
   long_line_.clear();
   return true;
 }
@@ -123,7 +129,7 @@ bool TextFile::ReadLine(std::string_view& line) {
         }
       }
       if (in_long) {
-        long_line_.append(s, k);
+        AppendToLongLine(s, k);
         line = long_line_;
       } else {
         line = std::string_view(s, k);
@@ -146,9 +152,17 @@ bool TextFile::ReadLine(std::string_view& line) {
       long_line_.clear();
       in_long = true;
     }
-    long_line_.append(s, n);
+    AppendToLongLine(s, n);
     pos_ = end_ = 0;
   }
+}
+
+// Adds bytes of a line longer than the buffer, up to kMaxLineBytes; the line's number is kept
+// the first time one is cut.
+void TextFile::AppendToLongLine(const char* s, std::size_t n) {
+  const std::size_t room = kMaxLineBytes - std::min(kMaxLineBytes, long_line_.size());
+  if (n > room && first_cut_line_ == 0) first_cut_line_ = lines_read_ + 1;
+  long_line_.append(s, std::min(n, room));
 }
 
 bool TextFile::ReadLine(std::string& line) {

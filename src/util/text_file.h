@@ -1,6 +1,8 @@
 // Buffered sequential reader of 8-bit text files. Lines may end in CR LF, LF or a lone CR; the
-// line end is not part of the line. A last line without a line end is still a line. Lines of
-// any length are returned whole; memory grows only with the longest line, never with the file.
+// line end is not part of the line. A last line without a line end is still a line. Only regular
+// files are read (a pipe or a device is refused). A line is returned whole up to kMaxLineBytes
+// (far beyond any print-out); a longer one is cut there and the rest of it skipped, so memory
+// stays bounded whatever the file holds.
 #pragma once
 
 #include <cstdint>
@@ -10,6 +12,9 @@
 #include <vector>
 
 namespace kroveld {
+
+// The longest line handed out; the bytes of a line beyond it are skipped.
+inline constexpr std::size_t kMaxLineBytes = std::size_t{16} << 20;
 
 class TextFile {
  public:
@@ -38,11 +43,14 @@ class TextFile {
 
   // Number of lines read or skipped so far.
   std::int64_t LinesRead() const { return lines_read_; }
+  // The number of the first line that was cut at kMaxLineBytes (0 when none was).
+  std::int64_t FirstCutLine() const { return first_cut_line_; }
   const std::string& Error() const { return error_; }
 
  private:
   bool Fill();
   void FinishCrLf();  // called when pending_cr_ is set
+  void AppendToLongLine(const char* s, std::size_t n);
 
   std::FILE* file_ = nullptr;
   std::vector<char> buf_;
@@ -52,6 +60,7 @@ class TextFile {
   bool pending_cr_ = false;  // the previous chunk ended in CR: skip a leading LF
   std::string long_line_;
   std::int64_t lines_read_ = 0;
+  std::int64_t first_cut_line_ = 0;
   std::string error_;
 };
 

@@ -18,14 +18,16 @@ class UiPort {
   virtual ~UiPort() = default;
 
   // A modal message box. An empty title means the application's default title.
-  virtual void Message(std::string_view text, Icon icon = Icon::None, std::string_view title = {}) = 0;
+  virtual void Message(std::string_view text, Icon icon = Icon::None,
+                       std::string_view title = {}) = 0;
   // An informational note that is not a failure (the tab-characters note): shown like a message
   // with the information icon, but a front end does not count it against the run's exit status.
   virtual void Note(std::string_view text) { Message(text, Icon::Information); }
   // A Yes/No question; true means Yes.
   virtual bool AskYesNo(std::string_view text, Icon icon = Icon::Question,
                         std::string_view title = {}) = 0;
-  // Status-bar panel text (panels 1..3 of the main frame; 2 is the elapsed time, 3 the file and row).
+  // Status-bar panel text (panels 1..3 of the main frame; 2 is the elapsed time, 3 the file and
+  // row).
   virtual void Status(int panel, std::string_view text) = 0;
   // The main frame's caption: read so it can be put back, and replaced.
   virtual std::string Caption() const = 0;

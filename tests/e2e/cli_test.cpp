@@ -109,6 +109,16 @@ TEST(Cli, EachRefusalIsOneLineOnStderrWithExitStatusOne) {
        "kroveld: warning: Recipe file " + w.F("none.rcp") + " does not exist!\n"},
       {{"-i", "trial-balance.txt", "-o", "a.csv", "-r", "recipe-folder.rcp"},
        "kroveld: warning: Recipe file " + w.F("recipe-folder.rcp") + " does not exist!\n"},
+      {{"-i", "trial-balance.txt", "-o", "a.csv", "-r", "/dev/zero"},
+       "kroveld: warning: Recipe file /dev/zero does not exist!\n"},
+      // What stands at an input path that is not a report is said after the system's message.
+      {{"-i", "recipe-folder.rcp", "-o", "a.csv", "-r", "trial-balance.rcp"},
+       "kroveld: warning: Input file: " + w.F("recipe-folder.rcp") +
+           " does not exist!\nkroveld: note: " + w.F("recipe-folder.rcp") + " is a folder; '" +
+           w.F("recipe-folder.rcp") + "/*.txt' converts the reports in it\n"},
+      {{"-i", "/dev/urandom", "-o", "a.csv"},
+       "kroveld: warning: Input file: /dev/urandom does not exist!\nkroveld: note: /dev/urandom "
+       "is not a regular file (a pipe or a device), so it is not read\n"},
       {{"-i", "missing/*.txt", "-o", "out/*.csv"}, "kroveld: Unable to create file list\n"},
       {{"-i", "*.txt", "-o", "out/all.csv"},
        "kroveld: note: You must specify a proper output file which includes the wild card "

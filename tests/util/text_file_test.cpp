@@ -2,6 +2,7 @@
 #include "util/text_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <memory>
 #include <string>
@@ -77,18 +78,28 @@ TEST(TextFile, CrLfSplitAcrossTheBufferBoundary) {
   for (const auto& l : lines) ASSERT_EQ(l, "abcde");
 }
 
-TEST(TextFile, LinesLongerThanTheBufferComeBackWhole) {
+TEST(TextFile, LinesLongerThanTheBufferComeBackWholeUpToTheCap) {
   TempDir dir;
-  std::string big(10u << 20, 'q');
+  std::string big(3u << 20, 'q');  // three buffers long, under the cap
   big[12345] = 'A';
   big.back() = 'Z';
-  const std::string content = "short\n" + big + "\r\nafter\n" + big;  // last one without end
-  const Lines lines = ReadAll(dir.Write("big.txt", content));
-  ASSERT_EQ(lines.size(), 4u);
+  std::string huge(kMaxLineBytes + (5u << 20), 'h');
+  const std::string content =
+      "short\n" + big + "\r\nafter\n" + huge + "\nnext\n" + big;  // last one without end
+  TextFile f;
+  ASSERT_TRUE(f.Open(dir.Write("big.txt", content))) << f.Error();
+  Lines lines;
+  std::string_view line;
+  while (f.ReadLine(line)) lines.emplace_back(line);
+  ASSERT_EQ(lines.size(), 6u);
   EXPECT_EQ(lines[0], "short");
   EXPECT_EQ(lines[1], big);
   EXPECT_EQ(lines[2], "after");
-  EXPECT_EQ(lines[3], big);
+  EXPECT_EQ(lines[3], huge.substr(0, kMaxLineBytes));  // cut, the rest skipped
+  EXPECT_EQ(lines[4], "next");
+  EXPECT_EQ(lines[5], big);
+  EXPECT_EQ(f.FirstCutLine(), 4);
+  EXPECT_EQ(ReadAll(dir.Write("small.txt", "a\nb")).size(), 2u);
 }
 
 TEST(TextFile, SkipAtEndAndReopen) {
@@ -142,6 +153,13 @@ TEST(TextFile, MissingFilesFoldersAndBackslashPaths) {
   std::string_view v;
   EXPECT_FALSE(f.ReadLine(v));
   EXPECT_FALSE(f.Open(""));
+  // Pipes and devices are refused without waiting for a writer or reading without end.
+  const std::string fifo = dir.File("pipe");
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  for (const std::string& special : {fifo, std::string("/dev/zero")}) {
+    EXPECT_FALSE(f.Open(special));
+    EXPECT_EQ(f.Error(), special + ": not a regular file");
+  }
 
   dir.Write("sub/r.txt", "hello");
   std::string windows = dir.path() + "\\sub\\r.txt";
