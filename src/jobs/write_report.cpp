@@ -52,6 +52,7 @@ void WriteCsv(Context& ctx) {
 
 void WriteWorkbook(Context& ctx) {
   std::string failure;
+  std::string backup;
   {
     CaptionScope caption(ctx.ui, kWorkbookCaption);
     WorkbookSink sink;
@@ -62,8 +63,10 @@ void WriteWorkbook(Context& ctx) {
       ctx.recipe.ExportSpecs.Process(ctx, 0);
     }
     if (!sink.Save()) failure = FailureText(sink.Error(), ctx.currentOutput);
+    backup = sink.BackupNote();
     sink.Close();
   }
+  if (!backup.empty()) ctx.ui.Message(backup, Icon::Exclamation);
   if (!failure.empty()) ctx.ui.Message(failure, Icon::Critical);
 }
 

@@ -158,9 +158,15 @@ TEST_P(WorkbookFormats, UnreadableOutputIsKeptAsBak) {
     sink.SetCell(1, 1, 1, "fresh");
     ASSERT_TRUE(sink.Save()) << c.name << ": " << sink.Error();
     EXPECT_EQ(ReadFile(path + ".bak"), c.content) << c.name;
+    // One note says what could not be read and where it was kept.
+    EXPECT_EQ(sink.BackupNote().rfind("The existing output could not be read (" + path, 0), 0u)
+        << sink.BackupNote();
+    EXPECT_NE(sink.BackupNote().find("it was kept as " + path + ".bak"), std::string::npos);
     WorkbookSink again;
     again.Open(path, false);
     EXPECT_EQ(again.GetCell(1, 1, 1), "fresh") << c.name;
+    ASSERT_TRUE(again.Save()) << again.Error();
+    EXPECT_EQ(again.BackupNote(), "") << c.name;
   }
 }
 

@@ -56,6 +56,7 @@ bool WorkbookSink::IsOpenInSpreadsheetApp(const std::string& path) {
 void WorkbookSink::Open(const std::string& path, bool /*show: no window to show*/) {
   path_ = path;
   error_.clear();
+  backup_note_.clear();
   keep_backup_ = false;
   dropped_ = 0;
   book_ = Workbook();
@@ -79,6 +80,7 @@ void WorkbookSink::Open(const std::string& path, bool /*show: no window to show*
     // Not a workbook we can read: start afresh and keep the old file as NAME.bak on saving.
     book_ = Workbook();
     keep_backup_ = true;
+    unreadable_why_ = why.empty() ? path + ": not a workbook" : why;
     return;
   }
   book_.GetSheet(2);  // two sheets always exist
@@ -116,6 +118,10 @@ bool WorkbookSink::Save() {
     // The writers leave the old file as it was; the backup of it is not needed then.
     if (keep_backup_) ::unlink((NativePath(path_) + ".bak").c_str());
     return false;
+  }
+  if (keep_backup_ && FileExists(path_ + ".bak")) {
+    backup_note_ = "The existing output could not be read (" + unreadable_why_ +
+                   "); it was kept as " + path_ + ".bak and a new workbook was written";
   }
   keep_backup_ = false;
   if (dropped_ > 0) {

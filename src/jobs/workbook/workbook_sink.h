@@ -26,6 +26,9 @@ class WorkbookSink final : public OutputSink {
   bool Save();
   void Close();
   const std::string& Error() const { return error_; }
+  // After a Save that kept an unreadable old file as NAME.bak: what could not be read and where
+  // the file was kept ("" otherwise).
+  const std::string& BackupNote() const { return backup_note_; }
   Workbook& Model() { return book_; }
 
   void SetCell(int sheet, int row, int column, std::string_view value) override;
@@ -42,6 +45,8 @@ class WorkbookSink final : public OutputSink {
   std::string path_;
   std::string error_;
   bool keep_backup_ = false;
+  std::string unreadable_why_;  // the reader's reason, while keep_backup_ is set
+  std::string backup_note_;
   std::string scratch_;      // UTF-8 form of a Windows-1252 cell text being set
   std::size_t dropped_ = 0;  // cells beyond the largest sheet, not kept
 };

@@ -216,6 +216,17 @@ std::vector<std::string_view> WithContinues(const RecordView& first, Records& re
 // The workbook stream of the compound file ("Workbook", or "Book" in older files); empty when
 // there is none or it cannot be read.
 std::string ReadWorkbookStream(const std::string& native) {
+  // libgsf logs its complaints about a broken compound file through GLib; the caller reports the
+  // file as unreadable in one line of its own instead.
+  struct QuietGlib {
+    guint gsf = g_log_set_handler("libgsf", G_LOG_LEVEL_MASK, Ignore, nullptr);
+    guint gobject = g_log_set_handler("GLib-GObject", G_LOG_LEVEL_MASK, Ignore, nullptr);
+    ~QuietGlib() {
+      g_log_remove_handler("libgsf", gsf);
+      g_log_remove_handler("GLib-GObject", gobject);
+    }
+    static void Ignore(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
+  } quiet;
   std::string stream;
   GsfInput* input = gsf_input_stdio_new(native.c_str(), nullptr);
   if (!input) return stream;
