@@ -27,10 +27,15 @@ namespace {
 
 std::atomic<bool>* g_stop = nullptr;
 
-// The first Ctrl-C asks the batch to stop before its next file; a second one ends the process.
-extern "C" void OnInterrupt(int) {
+// Signals that stop a run as Ctrl-C does: the terminal's interrupt, a polite kill, and the
+// terminal going away.
+constexpr int kStopSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+// The first stop signal asks the batch to stop before its next file (the table under way ends at
+// its current row, and no temporary file is left behind); a second one ends the process.
+extern "C" void OnInterrupt(int signal) {
   if (g_stop != nullptr) g_stop->store(true);
-  std::signal(SIGINT, SIG_DFL);
+  std::signal(signal, SIG_DFL);
 }
 
 void PrintHelp() {
@@ -124,10 +129,10 @@ int RunMain(int argc, char** argv) {
   });
 
   g_stop = &ctx.run.stopRequested;
-  std::signal(SIGINT, OnInterrupt);
+  for (int signal : kStopSignals) std::signal(signal, OnInterrupt);
   BatchStop stop;
   BeginProcessing(ctx, settings, &stop);
-  std::signal(SIGINT, SIG_DFL);
+  for (int signal : kStopSignals) std::signal(signal, SIG_DFL);
   g_stop = nullptr;
 
   // The process ends without saving settings: the lists stay as config.ini had them.

@@ -3,6 +3,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +11,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
+#include <string_view>
+#include <unordered_set>
 
 #include "util/strings.h"
 
@@ -210,6 +214,49 @@ AtomicFile::~AtomicFile() {
   Abort();
 }
 
+namespace {
+
+constexpr std::string_view kTempMark = ".kroveld-";
+
+// The process that made a temporary file named ".NAME.kroveld-PID-XXXXXX"; 0 when the name is
+// not one of ours.
+long TempFileOwner(std::string_view name) {
+  if (name.size() < 2 || name.front() != '.') return 0;
+  const std::size_t mark = name.rfind(kTempMark);
+  if (mark == std::string_view::npos || mark == 0) return 0;
+  std::string_view rest = name.substr(mark + kTempMark.size());
+  const std::size_t dash = rest.find('-');
+  if (dash == 0 || dash == std::string_view::npos || rest.size() - dash - 1 != 6) return 0;
+  long pid = 0;
+  for (const char c : rest.substr(0, dash)) {
+    if (c < '0' || c > '9' || pid > 100000000) return 0;
+    pid = pid * 10 + (c - '0');
+  }
+  return pid;
+}
+
+}  // namespace
+
+void RemoveStaleTempFiles(const std::string& folder) {
+  // Once per folder and process: a batch of thousands of outputs scans its folder once.
+  static std::mutex mutex;
+  static std::unordered_set<std::string> done;
+  {
+    std::lock_guard<std::mutex> lock(mutex);
+    if (!done.insert(folder).second) return;
+  }
+  DIR* dir = ::opendir(folder.empty() ? "." : folder.c_str());
+  if (dir == nullptr) return;
+  while (const dirent* entry = ::readdir(dir)) {
+    const long pid = TempFileOwner(entry->d_name);
+    if (pid <= 0 || pid == ::getpid()) continue;
+    // kill(pid, 0) fails with ESRCH only when no such process exists.
+    if (::kill(static_cast<pid_t>(pid), 0) == 0 || errno != ESRCH) continue;
+    ::unlink((folder + entry->d_name).c_str());
+  }
+  ::closedir(dir);
+}
+
 bool AtomicFile::Open(std::string_view target) {
   Abort();
   error_.clear();
@@ -225,7 +272,10 @@ bool AtomicFile::Open(std::string_view target) {
     error_ = "Cannot write " + target_ + ": " + std::strerror(EISDIR);
     return false;
   }
-  temp_ = folder + "." + name + ".kroveld-XXXXXX";
+  RemoveStaleTempFiles(folder);
+  // The name carries the process that writes it, so a later run can tell a file left behind by a
+  // process that is gone (killed, or the machine stopped) from one still being written.
+  temp_ = folder + "." + name + std::string(kTempMark) + std::to_string(::getpid()) + "-XXXXXX";
   fd_ = ::mkostemp(temp_.data(), O_CLOEXEC);
   if (fd_ < 0) {
     error_ = "Cannot write " + target_ + ": " + LastErrorText();

@@ -47,6 +47,11 @@ struct FolderListing {
 };
 bool ListFolder(std::string_view path, FolderListing& out);
 
+// Removes the temporary files of AtomicFile in `folder` (empty or ending in a separator) whose
+// writing process is gone, as a process killed in the middle of a save leaves them. Runs once per
+// folder and process; AtomicFile::Open calls it.
+void RemoveStaleTempFiles(const std::string& folder);
+
 // Writes a file completely or not at all: the data goes to a temporary file in the same folder,
 // which is renamed over the target on Commit(). Destroying an uncommitted AtomicFile removes the
 // temporary file and leaves the target as it was.

@@ -332,10 +332,14 @@ TEST(Cli, ForeignConfigHeaderIsReportedAndLeftAlone) {
   EXPECT_EQ(ReadFile(w.home + "/config.ini"), foreign);
 }
 
-TEST(Cli, InterruptStopsABatchBetweenFiles) {
+// Ctrl-C, a polite kill and a closed terminal stop a batch alike.
+class CliStop : public ::testing::TestWithParam<int> {};
+INSTANTIATE_TEST_SUITE_P(Signals, CliStop, ::testing::Values(SIGINT, SIGTERM, SIGHUP));
+
+TEST_P(CliStop, StopsABatchBetweenFilesAndLeavesNoTemporaryFile) {
   Work w;
   const std::string report = ReadFile(w.F("trial-balance.txt"));
-  constexpr int kFiles = 3000;
+  constexpr int kFiles = 1500;
   fs::create_directories(w.F("many"));
   for (int i = 0; i < kFiles; ++i) {
     testing::WriteFile(w.F("many/r" + std::to_string(10000 + i) + ".txt"), report);
@@ -347,14 +351,14 @@ TEST(Cli, InterruptStopsABatchBetweenFiles) {
         for (int tries = 0; tries < 2000 && !fs::exists(w.F("out/r10001.csv")); ++tries) {
           std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
-        kill(pid, SIGINT);
+        kill(pid, GetParam());
       });
   // The stop is said on stderr (the terminate question answered Yes, once per table still to
   // run in the file under way, or one line for a stop between files), so the status is 1.
   EXPECT_EQ(r.status, 1) << r.err;
   const std::regex stopped(
       R"((kroveld: Do you want to terminate the process\? Yes\n)+|)"
-      R"(kroveld: warning: Conversion stopped by the user before file \d+ of 3000\n)");
+      R"(kroveld: warning: Conversion stopped by the user before file \d+ of 1500\n)");
   ASSERT_TRUE(r.err.starts_with(kTabNote)) << r.err;
   EXPECT_TRUE(std::regex_match(r.err.substr(std::string_view(kTabNote).size()), stopped)) << r.err;
   std::vector<std::string> outputs;
@@ -373,6 +377,9 @@ TEST(Cli, InterruptStopsABatchBetweenFiles) {
   }
   EXPECT_GE(written, 2);
   EXPECT_LT(written, kFiles);
+  for (const std::string& output : outputs) {
+    EXPECT_EQ(output.find(".kroveld-"), std::string::npos) << output;
+  }
 }
 
 }  // namespace

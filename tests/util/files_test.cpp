@@ -2,8 +2,11 @@
 #include "util/files.h"
 
 #include <gtest/gtest.h>
+
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
+#include <algorithm>
 
 #include "support/test_support.h"
 
@@ -96,6 +99,30 @@ TEST(AtomicFile, ReplacesTheTargetOnlyOnCommit) {
   EXPECT_EQ(st.st_mode & 0777, 0640u);
   ASSERT_TRUE(ListFolder(dir.path(), listing));
   EXPECT_EQ(listing.files, std::vector<std::string>{"out.csv"});
+}
+
+TEST(AtomicFile, TemporaryFilesOfGoneProcessesAreRemovedOnTheFirstOpen) {
+  TempDir dir;
+  // A process that has ended: its pid names no process any more.
+  const pid_t child = ::fork();
+  if (child == 0) ::_exit(0);
+  ASSERT_GT(child, 0);
+  ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+  const std::string gone = std::to_string(child);
+  const std::string alive = std::to_string(::getppid());  // our parent is running
+  dir.Write(".out.csv.kroveld-" + gone + "-a1B2c3", "stale");
+  dir.Write(".out.csv.kroveld-" + alive + "-a1B2c3", "being written");
+  dir.Write(".out.csv.kroveld-" + gone + "-short", "not our name");
+  dir.Write("out.csv.kroveld-" + gone + "-a1B2c3", "not hidden: not ours");
+  AtomicFile f;
+  ASSERT_TRUE(f.Open(dir.File("out.csv"))) << f.Error();
+  f.Abort();
+  FolderListing listing;
+  ASSERT_TRUE(ListFolder(dir.path(), listing));
+  std::sort(listing.files.begin(), listing.files.end());
+  EXPECT_EQ(listing.files, (std::vector<std::string>{".out.csv.kroveld-" + gone + "-short",
+                                                     ".out.csv.kroveld-" + alive + "-a1B2c3",
+                                                     "out.csv.kroveld-" + gone + "-a1B2c3"}));
 }
 
 TEST(AtomicFile, UnwritableFolderGivesAClearError) {
