@@ -437,25 +437,36 @@ bool WriteXls(const Workbook& book, const std::string& path, std::string& error)
   GsfOutput* out = gsf_output_stdio_new_FILE(temp.TempPath().c_str(), file, FALSE);
   GsfOutfile* ole = out ? gsf_outfile_msole_new(out) : nullptr;
   GsfOutput* child = ole ? gsf_outfile_new_child(ole, "Workbook", FALSE) : nullptr;
-  bool ok = child != nullptr;
-  ok = ok && gsf_output_write(child, stream.size(), reinterpret_cast<const guint8*>(stream.data()));
+  // The first failure's reason, taken from the output that failed while errno still tells it.
+  std::string why;
+  auto failed = [&why](GsfOutput* o) {
+    if (why.empty()) {
+      const GError* e = o ? gsf_output_error(o) : nullptr;
+      why = e && e->message && *e->message ? e->message : LastErrorText();
+    }
+    return false;
+  };
+  bool ok = child != nullptr || failed(nullptr);
+  ok = ok &&
+       (gsf_output_write(child, stream.size(), reinterpret_cast<const guint8*>(stream.data())) ||
+        failed(child));
   if (child) {
-    ok = gsf_output_close(child) && ok;
+    ok = (gsf_output_close(child) || failed(child)) && ok;
     g_object_unref(child);
   }
   if (ole) {
-    ok = gsf_output_close(GSF_OUTPUT(ole)) && ok;
+    ok = (gsf_output_close(GSF_OUTPUT(ole)) || failed(GSF_OUTPUT(ole))) && ok;
     g_object_unref(ole);
   }
   if (out) {
     // Closing the compound file closes its sink too; close it here only if it is still open.
-    if (!gsf_output_is_closed(out)) ok = gsf_output_close(out) && ok;
+    if (!gsf_output_is_closed(out)) ok = (gsf_output_close(out) || failed(out)) && ok;
     g_object_unref(out);
   } else {
     std::fclose(file);
   }
   if (!ok) {
-    error = path + ": writing the .xls file failed";
+    error = "Cannot write " + path + ": " + why;
     return false;
   }
   if (temp.Commit()) return true;

@@ -3,7 +3,10 @@
 
 #include <xlsxwriter.h>
 
+#include <unistd.h>
+
 #include <cstdio>
+#include <string>
 
 #include "jobs/workbook/column_widths.h"
 #include "util/files.h"
@@ -59,6 +62,50 @@ std::string_view CutToCellLimit(std::string_view text) {
   return text;
 }
 
+// libxlsxwriter prints its own "[ERROR] ..." lines to stderr. While a workbook is written they go
+// to a scratch file instead, and the reason they give becomes part of our one message.
+class LibraryErrors {
+ public:
+  LibraryErrors() {
+    std::fflush(stderr);
+    scratch_ = std::tmpfile();
+    saved_ = scratch_ ? ::dup(STDERR_FILENO) : -1;
+    if (saved_ >= 0) ::dup2(::fileno(scratch_), STDERR_FILENO);
+  }
+  ~LibraryErrors() {
+    Restore();
+    if (scratch_) std::fclose(scratch_);
+  }
+  // The system error libxlsxwriter quoted ("No space left on device"), or "" when none.
+  std::string SystemError() {
+    Restore();
+    if (!scratch_) return {};
+    std::string text;
+    std::rewind(scratch_);
+    char buf[4096];
+    std::size_t n;
+    while ((n = std::fread(buf, 1, sizeof buf, scratch_)) > 0 && text.size() < 65536) {
+      text.append(buf, n);
+    }
+    const std::string_view mark = "System error = ";
+    const std::size_t at = text.find(mark);
+    if (at == std::string::npos) return {};
+    const std::size_t end = text.find_first_of("\r\n", at);
+    return text.substr(at + mark.size(), end == std::string::npos ? end : end - at - mark.size());
+  }
+
+ private:
+  void Restore() {
+    if (saved_ < 0) return;
+    std::fflush(stderr);
+    ::dup2(saved_, STDERR_FILENO);
+    ::close(saved_);
+    saved_ = -1;
+  }
+  std::FILE* scratch_ = nullptr;
+  int saved_ = -1;
+};
+
 }  // namespace
 
 bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error) {
@@ -68,6 +115,7 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
     return false;
   }
 
+  LibraryErrors library_errors;
   lxw_workbook_options options{};
   options.constant_memory = LXW_TRUE;
   lxw_workbook* wb = workbook_new_opt(temp.TempPath().c_str(), &options);
@@ -130,7 +178,8 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
   const lxw_error closed = workbook_close(wb);
   if (failure == LXW_NO_ERROR) failure = closed;
   if (failure != LXW_NO_ERROR) {
-    error = path + ": " + lxw_strerror(failure);
+    const std::string system = library_errors.SystemError();
+    error = "Cannot write " + path + ": " + (system.empty() ? lxw_strerror(failure) : system);
     return false;
   }
   if (temp.Commit()) return true;
