@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 
@@ -94,6 +95,13 @@ std::string FirstUnknownOption(const CLI::App& app, const std::vector<std::strin
 
 }  // namespace
 
+namespace {
+std::string EnvironmentOr(const char* name, const char* fallback) {
+  const char* value = std::getenv(name);
+  return value != nullptr && *value != '\0' ? value : fallback;
+}
+}  // namespace
+
 std::string AbsolutePath(const std::string& path) {
   if (path.empty()) return path;
   std::error_code ec;
@@ -126,6 +134,15 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
   app.add_option("-t,--tab-size", tabSize, "Tab stop width of the input text");
   app.add_option("-l,--log", logFile, "Log file (accepted and stored)");
   app.add_flag("-v,--verbose", verbose, "Verbose (accepted and stored)");
+  // GNU-style backups of the output a run replaces, as cp, mv and install take them.
+  std::string backup, suffix;
+  bool backupGiven = false;
+  app.add_option("--backup", backup, "Keep a replaced output when the run reports anything")
+      ->expected(0, 1)
+      ->check(CLI::IsMember(
+          {"", "none", "off", "numbered", "t", "existing", "nil", "simple", "never"}));
+  app.add_flag("-b", backupGiven, "Like --backup, without a value");
+  app.add_option("-S,--suffix", suffix, "Backup suffix (default ~)");
 
   if (const std::string unknown = FirstUnknownOption(app, args); !unknown.empty()) {
     result.exitCode = 2;
@@ -166,6 +183,17 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
     MakeFolderPath(ParentFolderName(options.sLogFile));
   }
   if (verbose) options.bVerbose = true;
+  if (app.count("--backup") > 0 || backupGiven) {
+    // Without a value the choice is VERSION_CONTROL's, else "existing"; the suffix is --suffix's,
+    // else SIMPLE_BACKUP_SUFFIX's, else "~".
+    if (backup.empty()) backup = EnvironmentOr("VERSION_CONTROL", "existing");
+    options.backup.mode = backup == "none" || backup == "off"       ? BackupMode::kNone
+                          : backup == "numbered" || backup == "t"   ? BackupMode::kNumbered
+                          : backup == "simple" || backup == "never" ? BackupMode::kSimple
+                                                                    : BackupMode::kExisting;
+  }
+  if (suffix.empty()) suffix = EnvironmentOr("SIMPLE_BACKUP_SUFFIX", "~");
+  if (suffix.find('/') == std::string::npos) options.backup.suffix = suffix;
   result.job = true;
   return result;
 }

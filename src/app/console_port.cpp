@@ -55,7 +55,7 @@ void ConsolePort::WriteLine(const char* prefix, std::string_view text) {
 }
 
 void ConsolePort::Message(std::string_view text, Icon icon, std::string_view /*title*/) {
-  message_shown_ = true;
+  CountMessage();
   WriteLine(Prefix(icon), text);
 }
 
@@ -66,7 +66,7 @@ void ConsolePort::Note(std::string_view text) {
 bool ConsolePort::AskYesNo(std::string_view text, Icon icon, std::string_view /*title*/) {
   // Nobody is there to answer: a request to stop is confirmed, anything else declined.
   const bool yes = text == kTerminateQuestion;
-  message_shown_ = true;
+  CountMessage();
   terminate_confirmed_ = terminate_confirmed_ || yes;
   WriteLine(Prefix(icon), std::string(text) + (yes ? " Yes" : " No"));
   return yes;

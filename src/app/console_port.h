@@ -28,7 +28,7 @@ class ConsolePort final : public UiPort {
   void ProcessEvents() override {}
 
   // True once a message other than a note (or a question) has been shown.
-  bool MessageShown() const { return message_shown_; }
+  bool MessageShown() const { return MessagesShown() > 0; }
   // True once the terminate question has been asked (and answered Yes).
   bool TerminateConfirmed() const { return terminate_confirmed_; }
   // Removes the progress line, if one is drawn.
@@ -46,7 +46,6 @@ class ConsolePort final : public UiPort {
   std::FILE* out_;
   bool progress_;
   bool drawn_ = false;
-  bool message_shown_ = false;
   bool terminate_confirmed_ = false;
   std::string caption_ = "Kroveld - Document To CSV/XLS Conversion";
   std::string panel2_;

@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "util/files.h"
+
 namespace kroveld {
 
 class clsConversionOptions {
@@ -19,6 +21,8 @@ class clsConversionOptions {
   bool bClearOutputFileBeforeProcessing = true;
   std::string sSheetTarget = "1";
   int lTabSize = 8;
+  // Keeping the output a run replaces (command line --backup); none from the window.
+  BackupPolicy backup;
   int lCommandLineExitCode = 0;  // kept in the record for command-line runs; nothing uses it yet
   std::string sErr;              // kept in the record for an error text; nothing uses it yet
 };

@@ -139,7 +139,9 @@ void WarnAboutTabsInFile(Context& ctx, ConversionHost& host) {
   ctx.ui.Note(kTabNote);
 }
 
-void RunRecipe(Context& ctx, ConversionHost& host) {
+namespace {
+
+void RunConversion(Context& ctx, ConversionHost& host) {
   const clsConversionOptions& options = ctx.options;
   ctx.currentInput = options.sInputFile;
   ctx.currentRecipe = options.sRecipeFile;
@@ -164,6 +166,17 @@ void RunRecipe(Context& ctx, ConversionHost& host) {
   }
   Trace("frmMain.cmdRunRecipe_Click 14");
   host.UpdateMRUs();
+}
+
+}  // namespace
+
+void RunRecipe(Context& ctx, ConversionHost& host) {
+  // With a backup policy, the output this run may replace is kept aside until the run is over,
+  // and stays when the run reported anything.
+  OutputBackup backup(ctx.options.sOutputFile, ctx.options.backup);
+  const std::uint64_t shownBefore = ctx.ui.MessagesShown();
+  RunConversion(ctx, host);
+  backup.Finish(ctx.ui.MessagesShown() > shownBefore);
 }
 
 }  // namespace kroveld

@@ -237,6 +237,90 @@ long TempFileOwner(std::string_view name) {
 
 }  // namespace
 
+std::string BackupPathOf(const std::string& target, const BackupPolicy& policy) {
+  if (policy.mode == BackupMode::kNone) return {};
+  // The highest N of "target.~N~" in the target's folder.
+  const std::string native = NativePath(target);
+  const std::string folder = FolderOfPath(native);
+  const std::string prefix = FileName(native) + ".~";
+  long highest = 0;
+  if (policy.mode != BackupMode::kSimple) {
+    if (DIR* dir = ::opendir(folder.empty() ? "." : folder.c_str())) {
+      while (const dirent* entry = ::readdir(dir)) {
+        const std::string_view name = entry->d_name;
+        if (!name.starts_with(prefix) || !name.ends_with("~") || name.size() < prefix.size() + 2) {
+          continue;
+        }
+        const std::string_view digits = name.substr(prefix.size(), name.size() - prefix.size() - 1);
+        long n = 0;
+        bool ok = !digits.empty() && digits.size() < 10;
+        for (const char c : digits) {
+          ok = ok && c >= '0' && c <= '9';
+          n = n * 10 + (c - '0');
+        }
+        if (ok) highest = std::max(highest, n);
+      }
+      ::closedir(dir);
+    }
+  }
+  const bool numbered =
+      policy.mode == BackupMode::kNumbered || (policy.mode == BackupMode::kExisting && highest > 0);
+  return numbered ? native + ".~" + std::to_string(highest + 1) + "~" : native + policy.suffix;
+}
+
+OutputBackup::OutputBackup(const std::string& target, const BackupPolicy& policy)
+    : policy_(policy) {
+  if (policy.mode == BackupMode::kNone || !FileExists(target)) return;
+  const std::string native = NativePath(target);
+  struct stat st {};
+  if (::stat(native.c_str(), &st) != 0) return;
+  // A second name for the file, hidden and named as our temporary files are (so a run that is
+  // killed leaves nothing a later run does not clean up); an earlier backup stays untouched
+  // until this one is kept.
+  const std::string held = FolderOfPath(native) + "." + FileName(native) + std::string(kTempMark) +
+                           std::to_string(::getpid()) + "-backup";
+  ::unlink(held.c_str());
+  bool made = ::link(native.c_str(), held.c_str()) == 0;
+  if (!made) {
+    std::FILE* from = std::fopen(native.c_str(), "rb");
+    std::FILE* to = from != nullptr ? std::fopen(held.c_str(), "wb") : nullptr;
+    if (to != nullptr) {
+      char buf[1 << 16];
+      std::size_t n;
+      made = true;
+      while ((n = std::fread(buf, 1, sizeof buf, from)) > 0) {
+        made = made && std::fwrite(buf, 1, n, to) == n;
+      }
+      made = made && !std::ferror(from);
+      made = std::fclose(to) == 0 && made;
+      if (!made) ::unlink(held.c_str());
+    }
+    if (from != nullptr) std::fclose(from);
+  }
+  if (!made) return;
+  target_ = native;
+  held_ = held;
+  inode_ = st.st_ino;
+  device_ = st.st_dev;
+}
+
+std::string OutputBackup::Finish(bool keep) {
+  if (held_.empty()) return {};
+  std::string kept;
+  struct stat st {};
+  // The target still being the file we started from means nothing replaced it.
+  const bool replaced =
+      ::stat(target_.c_str(), &st) != 0 || st.st_ino != inode_ || st.st_dev != device_;
+  const std::string backup = keep && replaced ? BackupPathOf(target_, policy_) : std::string();
+  if (!backup.empty() && ::rename(held_.c_str(), backup.c_str()) == 0) {
+    kept = backup;
+  } else {
+    ::unlink(held_.c_str());
+  }
+  held_.clear();
+  return kept;
+}
+
 void RemoveStaleTempFiles(const std::string& folder) {
   // Once per folder and process: a batch of thousands of outputs scans its folder once.
   static std::mutex mutex;

@@ -47,6 +47,39 @@ struct FolderListing {
 };
 bool ListFolder(std::string_view path, FolderListing& out);
 
+// How an output that a run replaces is kept, as cp, mv and install do it with --backup.
+enum class BackupMode { kNone, kSimple, kNumbered, kExisting };
+struct BackupPolicy {
+  BackupMode mode = BackupMode::kNone;
+  std::string suffix = "~";
+};
+// The backup name of `target` under `policy`: target + suffix (simple), target + ".~N~" with the
+// next free N (numbered), numbered when a numbered backup exists already, else simple (existing).
+// "" for kNone.
+std::string BackupPathOf(const std::string& target, const BackupPolicy& policy);
+
+// Holds on to the file at `target` while a run may replace it: a hidden second name for the same
+// file (a copy where the file system has no hard links), made on construction. Finish() decides:
+// when asked to keep it and the target was replaced meanwhile, it becomes the backup (replacing
+// an older simple backup); otherwise it is removed and earlier backups stay as they were. Without
+// a policy or a file at `target` it does nothing.
+class OutputBackup {
+ public:
+  OutputBackup(const std::string& target, const BackupPolicy& policy);
+  ~OutputBackup() { Finish(false); }
+  OutputBackup(const OutputBackup&) = delete;
+  OutputBackup& operator=(const OutputBackup&) = delete;
+  // The backup's path when it was kept, "" otherwise.
+  std::string Finish(bool keep);
+
+ private:
+  BackupPolicy policy_;
+  std::string target_;
+  std::string held_;  // the file's second name while the run goes on
+  unsigned long long inode_ = 0;
+  unsigned long long device_ = 0;
+};
+
 // Removes the temporary files of AtomicFile in `folder` (empty or ending in a separator) whose
 // writing process is gone, as a process killed in the middle of a save leaves them. Runs once per
 // folder and process; AtomicFile::Open calls it.

@@ -48,7 +48,15 @@ class UiPort {
   // Tests that want to see every status text switch the throttle off.
   void SetAlwaysDue(bool on) { always_due_ = on; }
 
+  // Messages shown so far that count against a run (notes do not), for the front ends that tally
+  // them: the console port counts; a port that does not keeps 0.
+  std::uint64_t MessagesShown() const { return messages_shown_; }
+
+ protected:
+  void CountMessage() { ++messages_shown_; }
+
  private:
+  std::uint64_t messages_shown_ = 0;
   std::uint32_t calls_ = 0;
   bool always_due_ = false;
   std::chrono::steady_clock::time_point last_due_{};

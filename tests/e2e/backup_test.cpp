@@ -1,0 +1,99 @@
+// --backup: the output a run replaces is kept as NAME~ (or NAME.~N~) when the run reported
+// anything (a wrong recipe, a stop), and no backup is left by a run that reported nothing.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "e2e/e2e_support.h"
+
+namespace kroveld {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::ReadFile;
+
+struct Work : testing::ExampleWork {
+  Work() : ExampleWork("trial-balance") {
+    testing::WriteFile(F("wrong.rcp"), "[Header]\r\nProduct=KRO\r\n");
+    Run({"-i", "trial-balance.txt", "-o", "out.csv", "-r", "trial-balance.rcp"});
+    good = ReadFile(F("out.csv"));
+  }
+  std::vector<std::string> Names() const {
+    std::vector<std::string> names;
+    for (const auto& e : fs::directory_iterator(dir.path())) {
+      const std::string name = e.path().filename().string();
+      if (name.starts_with("out.") || name.starts_with(".out.")) names.push_back(name);
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+  std::string good;
+};
+
+TEST(Backup, KeptWhenTheRunReportsAnythingAndOnlyThen) {
+  Work w;
+  ASSERT_FALSE(w.good.empty());
+  // A wrong recipe: the system still writes its empty CSV; the good one is kept as out.csv~.
+  auto r = w.Run({"-i", "trial-balance.txt", "-o", "out.csv", "-r", "wrong.rcp", "--backup"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(ReadFile(w.F("out.csv")), "");
+  EXPECT_EQ(ReadFile(w.F("out.csv~")), w.good);
+  // A run that reports nothing leaves no backup of its own and the earlier one as it was.
+  r = w.Run({"-i", "trial-balance.txt", "-o", "out.csv", "-r", "trial-balance.rcp", "-b"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(w.Names(), (std::vector<std::string>{"out.csv", "out.csv~"}));
+  EXPECT_EQ(ReadFile(w.F("out.csv~")), w.good);
+  // Numbered backups count up; "existing" goes on numbering once numbered ones exist; a suffix.
+  for (const char* control : {"--backup=numbered", "--backup=numbered", "--backup"}) {
+    w.Run({"-i", "trial-balance.txt", "-o", "out.csv", "-r", "wrong.rcp", control});
+  }
+  w.Run({"-i", "trial-balance.txt", "-o", "out.csv", "-r", "wrong.rcp", "--backup=simple",
+         "--suffix=.old"});
+  EXPECT_EQ(w.Names(), (std::vector<std::string>{"out.csv", "out.csv.old", "out.csv.~1~",
+                                                 "out.csv.~2~", "out.csv.~3~", "out.csv~"}));
+  EXPECT_EQ(ReadFile(w.F("out.csv.~1~")), w.good);  // what the clean run had written
+  EXPECT_EQ(ReadFile(w.F("out.csv.~2~")), "");
+  // Without --backup nothing is kept; a bad control word is refused before anything runs.
+  w.Run({"-i", "trial-balance.txt", "-o", "out.csv", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(w.Names().size(), 6u);
+  r = w.Run({"-i", "trial-balance.txt", "-o", "out.csv", "-r", "wrong.rcp", "--backup=often"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_EQ(ReadFile(w.F("out.csv")), w.good);
+}
+
+TEST(Backup, KeptWhenARunIsStoppedBySignal) {
+  Work w;
+  // A report long enough that the signal comes while its table is being written.
+  std::string report = "TOP\n";
+  const std::string row = "1000    Cash at bank                        12,450.00\n";
+  while (report.size() < (40u << 20)) report += row;
+  report += "BOTTOM\n";
+  testing::WriteFile(w.F("big.txt"), report);
+  testing::WriteFile(
+      w.F("big.rcp"),
+      "[Header]\r\nProduct=KRO-B\r\nFileType=RECIPE\r\nFileFormat=1.0\r\n[Table 1]\r\n"
+      "ReadStartLine=TOP\r\nReadStartLineOffset=1\r\nReadEndLine=BOTTOM\r\n"
+      "ReadEndLineOffset=-1\r\nParsing=------- ------------------------------- "
+      "-------------\r\nWriteColumn=A\r\n");
+  const auto r = testing::RunKroveld(
+      w.home, {"-i", "big.txt", "-o", "out.csv", "-r", "big.rcp", "--backup"}, w.dir.path(),
+      [&](pid_t pid) {
+        // Stop once the new output is being written.
+        for (int tries = 0; tries < 4000; ++tries) {
+          bool writing = false;
+          for (const auto& e : fs::directory_iterator(w.dir.path())) {
+            writing = writing || e.path().filename().string().starts_with(".out.csv.kroveld-");
+          }
+          if (writing) break;
+          std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        kill(pid, SIGTERM);
+      });
+  EXPECT_EQ(r.status, 1) << r.err;
+  EXPECT_EQ(ReadFile(w.F("out.csv~")), w.good);
+  EXPECT_EQ(w.Names(), (std::vector<std::string>{"out.csv", "out.csv~"}));
+}
+
+}  // namespace
+}  // namespace kroveld
