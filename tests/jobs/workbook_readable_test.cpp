@@ -137,6 +137,62 @@ TEST(ReadableWorkbooks, CharactersXmlCannotCarryReadBackUnchanged) {
   EXPECT_EQ(dumped.sheets[0].cells.at({1, 1}).value, "a_xFFFE_b");
 }
 
+TEST(XlsxReader, HostileWorkbooksAreRefusedWithoutTheirMemory) {
+  if (!testing::HavePythonModules("openpyxl")) {
+    ASSERT_EQ(std::getenv("CI"), nullptr) << "python3-openpyxl is required";
+    GTEST_SKIP() << "python3-openpyxl missing";
+  }
+  TempDir dir;
+  // Cells in columns A and XFD on 20,000 rows: stored densely they would take 5 GB.
+  const std::string wide = dir.File("wide.xlsx");
+  ASSERT_TRUE(
+      testing::RunPython("import sys, openpyxl\n"
+                         "b = openpyxl.Workbook()\n"
+                         "s = b.active\n"
+                         "for r in range(1, 20001):\n"
+                         "    s.cell(r, 1, r)\n"
+                         "    s.cell(r, 16384, r)\n"
+                         "b.save(sys.argv[1])\n",
+                         wide));
+  // A part whose zip directory claims 4 GB.
+  const std::string claims = dir.File("claims.xlsx");
+  ASSERT_TRUE(
+      testing::RunPython("import sys, struct, openpyxl\n"
+                         "b = openpyxl.Workbook()\n"
+                         "b.active['A1'] = 1\n"
+                         "b.save(sys.argv[1])\n"
+                         "d = bytearray(open(sys.argv[1], 'rb').read())\n"
+                         "at = d.find(b'PK\\x01\\x02' )\n"
+                         "while at >= 0:\n"
+                         "    n = struct.unpack_from('<H', d, at + 28)[0]\n"
+                         "    if d[at + 46:at + 46 + n].endswith(b'sheet1.xml'):\n"
+                         "        struct.pack_into('<I', d, at + 24, 0xFFFFFFF0)\n"
+                         "    at = d.find(b'PK\\x01\\x02', at + 4)\n"
+                         "open(sys.argv[1], 'wb').write(d)\n",
+                         claims));
+  for (const std::string& path : {wide, claims}) {
+    Workbook book;
+    std::string error;
+    EXPECT_FALSE(ReadXlsx(path, book, error)) << path;
+    EXPECT_EQ(error.rfind(path + ": ", 0), 0u) << error;
+  }
+  // The same cells that are close together read back.
+  const std::string dense = dir.File("dense.xlsx");
+  ASSERT_TRUE(
+      testing::RunPython("import sys, openpyxl\n"
+                         "b = openpyxl.Workbook()\n"
+                         "s = b.active\n"
+                         "for r in range(1, 20001):\n"
+                         "    s.cell(r, 1, r)\n"
+                         "    s.cell(r, 40, r)\n"
+                         "b.save(sys.argv[1])\n",
+                         dense));
+  Workbook book;
+  std::string error;
+  ASSERT_TRUE(ReadXlsx(dense, book, error)) << error;
+  EXPECT_EQ(book.GetSheet(1).Get(20000, 40).number, 20000);
+}
+
 // BIFF8 records written by hand, as other programs write them.
 class Biff {
  public:

@@ -49,6 +49,13 @@ Sheet::Cell* Sheet::Slot(int row, int column) {
   if (static_cast<std::size_t>(row) > rows_.size()) rows_.resize(row);
   std::vector<Cell>& cells = rows_[row - 1];
   if (static_cast<std::size_t>(column) > cells.size()) {
+    // Rows are stored densely: a few cells far to the right on many rows would take gigabytes.
+    const std::size_t growth = static_cast<std::size_t>(column) - cells.size();
+    if (limit_sparseness_ && slots_ + growth > kSlotAllowance + kSlotsPerCell * (filled_ + 1)) {
+      overflowed_ = true;
+      return nullptr;
+    }
+    slots_ += growth;
     if (cells.capacity() < static_cast<std::size_t>(column)) {
       // Rows usually grow left to right one cell at a time: reserve a little ahead.
       cells.reserve(std::max<std::size_t>(column, std::min<std::size_t>(cells.size() * 2, 64)));
@@ -80,6 +87,7 @@ bool Sheet::SetText(int row, int column, std::string_view text) {
     arena_.swap(fresh);
     arena_garbage_ = 0;
   }
+  if (cell->type == CellType::kEmpty) ++filled_;
   cell->type = CellType::kText;
   cell->format = NumberFormat::kGeneral;
   cell->length = static_cast<std::uint32_t>(text.size());
@@ -91,6 +99,7 @@ bool Sheet::SetText(int row, int column, std::string_view text) {
 bool Sheet::SetNumber(int row, int column, double value, NumberFormat format) {
   Cell* cell = Slot(row, column);
   if (!cell) return false;
+  if (cell->type == CellType::kEmpty) ++filled_;
   cell->type = CellType::kNumber;
   cell->format = format;
   cell->length = 0;
@@ -104,8 +113,12 @@ void Sheet::ClearCell(int row, int column) {
   if (static_cast<std::size_t>(column) > cells.size()) return;
   Cell& cell = cells[column - 1];
   if (cell.type == CellType::kText) arena_garbage_ += cell.length;
+  if (cell.type != CellType::kEmpty) --filled_;
   cell = Cell();
-  while (!cells.empty() && cells.back().type == CellType::kEmpty) cells.pop_back();
+  while (!cells.empty() && cells.back().type == CellType::kEmpty) {
+    cells.pop_back();
+    --slots_;
+  }
   TrimTrailingRows();
 }
 
@@ -148,6 +161,8 @@ double Sheet::KeptWidth(int column) const {
 }
 
 void Sheet::Clear() {
+  slots_ = filled_ = 0;
+  overflowed_ = false;
   std::vector<double>().swap(kept_widths_);
   std::vector<std::vector<Cell>>().swap(rows_);
   std::string().swap(arena_);

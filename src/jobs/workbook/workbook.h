@@ -63,6 +63,12 @@ class Sheet {
   // Cells of a row in column order (row 1-based); empty cells are skipped by callers.
   int RowLength(int row) const;
 
+  // While a file is read into the sheet: refuse a cell that would make the sheet hold far more
+  // empty places than cells (rows are stored densely, so a few cells far to the right on many
+  // rows would take gigabytes). Overflowed() then tells, and the reader gives the file up.
+  void LimitSparseness(bool on) { limit_sparseness_ = on; }
+  bool Overflowed() const { return overflowed_; }
+
   // Column widths, in characters of the standard font, that an existing file gave its columns;
   // 0 where it gave none. Clear() forgets them with the cells.
   void SetKeptWidth(int column, double width);
@@ -85,6 +91,14 @@ class Sheet {
   std::vector<std::vector<Cell>> rows_;
   void TrimTrailingRows();
 
+  // Places in the rows (cells and the empty places before them) may exceed the cells that hold
+  // something by this much: ample for any real sheet, small for a hostile one.
+  static constexpr std::size_t kSlotAllowance = std::size_t{4} << 20;
+  static constexpr std::size_t kSlotsPerCell = 16;
+  std::size_t slots_ = 0;
+  std::size_t filled_ = 0;
+  bool limit_sparseness_ = false;
+  bool overflowed_ = false;
   std::vector<double> kept_widths_;
   std::string arena_;
   std::size_t arena_garbage_ = 0;  // bytes of texts that were overwritten

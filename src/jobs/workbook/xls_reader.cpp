@@ -481,7 +481,14 @@ bool ReadXls(const std::string& path, Workbook& book, std::string& error) {
   result.RemoveAllSheets();
   for (const Globals::SheetEntry& entry : globals.sheets) {
     result.AddSheet(MakeSheetName(entry.name, result, result.SheetCount() + 1));
-    ReadSheet(stream, entry.offset, globals, result.GetSheet(result.SheetCount()));
+    Sheet& sheet = result.GetSheet(result.SheetCount());
+    sheet.LimitSparseness(true);
+    ReadSheet(stream, entry.offset, globals, sheet);
+    sheet.LimitSparseness(false);
+    if (sheet.Overflowed()) {
+      error = path + ": sheet \"" + sheet.Name() + "\" holds cells too far apart to be read back";
+      return false;
+    }
   }
   book = std::move(result);
   return true;

@@ -336,8 +336,14 @@ bool ReadXlsx(const std::string& path, Workbook& book, std::string& error) {
       error = path + ": sheet \"" + s.attribute("name").value() + "\" is missing or broken";
       return false;
     }
-    ReadSheetCells(sheet_doc.document_element(), strings, styles,
-                   result.GetSheet(result.SheetCount()));
+    Sheet& sheet = result.GetSheet(result.SheetCount());
+    sheet.LimitSparseness(true);
+    ReadSheetCells(sheet_doc.document_element(), strings, styles, sheet);
+    sheet.LimitSparseness(false);
+    if (sheet.Overflowed()) {
+      error = path + ": sheet \"" + sheet.Name() + "\" holds cells too far apart to be read back";
+      return false;
+    }
   }
   if (result.SheetCount() == 0) {
     error = path + ": the workbook has no sheets";
