@@ -119,10 +119,12 @@ TEST(AtomicFile, TemporaryFilesOfGoneProcessesAreRemovedOnTheFirstOpen) {
   f.Abort();
   FolderListing listing;
   ASSERT_TRUE(ListFolder(dir.path(), listing));
+  std::vector<std::string> expected = {".out.csv.kroveld-" + gone + "-short",
+                                       ".out.csv.kroveld-" + alive + "-a1B2c3",
+                                       "out.csv.kroveld-" + gone + "-a1B2c3"};
   std::sort(listing.files.begin(), listing.files.end());
-  EXPECT_EQ(listing.files, (std::vector<std::string>{".out.csv.kroveld-" + gone + "-short",
-                                                     ".out.csv.kroveld-" + alive + "-a1B2c3",
-                                                     "out.csv.kroveld-" + gone + "-a1B2c3"}));
+  std::sort(expected.begin(), expected.end());
+  EXPECT_EQ(listing.files, expected);
 }
 
 TEST(AtomicFile, UnwritableFolderGivesAClearError) {
