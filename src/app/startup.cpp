@@ -10,6 +10,7 @@
 
 #include "app/app_folder.h"
 #include "app/cli_command_line.h"
+#include "app/cli_preview.h"
 #include "app/console_port.h"
 #include "app/help_text.h"
 #include "app/settings.h"
@@ -94,6 +95,10 @@ bool DisplayAvailable() {
 
 int RunMain(int argc, char** argv) {
   const std::vector<std::string> args(argv + (argc > 0 ? 1 : 0), argv + argc);
+  // A preview writes nothing, not even the error log or a first config.ini.
+  if (!args.empty() && args.front().starts_with('-') && IsPreviewCommandLine(args)) {
+    return RunPreviewCommandLine(args);
+  }
   ConsolePort port(stderr, ::isatty(STDERR_FILENO) == 1);
   Context ctx(port, FindAppFolder());
   const std::string configPath = PrepareApplicationFolder(ctx);

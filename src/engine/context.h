@@ -11,6 +11,7 @@
 #include "engine/conversion_options.h"
 #include "engine/line_processor.h"
 #include "engine/output_sink.h"
+#include "engine/pass_observer.h"
 #include "engine/recipe.h"
 #include "util/ui_port.h"
 
@@ -38,6 +39,8 @@ class Context {
   clsLineProcessor lineProcessor;
   // Where sections write; never null (a NullSink when no output is open).
   OutputSink* sink;
+  // Told what the pass does, section by section; null (nothing told) unless a preview watches.
+  PassObserver* observer = nullptr;
 
   // Job state of the conversion under way.
   int tabSize = 8;           // global tab size; 0 or less switches expansion off

@@ -282,16 +282,19 @@ void clsExportSpecs::Process(Context& ctx, int csvFile) {
       ui.ProcessEvents();
       ctx.statusPrefix = "Writing Title " + ToText(static_cast<long long>(t)) + "  Please wait...";
       ui.Status(1, ctx.statusPrefix);
+      if (ctx.observer != nullptr) ctx.observer->SectionStarts(kind, static_cast<int>(t));
       Titles[t - 1].Process(ctx);
     } else if (kind == "Table" && n < Tables.size()) {
       ++n;
       ui.ProcessEvents();
       ctx.statusPrefix = " Exporting Table " + ToText(static_cast<long long>(n)) + ":";
       ui.Status(1, ctx.statusPrefix);
+      if (ctx.observer != nullptr) ctx.observer->SectionStarts(kind, static_cast<int>(n));
       Tables[n - 1].Process(ctx, csvFile);
       ++TablesProcessed;
     } else if (kind == "Consolidate" && c < Consolidates.size()) {
       ++c;
+      if (ctx.observer != nullptr) ctx.observer->SectionStarts(kind, static_cast<int>(c));
       // A CSV file holds table rows only: there are no cells to read back and add up, so a
       // consolidation contributes nothing to it.
       if (csvFile < 1) Consolidates[c - 1].Process(ctx);

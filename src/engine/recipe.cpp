@@ -51,16 +51,20 @@ void clsRecipe::Reset() {
 }
 
 void clsRecipe::LoadFromFile(UiPort& ui, const std::string& path) {
+  LoadFromFile(ui, path, path);
+}
+
+void clsRecipe::LoadFromFile(UiPort& ui, const std::string& path, const std::string& standsFor) {
   if (!FileExists(path)) {
     // The missing file is reported twice and nothing is reset: the export specification of the
     // recipe loaded before (if any) is looked for below.
-    ui.Message("Cannot find recipe file: " + path, Icon::None);
-    ui.Message("Cannot find recipe file: " + path, Icon::None);
+    ui.Message("Cannot find recipe file: " + standsFor, Icon::None);
+    ui.Message("Cannot find recipe file: " + standsFor, Icon::None);
   } else {
     Reset();
-    Path = path;
+    Path = standsFor;
     if (CheckFileHeader(ui, path, "KRO", "RECIPE", "1.1")) {
-      ui.Message("invalid header in recipe file: " + path, Icon::None);
+      ui.Message("invalid header in recipe file: " + standsFor, Icon::None);
     }
     OutputFileTitle = GetProfileValueFromFile(path, kOutputFile, "OutputFileTitle", "");
     OutputFileName = GetProfileValueFromFile(path, kOutputFile, "OutputFileName", "");

@@ -33,6 +33,9 @@ class clsRecipe {
 
   // Loads a long-form recipe and its export specification, reporting problems through the port.
   void LoadFromFile(UiPort& ui, const std::string& path);
+  // The same on a copy of a recipe: the text is read from `path`, but the recipe stands for
+  // `standsFor`, whose folder relative names are taken from and which messages name.
+  void LoadFromFile(UiPort& ui, const std::string& path, const std::string& standsFor);
   // Loads a short-format recipe: resets the fields, converts it to the application folder's
   // "_ExportSpecs.krs" from the job's current input and names that file as the export
   // specification (the caller reads it).

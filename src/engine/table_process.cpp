@@ -94,6 +94,14 @@ void clsTable::Process(Context& ctx, int csvFile) {
       FindFirstLinesContaining(keyFile, keys, [&ui] { ui.ProcessEvents(); });
   const KeyLine& top = found[0];
   const KeyLine& bottom = found[1];
+  if (ctx.observer != nullptr) {
+    TableBlock block{top.line, bottom.line, 0, 0};
+    if (top.line != 0 && bottom.line != 0) {
+      block.startLine = top.line + ReadStartLineOffset;
+      block.endLine = bottom.line + ReadEndLineOffset;
+    }
+    ctx.observer->TableKeysSearched(*this, block);
+  }
   if (top.line == 0) {
     Fail(ctx, "Error in Table specs: Can not find ReadStartLine: " + ReadStartLine);
     return;
@@ -236,6 +244,8 @@ void clsTable::Process(Context& ctx, int csvFile) {
   specs.setWritePointer(ui, 1, baseRow + rowIndex);
   FirstRowWritten = baseRow;
   LastRowWritten = baseRow + rowIndex - 1;
+  if (ctx.observer != nullptr)
+    ctx.observer->TableRowsWritten(*this, FirstRowWritten, LastRowWritten);
 }
 
 }  // namespace kroveld

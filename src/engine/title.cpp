@@ -91,6 +91,7 @@ void clsTitle::Process(Context& ctx) {
       ctx.sink->SetCell(WriteSheet, static_cast<int>(row), column, Lines[i]);
     }
   }
+  if (ctx.observer != nullptr) ctx.observer->TitleWritten(*this, first);
   const long long next = static_cast<long long>(first) + static_cast<long long>(Lines.size());
   specs.setWritePointer(ctx.ui, WriteSheet, static_cast<int>(std::min<long long>(next, INT32_MAX)));
 }
