@@ -193,7 +193,7 @@ TEST(Preview, LongReportIsPreviewedOnItsFirstLinesWithANote) {
   EXPECT_TRUE(cut.truncated);
   EXPECT_EQ(cut.linesPreviewed, 4);
   ASSERT_EQ(cut.notes.size(), 1u);
-  EXPECT_NE(cut.notes[0].find("first 4"), std::string::npos);
+  EXPECT_NE(cut.notes[0].find("the first 4."), std::string::npos);
   // END lies beyond the lines previewed.
   ASSERT_FALSE(cut.messages.empty());
   EXPECT_EQ(cut.messages.front().text, "Error in Table specs: Can not find ReadEndLine: END");

@@ -14,6 +14,7 @@
 #include "jobs/preview/scratch_folder.h"
 #include "jobs/workbook/workbook_sink.h"
 #include "util/files.h"
+#include "util/numbers.h"
 #include "util/profile.h"
 #include "util/strings.h"
 #include "util/text_file.h"
@@ -153,9 +154,10 @@ PreviewResult RunPreview(const PreviewRequest& request) {
       input = result.truncated ? cut : Absolute(request.reportPath);
       result.linesPreviewed = static_cast<std::int64_t>(sample.size());
       if (result.truncated) {
-        result.notes.push_back("The report has more than " + ToText(maxLines) +
+        const std::string lines = FormatGrouped(Fixed4{maxLines * Fixed4::kScale}, 0);
+        result.notes.push_back("The report has more than " + lines +
                                " lines: the preview shows what the recipe does with the first " +
-                               ToText(maxLines) + ".");
+                               lines + ".");
       }
     }
   }
