@@ -183,6 +183,42 @@ TEST(Preview, MessagesAreCollectedUnderTheirSectionWithTheRecipeLineToShow) {
   }
 }
 
+TEST(Preview, ExportDefinitionTypedAsItIsAndTheReportLinesItsTitleRepeats) {
+  TempDir work;
+  const std::string report = work.Write("in.txt", testing::SmallReport());
+  const std::string spec = CrLf({"[Header]",
+                                 "Product=KRO",
+                                 "FileType=EXPORT SPEC",
+                                 "FileFormat=1.1",
+                                 "[Title 1]",
+                                 "WriteSheet=2",
+                                 "WriteColumn=C",
+                                 "TotalLines=2",
+                                 "1Text=  Stock list",
+                                 "2Text=Other",
+                                 "[Table 1]",
+                                 "ReadStartLine=ITEMS",
+                                 "ReadStartLineOffset=1",
+                                 "ReadEndLine=END",
+                                 "ReadEndLineOffset=-1",
+                                 "TotalColumns=1",
+                                 "[Table 1 Col 1]",
+                                 "ReadColumnStart=6",
+                                 "ReadColumnEnd=13",
+                                 "WriteColumn=B",
+                                 "PeriodOperator="});
+  const PreviewResult result = RunPreview({spec, work.File("typed.krs"), report, 8, 100});
+  EXPECT_FALSE(result.HasMessages());
+  ASSERT_EQ(result.titles.size(), 1u);
+  EXPECT_EQ(result.titles[0].sheet, 2);
+  EXPECT_EQ(result.titles[0].reportLines, std::vector<std::int64_t>{1});
+  EXPECT_EQ(result.workbook.GetSheet(2).Get(1, 3).text, "Stock list");
+  ASSERT_EQ(result.tables.size(), 1u);
+  EXPECT_EQ(result.tables[0].firstRow, 1);
+  EXPECT_EQ(result.tables[0].lastRow, 2);
+  EXPECT_EQ(result.workbook.GetSheet(1).Get(2, 2).number, 7);
+}
+
 TEST(Preview, LongReportIsPreviewedOnItsFirstLinesWithANote) {
   TempDir work;
   std::string report = testing::SmallReport();  // ITEMS on line 2, END on line 5
