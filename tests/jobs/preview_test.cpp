@@ -156,12 +156,13 @@ TEST(Preview, WritesNothingButItsOwnTemporaryFolderAndRemovesIt) {
 TEST(Preview, MessagesAreCollectedUnderTheirSectionWithTheRecipeLineToShow) {
   TempDir work;
   const std::string report = work.Write("in.txt", testing::SmallReport());
-  const struct {
+  struct Case {
     std::string recipe;
     std::string text;
     std::string section;
     int line;
-  } cases[] = {
+  };
+  std::vector<Case> cases = {
       // A key text the report lacks: met while the pass runs Table 1; its key line is line 7.
       {ShortRecipe("NOWHERE"), "Error in Table specs: Can not find ReadStartLine: NOWHERE",
        "Table 1", 7},
@@ -171,6 +172,14 @@ TEST(Preview, MessagesAreCollectedUnderTheirSectionWithTheRecipeLineToShow) {
              "ReadEndLineOffset=-1", "TotalColumns=0"}),
        "Error in Table 1Number of Columns must be > 0!", "Table 1", 10},
   };
+  // A misspelt key reads as missing; the check names no section, the preview finds it.
+  cases.push_back(
+      {CrLf({"[Header]", "Product=KRO", "FileType=EXPORT SPEC", "FileFormat=1.1", "[Table 1]",
+             "ReadStartLine=ITEMS", "ReadStartLineOffset=1", "ReadEndLine=END",
+             "ReadEndLineOffset=-1", "TotalColumns=2", "[Table 1 Col 1]", "ReadColumnStart=1",
+             "ReadColumnEnd=5", "WriteColumn=A", "[Table 1 Col 2]", "ReadColumStart=6",
+             "ReadColumnEnd=13", "WriteColumn=B"}),
+       "Invalid Read Column start position!", "Table 1 Col 2", 15});
   for (const auto& c : cases) {
     const PreviewResult result = RunPreview({c.recipe, work.File("r.rcp"), report, 8, 100});
     ASSERT_FALSE(result.messages.empty()) << c.text;

@@ -125,6 +125,41 @@ void LoadRecipe(Context& ctx, const std::string& copy, const std::string& stands
   }
 }
 
+// The column checks of a recipe being read name no section ("Invalid Read Column start
+// position!"). The column is the one the reading left with the bad value: the k-th such message
+// is about the k-th such column, counted again for each reading of the export definition.
+void NameColumnSections(std::vector<PreviewMessage>& messages, std::size_t from,
+                        const clsExportSpecs& specs) {
+  const struct {
+    std::string_view text;
+    bool (*bad)(const clsColumn&);
+  } checks[] = {
+      {"Invalid Read Column start position!",
+       [](const clsColumn& c) { return c.ReadColumnStart < 1; }},
+      {"Invalid Read Column end position!",
+       [](const clsColumn& c) { return c.ReadColumnStart >= 1 && c.ReadColumnEnd < 1; }},
+  };
+  for (const auto& check : checks) {
+    std::vector<std::string> sections;
+    for (std::size_t t = 0; t < specs.Tables.size(); ++t) {
+      const std::vector<clsColumn>& columns = specs.Tables[t].Columns;
+      for (std::size_t c = 0; c < columns.size(); ++c) {
+        if (check.bad(columns[c])) {
+          sections.push_back("Table " + ToText(static_cast<long long>(t) + 1) + " Col " +
+                             ToText(static_cast<long long>(c) + 1));
+        }
+      }
+    }
+    if (sections.empty()) continue;
+    std::size_t k = 0;
+    for (std::size_t i = from; i < messages.size(); ++i) {
+      if (messages[i].section.empty() && messages[i].text == check.text) {
+        messages[i].section = sections[k++ % sections.size()];
+      }
+    }
+  }
+}
+
 }  // namespace
 
 bool PreviewResult::HasMessages() const {
@@ -175,7 +210,9 @@ PreviewResult RunPreview(const PreviewRequest& request) {
       ctx.run.jobStartTick = TickCount();
       const std::string standsFor =
           request.recipePath.empty() ? copy : Absolute(request.recipePath);
+      const std::size_t before = port.Messages().size();
       LoadRecipe(ctx, copy, standsFor, input);
+      NameColumnSections(port.Messages(), before, ctx.recipe.ExportSpecs);
       ctx.periodLabel = PeriodLabel(ctx.recipe);
 
       WorkbookSink sink;  // never opened on a file, never saved
