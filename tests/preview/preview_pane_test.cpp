@@ -161,6 +161,15 @@ class PreviewPaneTest : public QObject {
     QCOMPARE(lines.takeFirst().at(0).toInt(), 15);
     QCOMPARE(ShortRecipeWithTypo().split(QStringLiteral("\r\n")).at(14),
              QStringLiteral("ReadStartLine=Employee Nmae"));
+
+    // An emptied recipe clears the list and the grid instead of reporting a missing definition.
+    pane.SetRecipeText(QStringLiteral("  \r\n"), QString());
+    pane.Refresh();
+    QCOMPARE(list->count(), 0);
+    QCOMPARE(pane.findChild<QTableWidget*>(QStringLiteral("grdSheet1"))->rowCount(), 0);
+    QVERIFY(pane.findChild<QLabel*>(QStringLiteral("lblPreviewNote"))
+                ->text()
+                .contains(QStringLiteral("The recipe is empty")));
   }
 };
 

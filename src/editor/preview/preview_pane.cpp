@@ -156,6 +156,7 @@ void PreviewPane::LoadReportView() {
   const ReportSample sample =
       ReadReportSample(QFile::encodeName(report_path_).toStdString(), tab_size_, kPreviewMaxLines);
   report_utf8_ = sample.allUtf8;
+  report_lines_cut_ = sample.linesCut;
   std::string text;
   for (std::size_t i = 0; i < sample.lines.size(); ++i) {
     if (i > 0) text += '\n';
@@ -170,7 +171,8 @@ void PreviewPane::Refresh() {
   debounce_.stop();
   QElapsedTimer clock;
   clock.start();
-  if (report_path_.isEmpty()) {
+  const bool blank = recipe_text_.trimmed().isEmpty();
+  if (report_path_.isEmpty() || blank) {
     result_ = PreviewResult();
   } else {
     PreviewRequest request;
@@ -192,8 +194,13 @@ void PreviewPane::Refresh() {
 
   QStringList notes;
   for (const std::string& note : result_.notes) notes << Local(note);
+  if (report_lines_cut_) {
+    notes << tr("Lines longer than %L1 characters are shown cut.").arg(kSampleMaxLineBytes);
+  }
   if (report_path_.isEmpty()) {
     notes << tr("Choose a sample report to see what the recipe extracts.");
+  } else if (blank) {
+    notes << tr("The recipe is empty: add a table to see what it extracts.");
   } else {
     const qint64 count = result_.linesPreviewed;
     notes << (count == 1 ? tr("Preview of 1 report line, refreshed in %1 ms; nothing is saved.")
@@ -292,7 +299,7 @@ void PreviewPane::ShowMessages() {
       item->setToolTip(tr("Click to select line %1 of the recipe").arg(message.recipeLine));
     }
   }
-  if (result_.messages.empty() && !report_path_.isEmpty()) {
+  if (result_.messages.empty() && !report_path_.isEmpty() && !recipe_text_.trimmed().isEmpty()) {
     auto* item =
         new QListWidgetItem(tr("No messages: the conversion would run without a word."), messages_);
     item->setData(Qt::UserRole, 0);

@@ -80,6 +80,7 @@ class PreviewPane : public QWidget {
   QString report_path_;
   int tab_size_ = 8;
   bool report_utf8_ = true;
+  bool report_lines_cut_ = false;
   bool report_shown_at_block_ = false;  // scrolled to the first table since the report was loaded
   PreviewResult result_;
   qint64 last_refresh_ms_ = 0;

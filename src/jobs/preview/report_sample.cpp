@@ -6,7 +6,8 @@
 
 namespace kroveld {
 
-ReportSample ReadReportSample(const std::string& path, int tabSize, std::int64_t maxLines) {
+ReportSample ReadReportSample(const std::string& path, int tabSize, std::int64_t maxLines,
+                              std::size_t maxLineBytes) {
   ReportSample sample;
   TextFile file;
   if (!file.Open(path)) return sample;
@@ -21,6 +22,10 @@ ReportSample ReadReportSample(const std::string& path, int tabSize, std::int64_t
     if (tabSize > 0 && line.find('\t') != std::string_view::npos) {
       ExpandTabs(line, tabSize, expanded);
       line = expanded;
+    }
+    if (line.size() > maxLineBytes) {
+      line = line.substr(0, maxLineBytes);
+      sample.linesCut = true;
     }
     if (!IsValidUtf8(line)) sample.allUtf8 = false;
     sample.lines.push_back(AsUtf8(line));
