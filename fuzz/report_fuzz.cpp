@@ -7,6 +7,7 @@
 
 #include "engine/context.h"
 #include "engine/export_specs.h"
+#include "engine/short_format.h"
 #include "fuzz_support.h"
 #include "jobs/csv/csv_conversion.h"
 
@@ -48,8 +49,8 @@ void AutomaticRoad(const std::string& report) {
   ctx.currentInput = report;
   const std::string autoPath = ctx.AppFile("_AutoRecipe.rcp");
   std::remove(autoPath.c_str());
-  ctx.recipe.ExportSpecs.FileCreateShort(ctx, report, autoPath);
-  ctx.recipe.LoadFromFileShort(ctx, autoPath);
+  FileCreateShort(ctx, report, autoPath);
+  LoadFromFileShort(ctx, ctx.recipe, autoPath);
   const std::string krs = ctx.recipe.ExportSpecPath();
   if (std::FILE* f = std::fopen(krs.c_str(), "rb")) {
     std::fclose(f);

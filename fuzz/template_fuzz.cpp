@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "fuzz_support.h"
-#include "jobs/template_parser.h"
+#include "engine/template_parser.h"
 #include "util/strings.h"
 
 using namespace kroveld;

@@ -33,13 +33,6 @@ class clsExportSpecs {
   int TablesProcessed = 0;
   bool Failed = false;
 
-  // Short-format conversion (short recipe -> long-form file) and the short recipe made from a
-  // marked-up text. Both report through the port.
-  void FileConvertShortToLong(Context& ctx, const std::string& shortPath,
-                              const std::string& longPath, const std::string& inputPath);
-  void FileCreateShort(Context& ctx, const std::string& templatePath,
-                       const std::string& shortPath);
-
   // Sheet 1 or 2; any other shows "Invalid sheet number in clsExportSpecs.getWritePointer!" and
   // gives 0 (set: "...setWritePointer!" and nothing changes).
   int getWritePointer(UiPort& ui, int sheet) const;

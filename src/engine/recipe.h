@@ -36,10 +36,7 @@ class clsRecipe {
   // The same on a copy of a recipe: the text is read from `path`, but the recipe stands for
   // `standsFor`, whose folder relative names are taken from and which messages name.
   void LoadFromFile(UiPort& ui, const std::string& path, const std::string& standsFor);
-  // Loads a short-format recipe: resets the fields, converts it to the application folder's
-  // "_ExportSpecs.krs" from the job's current input and names that file as the export
-  // specification (the caller reads it).
-  void LoadFromFileShort(Context& ctx, const std::string& path);
+  // A short-format recipe is loaded by LoadFromFileShort (engine/short_format.h).
   // Writes the recipe and asks the export specification to write itself. False on failure.
   bool SaveToFile(UiPort& ui, const std::string& path) const;
   void Reset();

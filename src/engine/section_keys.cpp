@@ -24,15 +24,19 @@ bool BadWriteColumn(std::string_view column) {
   return upper < "A" || upper > "Z";
 }
 
+void ShowOffsetError(UiPort& ui, std::string_view section, std::string_view key) {
+  std::string what = " : ";
+  what += key;
+  what += " must be a whole number!";
+  ShowSectionError(ui, section, what);
+}
+
 bool ReadOffsetKey(UiPort& ui, TextFile& file, std::string_view section, std::string_view key,
                    int& out) {
   const std::string text = GetProfileValue(file, "", key, "0");
   int value = 0;
   if (!ParseLong(text, value)) {
-    std::string what = " : ";
-    what += key;
-    what += " must be a whole number!";
-    ShowSectionError(ui, section, what);
+    ShowOffsetError(ui, section, key);
     return false;
   }
   out = value;

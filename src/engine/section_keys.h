@@ -33,6 +33,9 @@ int ValidatedNumber(std::string_view text);
 // or after "Z" as text (so "AA" passes and "ZA" does not).
 bool BadWriteColumn(std::string_view column);
 
+// "Error in <section> : <key> must be a whole number!", critical.
+void ShowOffsetError(UiPort& ui, std::string_view section, std::string_view key);
+
 // Reads an offset key (default "0") from the current position of `file`. A value that is not a
 // whole number shows "Error in <section> : <key> must be a whole number!" and gives false.
 bool ReadOffsetKey(UiPort& ui, TextFile& file, std::string_view section, std::string_view key,

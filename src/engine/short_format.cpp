@@ -1,8 +1,3 @@
-// Short-format recipes: a table given by its two key texts and one parsing template.
-// FileCreateShort writes such a recipe from a report marked up with "<<" / ">>" lines;
-// FileConvertShortToLong turns one into a long-form export definition, working out the column
-// positions with the table template analyzer; clsRecipe::LoadFromFileShort drives the conversion
-// for the report being converted.
 #include "engine/short_format.h"
 
 #include <string>
@@ -11,7 +6,8 @@
 #include "engine/context.h"
 #include "engine/export_specs.h"
 #include "engine/recipe.h"
-#include "jobs/table_parser.h"
+#include "engine/section_keys.h"
+#include "engine/table_parser.h"
 #include "util/column_letters.h"
 #include "util/files.h"
 #include "util/private_profile.h"
@@ -71,8 +67,7 @@ LineSpan FindLineSpan(TextFile& file, std::string_view startKey, std::string_vie
   return span;
 }
 
-void clsExportSpecs::FileCreateShort(Context& ctx, const std::string& templatePath,
-                                     const std::string& shortPath) {
+void FileCreateShort(Context& ctx, const std::string& templatePath, const std::string& shortPath) {
   UiPort& ui = ctx.ui;
   PrivateProfile out;
   out.Set("Header", "Product", "KRO-B");
@@ -131,9 +126,8 @@ void clsExportSpecs::FileCreateShort(Context& ctx, const std::string& templatePa
     ui.Message("Cannot write " + shortPath + ": " + out.Error(), Icon::Critical);
 }
 
-void clsExportSpecs::FileConvertShortToLong(Context& ctx, const std::string& shortPath,
-                                            const std::string& longPath,
-                                            const std::string& inputPath) {
+void FileConvertShortToLong(Context& ctx, const std::string& shortPath, const std::string& longPath,
+                            const std::string& inputPath) {
   UiPort& ui = ctx.ui;
   if (!FileExists(shortPath)) ui.Message("short format recipe file does not exist!");
 
@@ -163,18 +157,15 @@ void clsExportSpecs::FileConvertShortToLong(Context& ctx, const std::string& sho
 
     // A missing key text would silently match the first non-empty line of the report.
     if (table.ReadStartLine == kMissing) {
-      ui.Message("Error in " + section + " : Invalid ReadStartLine!", Icon::Critical);
+      ShowSectionError(ui, section, " : Invalid ReadStartLine!");
       break;
     }
     if (table.ReadEndLine == kMissing) {
-      ui.Message("Error in " + section + " : Invalid ReadEndLine!", Icon::Critical);
+      ShowSectionError(ui, section, " : Invalid ReadEndLine!");
       break;
     }
     if (!startOffsetOk || !endOffsetOk) {
-      ui.Message("Error in " + section + " : " +
-                     (startOffsetOk ? "ReadEndLineOffset" : "ReadStartLineOffset") +
-                     " must be a whole number!",
-                 Icon::Critical);
+      ShowOffsetError(ui, section, startOffsetOk ? "ReadEndLineOffset" : "ReadStartLineOffset");
       break;
     }
 
@@ -226,17 +217,17 @@ void clsExportSpecs::FileConvertShortToLong(Context& ctx, const std::string& sho
     ui.Message("Cannot write " + longPath + ": " + out.Error(), Icon::Critical);
 }
 
-void clsRecipe::LoadFromFileShort(Context& ctx, const std::string& path) {
+void LoadFromFileShort(Context& ctx, clsRecipe& recipe, const std::string& path) {
   if (!FileExists(path)) ctx.ui.Message("Cannot find recipe file: " + path);
-  Reset();
+  recipe.Reset();
   // The input named below is the job's own, taken as the job gives it, not relative to the
   // short recipe's folder.
-  Path.clear();
+  recipe.Path.clear();
   const std::string longPath = ctx.AppFile("_ExportSpecs.krs");
   if (FileExists(longPath)) DeleteFile(longPath);
-  InputFileNames[0] = ctx.currentInput;
-  ExportSpecFileName = longPath;
-  ExportSpecs.FileConvertShortToLong(ctx, path, longPath, ctx.currentInput);
+  recipe.InputFileNames[0] = ctx.currentInput;
+  recipe.ExportSpecFileName = longPath;
+  FileConvertShortToLong(ctx, path, longPath, ctx.currentInput);
 }
 
 }  // namespace kroveld

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "engine/short_format.h"
 #include "jobs/auto_recipe_lock.h"
 #include "jobs/trace.h"
 #include "jobs/write_report.h"
@@ -75,9 +76,9 @@ void RunAutomatic(Context& ctx, ConversionHost& host, bool csv) {
     AutoRecipeLock lock(ctx.appFolder);
     Trace("frmMain.cmdRunRecipe_Click 10");
     if (FileExists(autoPath)) DeleteFile(autoPath);
-    ctx.recipe.ExportSpecs.FileCreateShort(ctx, ctx.currentInput, autoPath);
+    FileCreateShort(ctx, ctx.currentInput, autoPath);
     Trace("frmMain.cmdRunRecipe_Click 11");
-    ctx.recipe.LoadFromFileShort(ctx, autoPath);
+    LoadFromFileShort(ctx, ctx.recipe, autoPath);
     ReadExportSpecs(ctx);
   }
   ctx.periodLabel = PeriodLabel(ctx.recipe);
@@ -100,7 +101,7 @@ void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
   NoteTabs(ctx, host);
   if (IsShortFormatRecipe(ctx.currentRecipe)) {
     AutoRecipeLock lock(ctx.appFolder);
-    ctx.recipe.LoadFromFileShort(ctx, ctx.currentRecipe);
+    LoadFromFileShort(ctx, ctx.recipe, ctx.currentRecipe);
     ReadExportSpecs(ctx);
   } else {
     ctx.recipe.LoadFromFile(ctx.ui, ctx.currentRecipe);

@@ -50,12 +50,11 @@ struct ShortFixture : ::testing::Test {
   RecordingPort ui;
   TempDir dir;
   Context ctx{ui, dir.path()};
-  clsExportSpecs specs;
 
   std::string CreateShort(std::string_view marked) {
     const std::string in = dir.Write("marked.txt", marked);
     const std::string out = dir.File("short.rcp");
-    specs.FileCreateShort(ctx, in, out);
+    FileCreateShort(ctx, in, out);
     return ReadFile(out);
   }
 };
@@ -71,7 +70,7 @@ std::string ShortTable(int n, std::string_view tmpl) {
 }
 
 // The recipe written for the marked-up report of the user page is checked by the page's own test
-// (tests/jobs/table_parser_test.cpp).
+// (tests/engine/table_parser_test.cpp).
 
 TEST_F(ShortFixture, TemplateKeepsItsLeadingBlanks) {
   EXPECT_EQ(kShortHeader + ShortTable(1, "   ----  ----"),
@@ -112,7 +111,7 @@ TEST_F(ShortFixture, NoBlocksAtAll) {
 }
 
 TEST_F(ShortFixture, UnreadableTemplateFileStillWritesTheHeader) {
-  specs.FileCreateShort(ctx, dir.File("missing.txt"), dir.File("short.rcp"));
+  FileCreateShort(ctx, dir.File("missing.txt"), dir.File("short.rcp"));
   EXPECT_EQ(kShortHeader, ReadFile(dir.File("short.rcp")));
   ASSERT_EQ(1u, ui.messages.size());
   EXPECT_TRUE(ui.messages[0].text.starts_with("Cannot read template file: "));
@@ -149,10 +148,10 @@ TEST_F(ShortFixture, AutomaticRoadEndToEnd) {
   // The marked-up report is the template text and the report being converted at once.
   const std::string report = DataFile("auto-marked-report.txt");
   const std::string shortPath = dir.File("_AutoRecipe.rcp");
-  specs.FileCreateShort(ctx, report, shortPath);
+  FileCreateShort(ctx, report, shortPath);
   ctx.currentInput = report;
   ctx.statusPrefix = "report";
-  ctx.recipe.LoadFromFileShort(ctx, shortPath);
+  LoadFromFileShort(ctx, ctx.recipe, shortPath);
   EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
 
   const std::string longPath = ctx.AppFile("_ExportSpecs.krs");
@@ -215,7 +214,7 @@ struct ConvertFixture : ShortFixture {
   }
   std::string Convert(std::string_view shortText) {
     const std::string shortPath = dir.Write("short.rcp", shortText);
-    specs.FileConvertShortToLong(ctx, shortPath, longPath, input);
+    FileConvertShortToLong(ctx, shortPath, longPath, input);
     return ReadFile(longPath);
   }
   std::string Key(const std::string& section, const std::string& key) {
@@ -339,7 +338,7 @@ TEST_F(ShortFixture, LoadFromMissingShortRecipe) {
   testing::WriteFile(longPath, CrLf({"[Table 9]", "ReadStartLine=old"}));
   ctx.currentInput = dir.File("report.txt");
   ctx.recipe.OutputFileTitle = "left over";
-  ctx.recipe.LoadFromFileShort(ctx, dir.File("nothing.rcp"));
+  LoadFromFileShort(ctx, ctx.recipe, dir.File("nothing.rcp"));
   ASSERT_EQ(2u, ui.messages.size());
   EXPECT_EQ("Cannot find recipe file: " + dir.File("nothing.rcp"), ui.messages[0].text);
   EXPECT_EQ(Icon::None, ui.messages[0].icon);

@@ -7,6 +7,7 @@
 #include <unordered_map>
 
 #include "engine/context.h"
+#include "engine/short_format.h"
 #include "jobs/conversion_job.h"
 #include "jobs/preview/collecting_port.h"
 #include "jobs/preview/message_sections.h"
@@ -108,7 +109,7 @@ void LoadRecipe(Context& ctx, const std::string& copy, const std::string& stands
                 const std::string& input) {
   switch (FormOf(copy)) {
     case RecipeForm::kShort:
-      ctx.recipe.LoadFromFileShort(ctx, copy);
+      LoadFromFileShort(ctx, ctx.recipe, copy);
       ReadExportDefinition(ctx);
       break;
     case RecipeForm::kExportDefinition:

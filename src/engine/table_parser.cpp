@@ -1,9 +1,9 @@
-#include "jobs/table_parser.h"
+#include "engine/table_parser.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "jobs/template_parser.h"
+#include "engine/template_parser.h"
 #include "util/line_search.h"
 #include "util/strings.h"
 #include "util/text_file.h"

@@ -1,4 +1,4 @@
-#include "jobs/table_parser.h"
+#include "engine/table_parser.h"
 
 #include <gtest/gtest.h>
 
@@ -8,6 +8,7 @@
 
 #include "engine/context.h"
 #include "engine/export_specs.h"
+#include "engine/short_format.h"
 #include "support/recording_port.h"
 #include "support/test_support.h"
 #include "util/profile.h"
@@ -426,8 +427,7 @@ TEST(UserPage, MarkingUpExampleGivesTheRecipeShown) {
   RecordingPort ui;
   TempDir dir;
   Context ctx(ui, dir.path());
-  clsExportSpecs specs;
-  specs.FileCreateShort(ctx, report, dir.File("_AutoRecipe.rcp"));
+  FileCreateShort(ctx, report, dir.File("_AutoRecipe.rcp"));
   EXPECT_EQ(SplitLines(ReadFile(dir.File("_AutoRecipe.rcp"))), recipe->lines);
   EXPECT_TRUE(ui.messages.empty());
 }
@@ -450,9 +450,8 @@ TEST(UserPage, OwnShortRecipeGivesTheColumnsShown) {
     std::string text;
     for (const std::string& l : blocks[i].lines) text += l + "\r\n";
     const std::string longPath = dir.File("long.krs");
-    clsExportSpecs specs;
-    specs.FileConvertShortToLong(ctx, dir.Write("own.rcp", text), longPath,
-                                 DataFile(blocks[i].tag.substr(8)));
+    FileConvertShortToLong(ctx, dir.Write("own.rcp", text), longPath,
+                           DataFile(blocks[i].tag.substr(8)));
     EXPECT_TRUE(ui.messages.empty());
 
     const auto key = [&longPath](const std::string& section, const char* name) {

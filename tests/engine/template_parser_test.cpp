@@ -1,4 +1,4 @@
-#include "jobs/template_parser.h"
+#include "engine/template_parser.h"
 
 #include <gtest/gtest.h>
 
