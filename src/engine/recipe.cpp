@@ -102,6 +102,13 @@ void clsRecipe::LoadFromFile(UiPort& ui, const std::string& path, const std::str
 }
 
 bool clsRecipe::SaveToFile(UiPort& ui, const std::string& path) const {
+  // Refused before anything is written, so an existing recipe is not left pointing at nothing.
+  if (Trim(ExportSpecFileName).empty()) {
+    ui.Message("Cannot save the export specification of " + path +
+                   ": the recipe names no ExportSpecFileName!",
+               Icon::Critical);
+    return false;
+  }
   PrivateProfile file;
   if (!file.Load(path)) {
     ui.Message("Cannot read recipe file: " + path + " (" + file.Error() + ")", Icon::Critical);
@@ -125,12 +132,6 @@ bool clsRecipe::SaveToFile(UiPort& ui, const std::string& path) const {
   }
   if (!file.Save(path)) {
     ui.Message("Cannot write recipe file: " + path + " (" + file.Error() + ")", Icon::Critical);
-    return false;
-  }
-  if (Trim(ExportSpecFileName).empty()) {
-    ui.Message("Cannot save the export specification of " + path +
-                   ": the recipe names no ExportSpecFileName!",
-               Icon::Critical);
     return false;
   }
   // A relative name is taken from the folder of the recipe being written.

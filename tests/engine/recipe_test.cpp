@@ -195,13 +195,21 @@ TEST(RecipeSave, WritesInOrderAndLoadsBack) {
   EXPECT_EQ(back.ExportSpecs.Titles[0].Lines, std::vector<std::string>{"Ledger"});
 }
 
-TEST(RecipeSave, NoExportSpecificationNameIsReported) {
+TEST(RecipeSave, NoExportSpecificationNameIsRefusedBeforeWriting) {
   TempDir dir;
-  RecordingPort ui;
+  const std::string existing = dir.Write("r.rcp", RecipeText("s.krs"));
   clsRecipe recipe;
-  EXPECT_FALSE(recipe.SaveToFile(ui, dir.File("r.rcp")));
-  ASSERT_EQ(ui.messages.size(), 1u);
-  EXPECT_NE(ui.messages[0].text.find("ExportSpecFileName"), std::string::npos);
+  recipe.ExportSpecFileName = "  ";
+  for (const std::string& path : {existing, dir.File("new.rcp")}) {
+    RecordingPort ui;
+    EXPECT_FALSE(recipe.SaveToFile(ui, path));
+    EXPECT_EQ(ui.Texts(),
+              std::vector<std::string>{"Cannot save the export specification of " + path +
+                                       ": the recipe names no ExportSpecFileName!"});
+  }
+  EXPECT_EQ(ReadFile(existing), RecipeText("s.krs"));
+  // Nothing else in the folder: no new recipe, no temporary file, no export specification.
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
 }
 
 TEST(ResolveRelative, AbsoluteNamesStayAndRelativeOnesFollowTheOwner) {
