@@ -6,7 +6,6 @@ namespace {
 
 constexpr auto kRedrawInterval = std::chrono::milliseconds(100);
 constexpr std::size_t kMaxProgressWidth = 79;
-constexpr std::string_view kTerminateQuestion = "Do you want to terminate the process?";
 
 }  // namespace
 
@@ -77,7 +76,7 @@ void ConsolePort::Status(int panel, std::string_view text) {
   if (panel == 2) {
     panel2_.assign(text);
   } else if (panel == 3) {
-    if (text.ends_with(" files]")) {
+    if (text.ends_with(kBatchStatusSuffix)) {
       file_.assign(text);
       detail_.clear();
     } else {

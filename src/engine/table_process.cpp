@@ -181,7 +181,7 @@ void clsTable::Process(Context& ctx, int csvFile) {
     if (ctx.run.stopRequested.load(std::memory_order_relaxed)) {
       keepPending();
       planned = false;
-      if (ui.AskYesNo("Do you want to terminate the process?", Icon::Question)) break;
+      if (ui.AskYesNo(kTerminateQuestion, Icon::Question)) break;
       ctx.run.stopRequested.store(false);
     }
 

@@ -46,7 +46,7 @@ void ConvertList(Context& ctx, ConversionHost& host, const std::vector<std::stri
     AppendInt(status, static_cast<long long>(i + 1));
     status += " of ";
     status += count;
-    status += " files]";
+    status += kBatchStatusSuffix;
     ctx.ui.Status(3, status);
     RunRecipe(ctx, host);
   }
@@ -136,7 +136,7 @@ void BeginProcessing(Context& ctx, ConversionHost& host, BatchStop* stop) {
   clsConversionOptions& options = ctx.options;
   if (options.sInputFile.find('*') == std::string::npos) {
     // The list is never filled for a single file, so the count always reads 0.
-    ctx.ui.Status(3, options.sInputFile + "   [1 of 0 files]");
+    ctx.ui.Status(3, options.sInputFile + "   [1 of 0" + std::string(kBatchStatusSuffix));
     RunRecipe(ctx, host);
   } else {
     std::vector<std::string> files;

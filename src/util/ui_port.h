@@ -10,6 +10,12 @@
 
 namespace kroveld {
 
+// Texts that the core shows and a front end recognises, so both sides use the one constant.
+// The question a stop request asks; an unattended front end answers it Yes.
+inline constexpr std::string_view kTerminateQuestion = "Do you want to terminate the process?";
+// The end of the panel-3 status naming the file a batch is converting: "name   [i of n files]".
+inline constexpr std::string_view kBatchStatusSuffix = " files]";
+
 // The icon of a message box; it also tells the console front end how to prefix the line.
 enum class Icon { None, Critical, Question, Exclamation, Information };
 

@@ -59,7 +59,7 @@ bool NumbersBefore(std::string_view text, std::string_view lead, std::string_vie
 
 bool ProgressOfStatus(std::string_view text, long long& done, long long& total) {
   return NumbersBefore(text, " row ", "", done, total) ||
-         NumbersBefore(text, "[", " files]", done, total);
+         NumbersBefore(text, "[", kBatchStatusSuffix, done, total);
 }
 
 void QtPort::Message(std::string_view text, Icon icon, std::string_view title) {
