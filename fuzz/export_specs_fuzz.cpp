@@ -22,11 +22,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Context ctx(ui, fuzz::ScratchFolder());
   fuzz::UseReport(ctx, report);
   ctx.recipe.ExportSpecs.ReadFromFile(ui, krs);
-  NullSink sink;
-  SinkScope scope(ctx, sink);
-  ctx.recipe.ExportSpecs.Process(ctx, 0);
+  {
+    NullSink cells(true);
+    SinkScope scope(ctx, cells);
+    ctx.recipe.ExportSpecs.Process(ctx);
+  }
   ctx.recipe.ExportSpecs.Failed = false;
   ctx.recipe.ExportSpecs.WritePointer1 = ctx.recipe.ExportSpecs.WritePointer2 = 1;
-  ctx.recipe.ExportSpecs.Process(ctx, 1);
+  NullSink rows(false);
+  SinkScope scope(ctx, rows);
+  ctx.recipe.ExportSpecs.Process(ctx);
   return 0;
 }

@@ -56,9 +56,9 @@ void AutomaticRoad(const std::string& report) {
     std::fclose(f);
     ctx.recipe.ExportSpecs.ReadFromFile(ui, krs);
   }
-  NullSink sink;
-  SinkScope scope(ctx, sink);
-  ctx.recipe.ExportSpecs.Process(ctx, 1);
+  NullSink rows(false);
+  SinkScope scope(ctx, rows);
+  ctx.recipe.ExportSpecs.Process(ctx);
 }
 
 }  // namespace

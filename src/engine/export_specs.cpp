@@ -246,7 +246,7 @@ bool clsExportSpecs::WriteToFile(UiPort& ui, const std::string& path) const {
   return true;
 }
 
-void clsExportSpecs::Process(Context& ctx, int csvFile) {
+void clsExportSpecs::Process(Context& ctx) {
   UiPort& ui = ctx.ui;
   const std::size_t expected = static_cast<std::size_t>(TitleCount) +
                                static_cast<std::size_t>(TableCount) +
@@ -256,7 +256,8 @@ void clsExportSpecs::Process(Context& ctx, int csvFile) {
     return;
   }
 
-  if (csvFile < 1) {
+  const bool cells = ctx.sink->HoldsCells();
+  if (cells) {
     const std::string* names[2] = {&ctx.recipe.Sheet1Name, &ctx.recipe.Sheet2Name};
     for (int sheet = 1; sheet <= 2; ++sheet) {
       const std::string_view name = Trim(*names[sheet - 1]);
@@ -290,14 +291,14 @@ void clsExportSpecs::Process(Context& ctx, int csvFile) {
       ctx.statusPrefix = " Exporting Table " + ToText(static_cast<long long>(n)) + ":";
       ui.Status(1, ctx.statusPrefix);
       if (ctx.observer != nullptr) ctx.observer->SectionStarts(kind, static_cast<int>(n));
-      Tables[n - 1].Process(ctx, csvFile);
+      Tables[n - 1].Process(ctx);
       ++TablesProcessed;
     } else if (kind == "Consolidate" && c < Consolidates.size()) {
       ++c;
       if (ctx.observer != nullptr) ctx.observer->SectionStarts(kind, static_cast<int>(c));
       // A CSV file holds table rows only: there are no cells to read back and add up, so a
       // consolidation contributes nothing to it.
-      if (csvFile < 1) Consolidates[c - 1].Process(ctx);
+      if (cells) Consolidates[c - 1].Process(ctx);
     } else {
       ui.Message("invalid section type in clsExportSpecs.Process!", Icon::Critical);
       break;

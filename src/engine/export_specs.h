@@ -43,8 +43,9 @@ class clsExportSpecs {
   // Writes the header, the name and every section in sequence order, renumbered per kind.
   // False (after a message) when the file cannot be written.
   bool WriteToFile(UiPort& ui, const std::string& path) const;
-  // One pass. csvFile > 0: CSV output; otherwise workbook output (sheets renamed, font set).
-  void Process(Context& ctx, int csvFile);
+  // One pass into ctx.sink. A sink that holds cells also gets its sheets renamed and its font
+  // set, and consolidations run; a sink of rows gets the table rows only.
+  void Process(Context& ctx);
   std::string PropertyPrintCons() const;
   std::string PropertyPrintTables() const;
 

@@ -1,6 +1,7 @@
 // What sections do to the output: set and get cells, rename sheets, set the standard font, clear
 // sheet 1, and append CSV rows. CSV output writes rows straight to its file and drops cell writes;
-// workbook output keeps an in-memory workbook and drops CSV rows.
+// workbook output keeps an in-memory workbook and drops CSV rows. The engine asks the sink which
+// of the two it is (HoldsCells) and writes accordingly.
 #pragma once
 
 #include <string>
@@ -11,6 +12,11 @@ namespace kroveld {
 class OutputSink {
  public:
   virtual ~OutputSink() = default;
+
+  // True for an output of cells (a workbook: tables fill sheet 1, sheets are renamed, the font is
+  // set, consolidations run); false for an output of rows (CSV: tables append rows, nothing else
+  // contributes).
+  virtual bool HoldsCells() const = 0;
 
   // Sheets are 1-based; rows and columns are 1-based. The value is text as the section computed
   // it; a workbook sink decides how the spreadsheet stores it (number or text).
@@ -25,15 +31,21 @@ class OutputSink {
   virtual void WriteCsvRow(std::string_view row) = 0;
 };
 
-// A sink that accepts and drops everything: used when a pass runs without an output.
+// A sink that accepts and drops everything: used when a pass runs without an output. It answers
+// HoldsCells as it was made, so a pass can be run down either road without an output.
 class NullSink final : public OutputSink {
  public:
+  explicit NullSink(bool holdsCells = true) : holds_cells_(holdsCells) {}
+  bool HoldsCells() const override { return holds_cells_; }
   void SetCell(int, int, int, std::string_view) override {}
   std::string GetCell(int, int, int) override { return {}; }
   void RenameSheet(int, std::string_view) override {}
   void SetStandardFont(std::string_view) override {}
   void ClearOutput() override {}
   void WriteCsvRow(std::string_view) override {}
+
+ private:
+  bool holds_cells_;
 };
 
 }  // namespace kroveld

@@ -33,8 +33,8 @@ class clsTable {
   void WriteToFile(PrivateProfile& file, int number) const;
   std::string PropertyPrint() const;
 
-  // Runs the section. csvFile > 0: rows go to the CSV output; otherwise to sheet 1.
-  void Process(Context& ctx, int csvFile);
+  // Runs the section: rows go to sheet 1 when ctx.sink holds cells, otherwise as CSV rows.
+  void Process(Context& ctx);
 };
 
 }  // namespace kroveld

@@ -81,7 +81,7 @@ std::string_view WriteFastRow(Context& ctx, const std::vector<FastCut>& cuts, st
 
 }  // namespace
 
-void clsTable::Process(Context& ctx, int csvFile) {
+void clsTable::Process(Context& ctx) {
   UiPort& ui = ctx.ui;
   clsExportSpecs& specs = ctx.recipe.ExportSpecs;
 
@@ -141,7 +141,7 @@ void clsTable::Process(Context& ctx, int csvFile) {
   if (from.line == 1 || !file.SeekToLine(from.offset, from.line)) from = KeyLine{1, 0};
   file.SkipLines(startLine - from.line);  // a block past the end of the file reads as empty lines
 
-  const bool csv = csvFile > 0;
+  const bool csv = !ctx.sink->HoldsCells();
   const std::int64_t total = endLine - startLine + 1;
   const std::size_t columnCount = Columns.size();
   clsLineProcessor& lines = ctx.lineProcessor;

@@ -6,6 +6,7 @@
 #include "engine/short_format.h"
 #include "jobs/auto_recipe_lock.h"
 #include "jobs/trace.h"
+#include "jobs/workbook/workbook_codecs.h"
 #include "jobs/write_report.h"
 #include "util/files.h"
 #include "util/profile.h"
@@ -117,7 +118,7 @@ void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
 
 OutputKind OutputKindOf(std::string_view outputPath) {
   if (FindNoCase(outputPath, ".CSV") != std::string_view::npos) return OutputKind::Csv;
-  if (FindNoCase(outputPath, ".XLS") != std::string_view::npos) return OutputKind::Workbook;
+  if (NamesWorkbook(outputPath)) return OutputKind::Workbook;
   return OutputKind::None;
 }
 

@@ -27,7 +27,8 @@ inline constexpr const char* kTabNote =
     "NOTE: The text in the Input File contains tab characters.\n"
     "To specify the tab stop, change the options.";
 
-// ".CSV" anywhere in the upper-cased path gives CSV (tested first), else ".XLS" a workbook.
+// ".CSV" anywhere in the upper-cased path gives CSV (tested first), else the suffix of a workbook
+// codec anywhere in it (".XLS", which ".XLSX" contains) a workbook.
 OutputKind OutputKindOf(std::string_view outputPath);
 // Application folder + "_AutoRecipe.rcp".
 std::string AutoRecipePath(const Context& ctx);

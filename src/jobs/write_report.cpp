@@ -60,7 +60,7 @@ void WriteWorkbook(Context& ctx) {
     {
       SinkScope scope(ctx, sink);
       if (ctx.options.bClearOutputFileBeforeProcessing) sink.ClearOutput();
-      ctx.recipe.ExportSpecs.Process(ctx, 0);
+      ctx.recipe.ExportSpecs.Process(ctx);
     }
     if (!sink.Save()) failure = FailureText(sink.Error(), ctx.currentOutput);
     backup = sink.BackupNote();

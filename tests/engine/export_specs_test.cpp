@@ -324,7 +324,7 @@ TEST_F(ExportSpecsProcess, SectionsInFileOrderWithStatusAndYield) {
   ui.onProcessEvents = [&] { yields.push_back(ui.statuses.size()); };
   ctx.run.jobStartTick = TickCount() - 100000;
   specs().WritePointer1 = 40;  // reset by the pass
-  specs().Process(ctx, 0);
+  specs().Process(ctx);
   EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
   EXPECT_EQ(sink.Cell(1, 1, 1), "Report");
   EXPECT_EQ(sink.Cell(1, 2, 1), "May");
@@ -359,24 +359,25 @@ TEST_F(ExportSpecsProcess, SectionsInFileOrderWithStatusAndYield) {
 
 TEST_F(ExportSpecsProcess, SheetNamesAndFontOnlyForWorkbooks) {
   struct Case {
-    int csvFile;
+    bool cells;
     const char *sheet1, *sheet2, *label;
     std::vector<std::pair<int, std::string>> renames;
     std::size_t fonts;
   } cases[] = {
-      {0, "Detail", "Summary", "2", {{1, "Detail (P2)"}, {2, "Summary (P2)"}}, 1},
-      {0, "   ", " Sum ", "1-3", {{2, "Sum (P1-3)"}}, 1},
-      {1, "Detail", "Summary", "2", {}, 0},
+      {true, "Detail", "Summary", "2", {{1, "Detail (P2)"}, {2, "Summary (P2)"}}, 1},
+      {true, "   ", " Sum ", "1-3", {{2, "Sum (P1-3)"}}, 1},
+      {false, "Detail", "Summary", "2", {}, 0},
   };
   Load(TitleSection(1, 1, "A", {"Report"}));
   for (const Case& c : cases) {
     sink = MapSink();
+    sink.holdsCells = c.cells;
     ctx.recipe.Sheet1Name = c.sheet1;
     ctx.recipe.Sheet2Name = c.sheet2;
     ctx.periodLabel = c.label;
-    specs().Process(ctx, c.csvFile);
-    EXPECT_EQ(sink.renames, c.renames) << c.csvFile;
-    EXPECT_EQ(sink.fonts, Strings(c.fonts, "Courier New")) << c.csvFile;
+    specs().Process(ctx);
+    EXPECT_EQ(sink.renames, c.renames) << c.cells;
+    EXPECT_EQ(sink.fonts, Strings(c.fonts, "Courier New")) << c.cells;
     EXPECT_EQ(specs().WritePointer1, 2);
   }
 }
@@ -388,7 +389,7 @@ TEST_F(ExportSpecsProcess, TitleHeadingWithColMakesTheSectionCountInvalid) {
   EXPECT_EQ(specs().SectionSequenceCollection.size(), 1u);
   ui.Clear();
   ctx.recipe.Sheet1Name = "Detail";
-  specs().Process(ctx, 0);
+  specs().Process(ctx);
   EXPECT_EQ(ui.Texts(), Strings{"Error in csExportSpecs: Invalid Section Count!"});
   EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
   EXPECT_EQ(sink.writes, 0);
@@ -403,7 +404,7 @@ TEST_F(ExportSpecsProcess, FailedSectionOrUnknownKindEndsThePass) {
        TitleSection(2, 1, "A", {"after"}));
   EXPECT_EQ(ui.Texts(), Strings{"Error in Consolidate 1 : Table number 1 does not exist!"});
   ui.Clear();
-  specs().Process(ctx, 0);
+  specs().Process(ctx);
   EXPECT_EQ(ui.Texts(), Strings{"Can not consolidate table 1. Table does not exist!"});
   EXPECT_TRUE(specs().Failed);
   EXPECT_EQ(sink.Cell(1, 1, 1), "before");
@@ -415,7 +416,7 @@ TEST_F(ExportSpecsProcess, FailedSectionOrUnknownKindEndsThePass) {
   specs().Consolidates.clear();
   specs().ConsolidateCount = 0;
   specs().SectionSequenceCollection = {"Title", "Chart"};
-  specs().Process(ctx, 0);
+  specs().Process(ctx);
   EXPECT_FALSE(specs().Failed);
   EXPECT_EQ(specs().WritePointer1, 2);
   EXPECT_EQ(ui.Texts(), Strings{"invalid section type in clsExportSpecs.Process!"});
@@ -428,7 +429,8 @@ TEST_F(ExportSpecsProcess, ConsolidationsContributeNothingToCsv) {
   Load(CrLf({"[Consolidate 1]", "Table=1", "ReadAccountsColumn=1", "TotalDepartments=0"}) +
        TitleSection(1, 1, "A", {"after"}));
   ui.Clear();
-  specs().Process(ctx, 1);
+  sink.holdsCells = false;
+  specs().Process(ctx);
   EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
   EXPECT_FALSE(specs().Failed);
   EXPECT_EQ(specs().WritePointer1, 2);

@@ -19,6 +19,7 @@ namespace kroveld::testing {
 
 class CellSink final : public OutputSink {
  public:
+  bool HoldsCells() const override { return holdsCells; }
   void SetCell(int sheet, int row, int column, std::string_view value) override {
     cells[{sheet, row, column}] = std::string(value);
     ++cellWrites;
@@ -45,6 +46,7 @@ class CellSink final : public OutputSink {
   std::map<std::tuple<int, int, int>, std::string> cells;
   std::vector<std::string> rows;
   int cellWrites = 0;
+  bool holdsCells = true;
 };
 
 inline clsColumn MakeColumn(int start, int end, std::string letter = "A", std::string op = "") {
@@ -86,7 +88,10 @@ struct ExtractFixture {
     return path;
   }
   // Runs the table into the sheet (csv false) or as CSV rows (csv true).
-  void Run(clsTable& table, bool csv = false) { table.Process(*ctx, csv ? 1 : 0); }
+  void Run(clsTable& table, bool csv = false) {
+    sink.holdsCells = !csv;
+    table.Process(*ctx);
+  }
   int Pointer() const { return ctx->recipe.ExportSpecs.WritePointer1; }
   bool Failed() const { return ctx->recipe.ExportSpecs.Failed; }
 };

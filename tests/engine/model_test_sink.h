@@ -14,6 +14,7 @@ namespace kroveld::testing {
 
 class MapSink : public OutputSink {
  public:
+  bool HoldsCells() const override { return holdsCells; }
   void SetCell(int sheet, int row, int column, std::string_view value) override {
     cells[{sheet, row, column}] = std::string(value);
     ++writes;
@@ -36,6 +37,7 @@ class MapSink : public OutputSink {
   std::vector<std::string> fonts;
   std::vector<std::string> csvRows;
   int writes = 0;
+  bool holdsCells = true;
 };
 
 }  // namespace kroveld::testing

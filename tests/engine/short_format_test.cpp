@@ -175,7 +175,7 @@ TEST_F(ShortFixture, AutomaticRoadEndToEnd) {
   testing::CellSink sink;
   ctx.sink = &sink;
   ctx.recipe.ExportSpecs.ReadFromFile(ui, longPath);
-  ctx.recipe.ExportSpecs.Process(ctx, 0);
+  ctx.recipe.ExportSpecs.Process(ctx);
   ASSERT_TRUE(ui.messages.empty()) << ui.messages[0].text;
   const std::vector<std::vector<std::string>> expected = {
       {"1000", "Cash on hand", "1,250.00", ""},

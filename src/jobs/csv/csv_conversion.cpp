@@ -21,7 +21,7 @@ bool ConvertToCsv(Context& ctx, const std::string& outputPath, std::string* erro
   sink.SetDurable(replacing);
   {
     SinkScope scope(ctx, sink);
-    ctx.recipe.ExportSpecs.Process(ctx, 1);
+    ctx.recipe.ExportSpecs.Process(ctx);
   }
   if (!sink.Commit()) {
     if (error != nullptr) *error = sink.Error();

@@ -25,6 +25,7 @@ class CsvSink final : public OutputSink {
   const std::string& Error() const { return file_.Error(); }
   long long RowsWritten() const { return rows_; }
 
+  bool HoldsCells() const override { return false; }
   void SetCell(int, int, int, std::string_view) override {}
   std::string GetCell(int, int, int) override { return {}; }
   void RenameSheet(int, std::string_view) override {}

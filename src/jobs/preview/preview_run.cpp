@@ -221,7 +221,7 @@ PreviewResult RunPreview(const PreviewRequest& request) {
       {
         SinkScope scope(ctx, sink);
         ctx.observer = &recorder;
-        ctx.recipe.ExportSpecs.Process(ctx, 0);
+        ctx.recipe.ExportSpecs.Process(ctx);
         ctx.observer = nullptr;
       }
       result.workbook = std::move(sink.Model());

@@ -4,15 +4,13 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 
 #include "jobs/workbook/cell_typing.h"
 #include "jobs/workbook/text_encoding.h"
-#include "jobs/workbook/xls_reader.h"
-#include "jobs/workbook/xls_writer.h"
-#include "jobs/workbook/xlsx_reader.h"
-#include "jobs/workbook/xlsx_writer.h"
+#include "jobs/workbook/workbook_codecs.h"
 #include "util/files.h"
 #include "util/numbers.h"
 #include "util/strings.h"
@@ -23,21 +21,19 @@ namespace {
 // Sheets beyond this number are not made on demand (the engine writes to sheets 1 and 2).
 constexpr int kMaxSheets = 255;
 
-enum class FileKind { kMissing, kZip, kOle, kOther };
-
-FileKind Sniff(const std::string& native) {
+// The first bytes of the file at `native`, as many as the longest codec signature; false when
+// the file cannot be opened (it is missing).
+bool ReadHead(const std::string& native, std::string& head) {
   std::ifstream in(native, std::ios::binary);
-  if (!in) return FileKind::kMissing;
-  char head[8] = {};
-  in.read(head, sizeof head);
-  const std::string_view magic(head, static_cast<std::size_t>(in.gcount()));
-  if (magic.substr(0, 4) == std::string_view("PK\x03\x04", 4)) return FileKind::kZip;
-  if (magic == std::string_view("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8)) return FileKind::kOle;
-  return FileKind::kOther;
-}
-
-bool IsXlsName(std::string_view path) {
-  return path.size() >= 4 && EqualsNoCase(path.substr(path.size() - 4), ".xls");
+  if (!in) return false;
+  std::size_t longest = 0;
+  for (const WorkbookCodec& codec : WorkbookCodecs()) {
+    longest = std::max(longest, codec.signature.size());
+  }
+  head.assign(longest, '\0');
+  in.read(head.data(), static_cast<std::streamsize>(longest));
+  head.resize(static_cast<std::size_t>(in.gcount()));
+  return true;
 }
 
 }  // namespace
@@ -60,23 +56,11 @@ void WorkbookSink::Open(const std::string& path, bool /*show: no window to show*
   keep_backup_ = false;
   dropped_ = 0;
   book_ = Workbook();
-  const std::string native = NativePath(path);
-  const FileKind kind = Sniff(native);
+  std::string head;
+  if (!ReadHead(NativePath(path), head)) return;
+  const WorkbookCodec* codec = CodecForSignature(head);
   std::string why;
-  bool read = false;
-  switch (kind) {
-    case FileKind::kMissing:
-      return;
-    case FileKind::kZip:
-      read = ReadXlsx(path, book_, why);
-      break;
-    case FileKind::kOle:
-      read = ReadXls(path, book_, why);
-      break;
-    case FileKind::kOther:
-      break;
-  }
-  if (!read) {
+  if (codec == nullptr || !codec->read(path, book_, why)) {
     // Not a workbook we can read: start afresh and keep the old file as NAME.bak on saving.
     book_ = Workbook();
     keep_backup_ = true;
@@ -111,10 +95,9 @@ bool WorkbookSink::Save() {
     error_ = "no output workbook is open";
     return false;
   }
-  const bool xls = IsXlsName(path_);
+  const WorkbookCodec& codec = CodecForSaving(path_);
   if (keep_backup_ && !SaveBackupOfCorruptOutput()) return false;
-  const bool ok = xls ? WriteXls(book_, path_, error_) : WriteXlsx(book_, path_, error_);
-  if (!ok) {
+  if (!codec.write(book_, path_, error_)) {
     // The writers leave the old file as it was; the backup of it is not needed then.
     if (keep_backup_) ::unlink((NativePath(path_) + ".bak").c_str());
     return false;

@@ -1,8 +1,8 @@
 // Workbook output: an in-memory workbook filled by the sections and saved with the codec the file
-// name chooses (a name ending in ".xls" gets BIFF8, every other workbook name OOXML). An existing
-// output is read in first so cells this run does not write keep their values. Text handed to a
-// cell is typed the way a spreadsheet types what is typed into it: numeric text becomes a number
-// with a matching format, leading-zero codes stay text, "=" is never a formula.
+// name chooses (workbook_codecs.h: a name ending in ".xls" gets BIFF8, every other one OOXML). An
+// existing output is read in first so cells this run does not write keep their values. Text handed
+// to a cell is typed the way a spreadsheet types what is typed into it: numeric text becomes a
+// number with a matching format, leading-zero codes stay text, "=" is never a formula.
 #pragma once
 
 #include <string>
@@ -31,6 +31,7 @@ class WorkbookSink final : public OutputSink {
   const std::string& BackupNote() const { return backup_note_; }
   Workbook& Model() { return book_; }
 
+  bool HoldsCells() const override { return true; }
   void SetCell(int sheet, int row, int column, std::string_view value) override;
   std::string GetCell(int sheet, int row, int column) override;
   void RenameSheet(int sheet, std::string_view name) override;
