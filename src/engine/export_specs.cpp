@@ -1,6 +1,8 @@
 #include "engine/export_specs.h"
 
 #include <cstdint>
+#include <functional>
+#include <iterator>
 
 #include "engine/context.h"
 #include "engine/section_keys.h"
@@ -14,13 +16,107 @@ namespace kroveld {
 
 namespace {
 
-// For each section number 1..count of the three kinds, the first line that could hold its
-// heading: a line with "[" that contains the kind word, a blank and the number. A section whose
-// heading cannot be in the file reads with every key missing without scanning the file; a section
-// whose first possible heading lies after the lines already read continues on the open file
-// (which finds the same heading as reopening it would), so a file in order is read in one pass.
+// What the export definition does with one kind of section. The sections of every kind are read,
+// written and run through this table, in the order of the file's section sequence; a new kind of
+// section is one more entry (and its own class).
+struct SectionKind {
+  std::string_view word;      // the entry of the section sequence: "Title"
+  std::string_view heading;   // what a heading line of the kind holds: "[Title "
+  std::string_view numbered;  // what stands before the section number in a heading: "Title "
+  bool columnsCount;          // a heading that holds "Col" counts as a section of the kind too
+  int clsExportSpecs::*count;
+  std::size_t (*size)(const clsExportSpecs& specs);
+  // Reads sections 1..count; `sectionFile(n)` gives the file to read section n from.
+  void (*read)(clsExportSpecs& specs, UiPort& ui, int count,
+               const std::function<TextFile&(int)>& sectionFile);
+  void (*write)(const clsExportSpecs& specs, PrivateProfile& file, std::size_t at);
+  // Runs section at (0-based) of a pass into ctx.sink.
+  void (*process)(clsExportSpecs& specs, Context& ctx, std::size_t at);
+};
+
+template <typename Section, typename Read>
+void ReadNumbered(std::vector<Section>& into, int count,
+                  const std::function<TextFile&(int)>& sectionFile, Read read) {
+  into.reserve(static_cast<std::size_t>(count));
+  for (int n = 1; n <= count; ++n) {
+    Section section;
+    read(section, sectionFile(n), n);
+    into.push_back(std::move(section));
+  }
+}
+
+// The order of the entries decides which kind a heading that names two of them belongs to.
+const SectionKind kSectionKinds[] = {
+    {"Title", "[Title ", "Title ", true, &clsExportSpecs::TitleCount,
+     [](const clsExportSpecs& specs) { return specs.Titles.size(); },
+     [](clsExportSpecs& specs, UiPort& ui, int count, const std::function<TextFile&(int)>& at) {
+       ReadNumbered(specs.Titles, count, at, [&ui](clsTitle& title, TextFile& file, int n) {
+         title.ReadFromFileSequentially(ui, file, n);
+       });
+     },
+     [](const clsExportSpecs& specs, PrivateProfile& file, std::size_t at) {
+       specs.Titles[at].WriteToFile(file, static_cast<int>(at + 1));
+     },
+     [](clsExportSpecs& specs, Context& ctx, std::size_t at) {
+       ctx.ui.ProcessEvents();
+       ctx.statusPrefix =
+           "Writing Title " + ToText(static_cast<long long>(at + 1)) + "  Please wait...";
+       ctx.ui.Status(1, ctx.statusPrefix);
+       specs.Titles[at].Process(ctx);
+     }},
+    {"Table", "[Table ", "Table ", false, &clsExportSpecs::TableCount,
+     [](const clsExportSpecs& specs) { return specs.Tables.size(); },
+     [](clsExportSpecs& specs, UiPort& ui, int count, const std::function<TextFile&(int)>& at) {
+       ReadNumbered(specs.Tables, count, at, [&ui](clsTable& table, TextFile& file, int n) {
+         table.ReadFromFileSequentially(ui, file, n);
+       });
+     },
+     [](const clsExportSpecs& specs, PrivateProfile& file, std::size_t at) {
+       specs.Tables[at].WriteToFile(file, static_cast<int>(at + 1));
+     },
+     [](clsExportSpecs& specs, Context& ctx, std::size_t at) {
+       ctx.ui.ProcessEvents();
+       ctx.statusPrefix = " Exporting Table " + ToText(static_cast<long long>(at + 1)) + ":";
+       ctx.ui.Status(1, ctx.statusPrefix);
+       specs.Tables[at].Process(ctx);
+       ++specs.TablesProcessed;
+     }},
+    {"Consolidate", "[Consolidate ", "Consolidate ", true, &clsExportSpecs::ConsolidateCount,
+     [](const clsExportSpecs& specs) { return specs.Consolidates.size(); },
+     [](clsExportSpecs& specs, UiPort& ui, int count, const std::function<TextFile&(int)>& at) {
+       // Read after the tables are counted: a consolidation names the table it adds up.
+       const int tables = specs.TableCount;
+       ReadNumbered(specs.Consolidates, count, at,
+                    [&ui, tables](clsCon& con, TextFile& file, int n) {
+                      con.ReadFromFileSequentially(ui, file, n, tables);
+                    });
+     },
+     [](const clsExportSpecs& specs, PrivateProfile& file, std::size_t at) {
+       specs.Consolidates[at].WriteToFile(file, static_cast<int>(at + 1));
+     },
+     [](clsExportSpecs& specs, Context& ctx, std::size_t at) {
+       // A CSV file holds table rows only: there are no cells to read back and add up, so a
+       // consolidation contributes nothing to it.
+       if (ctx.sink->HoldsCells()) specs.Consolidates[at].Process(ctx);
+     }},
+};
+constexpr std::size_t kKinds = std::size(kSectionKinds);
+
+// The entry of a section-sequence word; null for a word no kind has.
+const SectionKind* KindNamed(std::string_view word) {
+  for (const SectionKind& kind : kSectionKinds) {
+    if (kind.word == word) return &kind;
+  }
+  return nullptr;
+}
+
+// For each section number 1..count of every kind, the first line that could hold its heading: a
+// line with "[" that contains the kind word, a blank and the number. A section whose heading
+// cannot be in the file reads with every key missing without scanning the file; a section whose
+// first possible heading lies after the lines already read continues on the open file (which finds
+// the same heading as reopening it would), so a file in order is read in one pass.
 struct HeadingIndex {
-  std::vector<std::int64_t> titles, tables, cons;
+  std::vector<std::int64_t> first[kKinds];
 
   // Numbers above the section limit are never looked up: a file with that many sections of a
   // kind is refused.
@@ -43,33 +139,33 @@ struct HeadingIndex {
   }
 
   void Note(std::string_view line, std::int64_t lineNumber) {
-    Note(line, "Title ", lineNumber, titles);
-    Note(line, "Table ", lineNumber, tables);
-    Note(line, "Consolidate ", lineNumber, cons);
+    for (std::size_t k = 0; k < kKinds; ++k)
+      Note(line, kSectionKinds[k].numbered, lineNumber, first[k]);
   }
 };
 
-// The kind a line adds to the section sequence, or none: the first of "[Title ", "[Table " and
-// "[Consolidate " it contains, unless it is a column heading (holds "Col").
-const char* SequenceKind(std::string_view line) {
+// The kind a line adds to the section sequence, or none: the first kind whose heading it
+// contains, unless it is a column heading (holds "Col").
+const SectionKind* SequenceKind(std::string_view line) {
   if (line.find("Col") != std::string_view::npos) return nullptr;
-  if (line.find("[Title ") != std::string_view::npos) return "Title";
-  if (line.find("[Table ") != std::string_view::npos) return "Table";
-  if (line.find("[Consolidate ") != std::string_view::npos) return "Consolidate";
+  for (const SectionKind& kind : kSectionKinds) {
+    if (line.find(kind.heading) != std::string_view::npos) return &kind;
+  }
   return nullptr;
 }
 
-// What one pass over a file gives: the heading counts of the three kinds (as CountSectionHeadings
+// What one pass over a file gives: the heading counts of every kind (as CountSectionHeadings
 // counts them), the section sequence and the heading index.
 struct SectionScan {
-  std::int64_t titles = 0, tables = 0, cons = 0;
+  std::int64_t counts[kKinds] = {};
   std::vector<std::string> sequence;
   HeadingIndex index;
 
   explicit SectionScan(const std::string& path) {
-    // The sequence never has more entries than the three counts together, so once it is longer
-    // than three full kinds the file is refused anyway and further entries are not kept.
-    constexpr std::size_t kSequenceLimit = 3 * static_cast<std::size_t>(kMaxSectionsPerKind) + 1;
+    // The sequence never has more entries than the counts together, so once it is longer than
+    // every kind full the file is refused anyway and further entries are not kept.
+    constexpr std::size_t kSequenceLimit =
+        kKinds * static_cast<std::size_t>(kMaxSectionsPerKind) + 1;
     TextFile file;
     if (!file.Open(path)) return;
     std::string_view line;
@@ -78,11 +174,14 @@ struct SectionScan {
       ++number;
       if (line.find('[') == std::string_view::npos) continue;  // every heading holds one
       const bool column = line.find("Col") != std::string_view::npos;
-      if (line.find("[Title ") != std::string_view::npos) ++titles;
-      if (!column && line.find("[Table ") != std::string_view::npos) ++tables;
-      if (line.find("[Consolidate ") != std::string_view::npos) ++cons;
-      if (const char* kind = SequenceKind(line); kind && sequence.size() < kSequenceLimit) {
-        sequence.emplace_back(kind);
+      for (std::size_t k = 0; k < kKinds; ++k) {
+        const SectionKind& kind = kSectionKinds[k];
+        if ((kind.columnsCount || !column) && line.find(kind.heading) != std::string_view::npos) {
+          ++counts[k];
+        }
+      }
+      if (const SectionKind* kind = SequenceKind(line); kind && sequence.size() < kSequenceLimit) {
+        sequence.emplace_back(kind->word);
       }
       index.Note(line, number);
     }
@@ -110,21 +209,6 @@ class SectionReader {
   TextFile closed_;
 };
 
-// Sections 1..count of one kind, each read from the file SectionReader gives for the first line
-// that could hold its heading.
-template <typename Section, typename Read>
-void ReadSections(const std::string& path, int count, const std::vector<std::int64_t>& firstLines,
-                  std::vector<Section>& into, Read read) {
-  into.reserve(static_cast<std::size_t>(count));
-  SectionReader reader(path);
-  for (int n = 1; n <= count; ++n) {
-    const auto at = static_cast<std::size_t>(n);
-    Section section;
-    read(section, reader.For(at < firstLines.size() ? firstLines[at] : 0), n);
-    into.push_back(std::move(section));
-  }
-}
-
 std::string TooManySections(const std::string& path, std::string_view kind) {
   return "Error in export specification " + path + " : more than " + ToText(kMaxSectionsPerKind) +
          " " + std::string(kind) + " sections!";
@@ -139,7 +223,7 @@ std::vector<std::string> ReadSectionSequence(const std::string& path, int total)
   std::string_view line;
   // At the end of the file the rest of the sequence stays absent.
   while (static_cast<int>(sequence.size()) < total && file.ReadLine(line)) {
-    if (const char* kind = SequenceKind(line)) sequence.emplace_back(kind);
+    if (const SectionKind* kind = SequenceKind(line)) sequence.emplace_back(kind->word);
   }
   return sequence;
 }
@@ -182,33 +266,25 @@ void clsExportSpecs::ReadFromFile(UiPort& ui, const std::string& path) {
   Name = GetProfileValueFromFile(path, "General", "Name", "");
 
   SectionScan scan(path);
-  const struct {
-    std::int64_t count;
-    std::string_view kind;
-  } counts[] = {{scan.titles, "Title"}, {scan.tables, "Table"}, {scan.cons, "Consolidate"}};
-  for (const auto& c : counts) {
-    if (c.count > kMaxSectionsPerKind) {
-      ui.Message(TooManySections(path, c.kind), Icon::Critical);
+  for (std::size_t k = 0; k < kKinds; ++k) {
+    if (scan.counts[k] > kMaxSectionsPerKind) {
+      ui.Message(TooManySections(path, kSectionKinds[k].word), Icon::Critical);
       Clear();
       return;
     }
   }
-  TitleCount = static_cast<int>(scan.titles);
-  TableCount = static_cast<int>(scan.tables);
-  ConsolidateCount = static_cast<int>(scan.cons);
+  for (std::size_t k = 0; k < kKinds; ++k)
+    this->*kSectionKinds[k].count = static_cast<int>(scan.counts[k]);
   SectionSequenceCollection = std::move(scan.sequence);
 
-  const HeadingIndex& index = scan.index;
-  ReadSections(path, TitleCount, index.titles, Titles, [&](clsTitle& title, TextFile& file, int n) {
-    title.ReadFromFileSequentially(ui, file, n);
-  });
-  ReadSections(path, TableCount, index.tables, Tables, [&](clsTable& table, TextFile& file, int n) {
-    table.ReadFromFileSequentially(ui, file, n);
-  });
-  ReadSections(path, ConsolidateCount, index.cons, Consolidates,
-               [&](clsCon& con, TextFile& file, int n) {
-                 con.ReadFromFileSequentially(ui, file, n, TableCount);
-               });
+  for (std::size_t k = 0; k < kKinds; ++k) {
+    const std::vector<std::int64_t>& firstLines = scan.index.first[k];
+    SectionReader reader(path);
+    kSectionKinds[k].read(*this, ui, this->*kSectionKinds[k].count, [&](int n) -> TextFile& {
+      const auto at = static_cast<std::size_t>(n);
+      return reader.For(at < firstLines.size() ? firstLines[at] : 0);
+    });
+  }
 }
 
 bool clsExportSpecs::WriteToFile(UiPort& ui, const std::string& path) const {
@@ -221,19 +297,12 @@ bool clsExportSpecs::WriteToFile(UiPort& ui, const std::string& path) const {
   file.Set("Header", "FileFormat", FileFormat);
   file.Set("General", "Name", Name);
 
-  std::size_t title = 0;
-  std::size_t table = 0;
-  std::size_t con = 0;
-  for (const std::string& kind : SectionSequenceCollection) {
-    if (kind == "Title" && title < Titles.size()) {
-      Titles[title].WriteToFile(file, static_cast<int>(title + 1));
-      ++title;
-    } else if (kind == "Table" && table < Tables.size()) {
-      Tables[table].WriteToFile(file, static_cast<int>(table + 1));
-      ++table;
-    } else if (kind == "Consolidate" && con < Consolidates.size()) {
-      Consolidates[con].WriteToFile(file, static_cast<int>(con + 1));
-      ++con;
+  std::size_t written[kKinds] = {};
+  for (const std::string& word : SectionSequenceCollection) {
+    const SectionKind* kind = KindNamed(word);
+    const std::size_t k = kind == nullptr ? 0 : static_cast<std::size_t>(kind - kSectionKinds);
+    if (kind != nullptr && written[k] < kind->size(*this)) {
+      kind->write(*this, file, written[k]++);
     } else {
       ui.Message("Invalid item in SectionSequenceCollection!", Icon::Critical);
     }
@@ -248,16 +317,15 @@ bool clsExportSpecs::WriteToFile(UiPort& ui, const std::string& path) const {
 
 void clsExportSpecs::Process(Context& ctx) {
   UiPort& ui = ctx.ui;
-  const std::size_t expected = static_cast<std::size_t>(TitleCount) +
-                               static_cast<std::size_t>(TableCount) +
-                               static_cast<std::size_t>(ConsolidateCount);
+  std::size_t expected = 0;
+  for (const SectionKind& kind : kSectionKinds)
+    expected += static_cast<std::size_t>(this->*kind.count);
   if (SectionSequenceCollection.size() != expected) {
     ui.Message("Error in csExportSpecs: Invalid Section Count!", Icon::Critical);
     return;
   }
 
-  const bool cells = ctx.sink->HoldsCells();
-  if (cells) {
+  if (ctx.sink->HoldsCells()) {
     const std::string* names[2] = {&ctx.recipe.Sheet1Name, &ctx.recipe.Sheet2Name};
     for (int sheet = 1; sheet <= 2; ++sheet) {
       const std::string_view name = Trim(*names[sheet - 1]);
@@ -273,36 +341,19 @@ void clsExportSpecs::Process(Context& ctx) {
   Failed = false;
   ctx.run.running = true;
 
-  std::size_t t = 0;
-  std::size_t n = 0;
-  std::size_t c = 0;
-  for (const std::string& kind : SectionSequenceCollection) {
+  std::size_t run[kKinds] = {};
+  for (const std::string& word : SectionSequenceCollection) {
     ui.Status(2, FormatSeconds(TickCount() - ctx.run.jobStartTick));
-    if (kind == "Title" && t < Titles.size()) {
-      ++t;
-      ui.ProcessEvents();
-      ctx.statusPrefix = "Writing Title " + ToText(static_cast<long long>(t)) + "  Please wait...";
-      ui.Status(1, ctx.statusPrefix);
-      if (ctx.observer != nullptr) ctx.observer->SectionStarts(kind, static_cast<int>(t));
-      Titles[t - 1].Process(ctx);
-    } else if (kind == "Table" && n < Tables.size()) {
-      ++n;
-      ui.ProcessEvents();
-      ctx.statusPrefix = " Exporting Table " + ToText(static_cast<long long>(n)) + ":";
-      ui.Status(1, ctx.statusPrefix);
-      if (ctx.observer != nullptr) ctx.observer->SectionStarts(kind, static_cast<int>(n));
-      Tables[n - 1].Process(ctx);
-      ++TablesProcessed;
-    } else if (kind == "Consolidate" && c < Consolidates.size()) {
-      ++c;
-      if (ctx.observer != nullptr) ctx.observer->SectionStarts(kind, static_cast<int>(c));
-      // A CSV file holds table rows only: there are no cells to read back and add up, so a
-      // consolidation contributes nothing to it.
-      if (cells) Consolidates[c - 1].Process(ctx);
-    } else {
+    const SectionKind* kind = KindNamed(word);
+    const std::size_t k = kind == nullptr ? 0 : static_cast<std::size_t>(kind - kSectionKinds);
+    if (kind == nullptr || run[k] >= kind->size(*this)) {
       ui.Message("invalid section type in clsExportSpecs.Process!", Icon::Critical);
       break;
     }
+    if (ctx.observer != nullptr) {
+      ctx.observer->SectionStarts(kind->word, static_cast<int>(run[k]) + 1);
+    }
+    kind->process(*this, ctx, run[k]++);
     if (Failed) break;
   }
   ctx.run.running = false;
