@@ -4,11 +4,9 @@
 // back only the tab note's flag.
 #pragma once
 
-#include <functional>
 #include <string>
 
 #include "app/mru.h"
-#include "jobs/conversion_job.h"
 
 namespace kroveld {
 
@@ -31,7 +29,7 @@ struct FramePlacement {
   bool Write(const std::string& configPath) const;
 };
 
-class Settings final : public ConversionHost {
+class Settings final {
  public:
   explicit Settings(std::string configPath) : path_(std::move(configPath)) {}
 
@@ -53,23 +51,15 @@ class Settings final : public ConversionHost {
   bool Save();
   const std::string& Path() const { return path_; }
 
-  bool WarnedAboutTabsInFile() override { return warned_; }
-  // Written to the file at once, so the note is shown once even if the window never closes.
-  void SetWarnedAboutTabsInFile() override;
-  // The window adds its three field texts; a command-line run its typed paths.
-  void UpdateMRUs() override {
-    if (on_update_mrus_) on_update_mrus_();
-  }
-  template <class F>
-  void OnUpdateMRUs(F f) {
-    on_update_mrus_ = std::move(f);
-  }
+  // bWarnedAboutTabsInFile. Set, it is written to the file at once, so the note is shown once
+  // even if the window never closes.
+  bool WarnedAboutTabsInFile() const { return warned_; }
+  void SetWarnedAboutTabsInFile();
 
  private:
   std::string path_;
   bool warned_ = false;
   bool read_ = false;
-  std::function<void()> on_update_mrus_;
 };
 
 }  // namespace kroveld

@@ -59,6 +59,27 @@ std::string Join(const std::vector<std::string>& args) {
   return text;
 }
 
+// The command line's host: the typed recipe path stands for the recipe box, and the lists take
+// the typed texts in memory only (a command-line run never writes them back).
+class ConsoleHost final : public ConversionHost {
+ public:
+  ConsoleHost(Settings& settings, clsConversionOptions typed)
+      : settings_(settings), typed_(std::move(typed)) {}
+
+  bool WarnedAboutTabsInFile() override { return settings_.WarnedAboutTabsInFile(); }
+  void SetWarnedAboutTabsInFile() override { settings_.SetWarnedAboutTabsInFile(); }
+  void UpdateMRUs() override {
+    settings_.inputs.AddUniqueItemToCollection(typed_.sInputFile);
+    settings_.outputs.AddUniqueItemToCollection(typed_.sOutputFile);
+    settings_.recipes.AddUniqueItemToCollection(typed_.sRecipeFile);
+  }
+  std::string RecipeBoxText() override { return typed_.sRecipeFile; }
+
+ private:
+  Settings& settings_;
+  const clsConversionOptions typed_;
+};
+
 // A Ctrl-C that the run honoured without a word (between files, or outside a table's rows) is
 // said on one line, so that the run does not end as if nothing had happened.
 void ReportStop(const Context& ctx, ConsolePort& port, const BatchStop& stop) {
@@ -77,7 +98,6 @@ void ReportStop(const Context& ctx, ConsolePort& port, const BatchStop& stop) {
 std::string PrepareApplicationFolder(Context& ctx) {
   WriteErrorLogHeader(ctx.AppFile("ErrorLog.txt"));
   Trace("MainModule.Main 1");
-  ctx.run.commandLineMode = false;
   ctx.tabSize = 8;
   std::string configPath = ctx.AppFile("config.ini");
   if (!FileExists(configPath)) CreateDefaultConfig(configPath);
@@ -121,22 +141,15 @@ int RunMain(int argc, char** argv) {
     }
   }
 
-  ctx.run.commandLineMode = true;
-  ctx.recipeBoxText = ctx.options.sRecipeFile;
   // The hidden main window reads its settings; the command line's options stand as they are.
-  // The lists take the typed texts in memory only: a command-line run never writes them back.
   Settings settings(configPath);
   settings.Read(port);
-  settings.OnUpdateMRUs([&settings, typed = ctx.options] {
-    settings.inputs.AddUniqueItemToCollection(typed.sInputFile);
-    settings.outputs.AddUniqueItemToCollection(typed.sOutputFile);
-    settings.recipes.AddUniqueItemToCollection(typed.sRecipeFile);
-  });
+  ConsoleHost host(settings, ctx.options);
 
   g_stop = &ctx.run.stopRequested;
   for (int signal : kStopSignals) std::signal(signal, OnInterrupt);
   BatchStop stop;
-  BeginProcessing(ctx, settings, &stop);
+  BeginProcessing(ctx, host, &stop);
   for (int signal : kStopSignals) std::signal(signal, SIG_DFL);
   g_stop = nullptr;
 

@@ -18,10 +18,9 @@
 namespace kroveld {
 
 struct RunState {
-  bool commandLineMode = false;
+  // True from the start of a whole job (BeginProcessing, batch included) to its end.
   bool running = false;
   std::atomic<bool> stopRequested{false};
-  bool listBeingFilled = false;
   std::uint64_t jobStartTick = 0;
 };
 
@@ -48,10 +47,9 @@ class Context {
   std::string currentOutput;
   std::string currentRecipe;
   std::string periodLabel = "1";  // "first" or "first-last" for sheet names
-  std::string statusPrefix;       // shown before " row k of n" while a table runs
-  // The main window's recipe text, quoted by the "Recipe file ... does not exist!" message; in
-  // command-line mode the recipe path of the options.
-  std::string recipeBoxText;
+  // The status text of the section being run ("Exporting Table n:"), which the table's row
+  // count and the short-format scan extend.
+  std::string statusPrefix;
 
   // Application-folder files.
   std::string AppFile(std::string_view name) const;  // appFolder + "/" + name

@@ -339,7 +339,6 @@ void clsExportSpecs::Process(Context& ctx) {
   setWritePointer(ui, 2, 1);
   TablesProcessed = 0;
   Failed = false;
-  ctx.run.running = true;
 
   std::size_t run[kKinds] = {};
   for (const std::string& word : SectionSequenceCollection) {
@@ -356,7 +355,6 @@ void clsExportSpecs::Process(Context& ctx) {
     kind->process(*this, ctx, run[k]++);
     if (Failed) break;
   }
-  ctx.run.running = false;
 }
 
 std::string clsExportSpecs::PropertyPrintCons() const {

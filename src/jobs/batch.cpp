@@ -131,7 +131,31 @@ std::string OutputNameFor(const BatchTarget& target, const std::string& file,
   return targetFolder + name;
 }
 
+namespace {
+
+// Marks the whole job as running and tells the host, however the job ends.
+class JobScope {
+ public:
+  JobScope(Context& ctx, ConversionHost& host) : ctx_(ctx), host_(host) {
+    ctx_.run.running = true;
+    host_.JobStarted();
+  }
+  ~JobScope() {
+    host_.JobFinished();
+    ctx_.run.running = false;
+  }
+  JobScope(const JobScope&) = delete;
+  JobScope& operator=(const JobScope&) = delete;
+
+ private:
+  Context& ctx_;
+  ConversionHost& host_;
+};
+
+}  // namespace
+
 void BeginProcessing(Context& ctx, ConversionHost& host, BatchStop* stop) {
+  const JobScope job(ctx, host);
   ctx.run.jobStartTick = TickCount();
   clsConversionOptions& options = ctx.options;
   if (options.sInputFile.find('*') == std::string::npos) {

@@ -74,7 +74,8 @@ void RunAutomatic(Context& ctx, ConversionHost& host, bool csv) {
   {
     // _AutoRecipe.rcp and _ExportSpecs.krs are shared by every process of this application
     // folder; once the export definition is in memory they are no longer needed.
-    AutoRecipeLock lock(ctx.appFolder);
+    AutoRecipeLock lock(ctx.appFolder, ctx.ui, ctx.run.stopRequested);
+    if (lock.Stopped()) return;
     Trace("frmMain.cmdRunRecipe_Click 10");
     if (FileExists(autoPath)) DeleteFile(autoPath);
     FileCreateShort(ctx, ctx.currentInput, autoPath);
@@ -91,7 +92,7 @@ void RunAutomatic(Context& ctx, ConversionHost& host, bool csv) {
 void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
   Trace("frmMain.cmdRunRecipe_Click 4");
   if (!FileExists(ctx.currentRecipe)) {
-    ctx.ui.Message("Recipe file " + ctx.recipeBoxText + " does not exist!", Icon::Exclamation);
+    ctx.ui.Message("Recipe file " + host.RecipeBoxText() + " does not exist!", Icon::Exclamation);
     return;
   }
   if (!FileExists(ctx.currentInput)) {
@@ -101,7 +102,8 @@ void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
   Trace("frmMain.cmdRunRecipe_Click 5");
   NoteTabs(ctx, host);
   if (IsShortFormatRecipe(ctx.currentRecipe)) {
-    AutoRecipeLock lock(ctx.appFolder);
+    AutoRecipeLock lock(ctx.appFolder, ctx.ui, ctx.run.stopRequested);
+    if (lock.Stopped()) return;
     LoadFromFileShort(ctx, ctx.recipe, ctx.currentRecipe);
     ReadExportSpecs(ctx);
   } else {

@@ -19,6 +19,13 @@ class ConversionHost {
   virtual void SetWarnedAboutTabsInFile() = 0;
   // Adds the current input, output and recipe texts to the most-recently-used lists.
   virtual void UpdateMRUs() = 0;
+  // The recipe as the user gave it (the window's recipe box, the command line's recipe path),
+  // quoted by "Recipe file ... does not exist!".
+  virtual std::string RecipeBoxText() = 0;
+  // Called when a whole job (BeginProcessing) starts and when it has ended; the context's
+  // run.running is true in between, so a window can disable Convert and refuse re-entry.
+  virtual void JobStarted() {}
+  virtual void JobFinished() {}
 };
 
 enum class OutputKind { None, Csv, Workbook };

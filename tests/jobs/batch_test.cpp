@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include "engine/context.h"
@@ -102,7 +103,7 @@ struct BatchFixture : Tree {
   BatchFixture() {
     ctx.options.bUseRecipe = true;
     ctx.options.sRecipeFile = testing::SmallRecipe(dir);
-    ctx.recipeBoxText = ctx.options.sRecipeFile;
+    host.recipeBoxText = ctx.options.sRecipeFile;
   }
 };
 
@@ -186,6 +187,20 @@ TEST(BeginProcessing, StopRequestEndsTheBatchBetweenFiles) {
   EXPECT_EQ(stop.next, 2u);
   EXPECT_EQ(stop.count, 2u);
   EXPECT_EQ(b.port.statuses[b.port.statuses.size() - 2].second, "Conversion Complete");
+}
+
+TEST(BeginProcessing, TheWholeJobIsMarkedRunning) {
+  BatchFixture b;
+  b.ctx.options.sInputFile = b.dir.File("in/*.txt");
+  b.ctx.options.sOutputFile = b.dir.File("out/*.csv");
+  std::vector<bool> running;  // at every yield, between the files too
+  b.port.onProcessEvents = [&] { running.push_back(b.ctx.run.running); };
+  BeginProcessing(b.ctx, b.host);
+  EXPECT_EQ(b.host.mruUpdates, 2);
+  ASSERT_GE(running.size(), 2u);
+  EXPECT_EQ(std::count(running.begin(), running.end(), false), 0);
+  EXPECT_FALSE(b.ctx.run.running);
+  EXPECT_EQ(std::make_pair(b.host.started, b.host.finished), std::make_pair(1, 1));
 }
 
 TEST(BeginProcessing, AFailingFileDoesNotStopTheBatch) {

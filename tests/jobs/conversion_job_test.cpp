@@ -3,6 +3,7 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <filesystem>
 
 #include "engine/context.h"
@@ -29,7 +30,7 @@ struct JobFixture {
   void UseRecipe(const std::string& recipe, const std::string& input, const std::string& output) {
     ctx.options.bUseRecipe = true;
     ctx.options.sRecipeFile = recipe;
-    ctx.recipeBoxText = recipe;
+    host.recipeBoxText = recipe;
     ctx.options.sInputFile = input;
     ctx.options.sOutputFile = output;
   }
@@ -66,7 +67,7 @@ TEST(RunRecipe, RefusalsBeforeAnyConversion) {
       const std::string recipe = f.dir.File("ledger.rcp");
       if (setup == kRecipeIsFolder) std::filesystem::create_directory(recipe);
       f.UseRecipe(recipe, f.dir.Write("in.txt", testing::SmallReport()), output);
-      f.ctx.recipeBoxText = "ledger as typed";
+      f.host.recipeBoxText = "ledger as typed";
       expected = "Recipe file ledger as typed does not exist!";
     } else if (setup == kNoInput) {
       f.UseRecipe(testing::SmallRecipe(f.dir), input, output);
@@ -149,18 +150,30 @@ TEST(AutoRecipeLock, HeldExclusivelyOnTheFolderUntilReleased) {
     if (fd >= 0) ::close(fd);
     return got;
   };
+  RecordingPort port;
+  std::atomic<bool> stop{false};
   {
-    AutoRecipeLock lock(dir.path());
+    AutoRecipeLock lock(dir.path(), port, stop);
     ASSERT_TRUE(lock.Held());
     EXPECT_FALSE(tryLock());
     lock.Release();
     EXPECT_TRUE(tryLock());
   }
-  AutoRecipeLock again(dir.path());
+  AutoRecipeLock again(dir.path(), port, stop);
   EXPECT_TRUE(again.Held());
   EXPECT_FALSE(tryLock());
+  EXPECT_EQ(port.events, 0);  // taken at once: no waiting
   // No lock file is left in the folder.
   EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
+
+  // While it is held, a second wait keeps the events flowing until a stop request ends it.
+  port.onProcessEvents = [&] {
+    if (port.events == 3) stop = true;
+  };
+  AutoRecipeLock waiting(dir.path(), port, stop);
+  EXPECT_FALSE(waiting.Held());
+  EXPECT_TRUE(waiting.Stopped());
+  EXPECT_EQ(port.events, 3);
 }
 
 }  // namespace

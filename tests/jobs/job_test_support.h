@@ -15,8 +15,14 @@ class RecordingHost : public ConversionHost {
   bool WarnedAboutTabsInFile() override { return warned; }
   void SetWarnedAboutTabsInFile() override { warned = true; }
   void UpdateMRUs() override { ++mruUpdates; }
+  std::string RecipeBoxText() override { return recipeBoxText; }
+  void JobStarted() override { ++started; }
+  void JobFinished() override { ++finished; }
+  int started = 0;
+  int finished = 0;
   bool warned = false;
   int mruUpdates = 0;
+  std::string recipeBoxText;
 };
 
 // Lines 1..6: a title, "ITEMS", two rows, "END". The table is the two rows.

@@ -129,12 +129,9 @@ MainWindow::MainWindow(Context& ctx, QtPort& port, Settings& settings, QWidget* 
   }
   layout->addStretch(1);
   BuildMenusAndToolbar();
-  settings_.OnUpdateMRUs([this] { UpdateMRUs(); });
 }
 
-MainWindow::~MainWindow() {
-  settings_.OnUpdateMRUs(nullptr);
-}
+MainWindow::~MainWindow() = default;
 
 void MainWindow::BuildStep1() {
   auto* frame = step_[0] =
@@ -437,7 +434,27 @@ void MainWindow::ToolbarButtonClick(const QString& key) {
 }
 
 bool MainWindow::Running() const {
-  return job_running_;
+  return ctx_.run.running;
+}
+
+bool MainWindow::WarnedAboutTabsInFile() {
+  return settings_.WarnedAboutTabsInFile();
+}
+
+void MainWindow::SetWarnedAboutTabsInFile() {
+  settings_.SetWarnedAboutTabsInFile();
+}
+
+void MainWindow::JobStarted() {
+  convert_->setEnabled(false);
+  pause_->setEnabled(true);
+  QApplication::setOverrideCursor(Qt::BusyCursor);
+}
+
+void MainWindow::JobFinished() {
+  QApplication::restoreOverrideCursor();
+  convert_->setEnabled(true);
+  pause_->setEnabled(false);
 }
 
 void MainWindow::Convert() {
@@ -453,18 +470,9 @@ void MainWindow::Convert() {
   o.lTabSize = settings_.lTabSize;
   o.bClearOutputFileBeforeProcessing = settings_.bClearOutputFileBeforeProcessing;
   o.sSheetTarget = settings_.sSheetTarget;
-  ctx_.recipeBoxText = o.sRecipeFile;
-  ctx_.run.commandLineMode = false;
+  recipe_box_text_ = o.sRecipeFile;
   ctx_.run.stopRequested.store(false);
-  job_running_ = true;
-  convert_->setEnabled(false);
-  pause_->setEnabled(true);
-  QApplication::setOverrideCursor(Qt::BusyCursor);
-  BeginProcessing(ctx_, settings_);
-  QApplication::restoreOverrideCursor();
-  job_running_ = false;
-  convert_->setEnabled(true);
-  pause_->setEnabled(false);
+  BeginProcessing(ctx_, *this);
 }
 
 void MainWindow::Pause() {

@@ -6,6 +6,9 @@
 
 #include <QWidget>
 #include <functional>
+#include <string>
+
+#include "jobs/conversion_job.h"
 
 class QAction;
 class QCheckBox;
@@ -24,7 +27,9 @@ class QtPort;
 class Settings;
 class clsMRU;
 
-class MainWindow : public QWidget {
+// It is the host of the conversions it starts: Convert and Pause follow the job, the recipe box
+// text is quoted by the messages, the lists take the field texts.
+class MainWindow : public QWidget, public ConversionHost {
   Q_OBJECT
  public:
   MainWindow(Context& ctx, QtPort& port, Settings& settings, QWidget* parent = nullptr);
@@ -48,7 +53,13 @@ class MainWindow : public QWidget {
   void Pause();
   void ConfigureKROOptions();
   // Adds the three field texts to their lists and refills the drop-downs.
-  void UpdateMRUs();
+  void UpdateMRUs() override;
+  bool WarnedAboutTabsInFile() override;
+  void SetWarnedAboutTabsInFile() override;
+  std::string RecipeBoxText() override { return recipe_box_text_; }
+  // Convert off, Pause on and a busy cursor while a job runs; back at its end.
+  void JobStarted() override;
+  void JobFinished() override;
   // Opens a file with its program or a folder in the file manager; says so when neither exists.
   void LaunchFile(const QString& path);
   // The enable rules for the current input text and check boxes.
@@ -81,8 +92,7 @@ class MainWindow : public QWidget {
   Settings& settings_;
   HelpWindow* help_ = nullptr;
   bool list_being_filled_ = false;
-  // A whole Convert, batch included (the context's flag marks one file's pass only).
-  bool job_running_ = false;
+  std::string recipe_box_text_;  // the recipe text as Convert took it
 
   QMenuBar* menu_bar_;
   QToolBar* toolbar_;
