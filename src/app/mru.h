@@ -21,13 +21,14 @@ class clsMRU {
   // The same, with the list read from `ini`, the file as already loaded.
   void Setup(int capacity, const std::string& filePath, const std::string& listName,
              const PrivateProfile& ini);
-  // Writes the list to the file and empties it.
+  // Writes the list to the file and empties it. The system's named interface; no caller yet.
   void ShutDown();
   // Makes `item` the newest entry; an empty item is ignored.
   void AddUniqueItemToCollection(const std::string& item);
   // Writes the newest 20 entries to slots 20, 19, ...; lower slots are left as they are.
   // False when the file cannot be written.
   bool WriteCollectionToIniFile();
+  // Reads the list again from the file. The system's named interface; no caller yet.
   void ReadIniFileIntoCollection();
   int Count() const { return static_cast<int>(items_.size()); }
 

@@ -46,6 +46,7 @@ class clsExportSpecs {
   // One pass into ctx.sink. A sink that holds cells also gets its sheets renamed and its font
   // set, and consolidations run; a sink of rows gets the table rows only.
   void Process(Context& ctx);
+  // Listings of the sections: the system's named interface, no caller yet.
   std::string PropertyPrintCons() const;
   std::string PropertyPrintTables() const;
 

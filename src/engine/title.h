@@ -28,6 +28,7 @@ class clsTitle {
 
   // Parses a "sheet,row,column" code such as "2,10,C". A sheet or row below 1 shows
   // "Incorrect SheetRowColumn code!" and becomes 1; a column outside A..Z shows it and becomes "A".
+  // The system's named interface; no caller yet.
   static void ParseSheetRowColumn(UiPort& ui, std::string_view code, int& sheet, int& row,
                                   std::string& column);
 };

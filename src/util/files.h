@@ -18,12 +18,14 @@ bool FileExists(std::string_view path);
 bool FolderExists(std::string_view path);
 // True when anything (file, folder, pipe, device) exists at the trimmed path.
 bool PathExists(std::string_view path);
-// True when the folder lists anything (files or folders).
+// True when the folder lists anything (files or folders). The system's named interface; no
+// caller yet.
 bool FolderHasEntries(std::string_view path);
 
 // The text up to and including the last separator, or "" when there is none.
 std::string FolderOfPath(std::string_view path);
-// Removes one trailing separator from a non-empty path.
+// Removes one trailing separator from a non-empty path. The system's named interface; no caller
+// yet.
 std::string StripTrailingBackslash(std::string_view path);
 // Parent folder name: the path without its last component and without a trailing separator.
 std::string ParentFolderName(std::string_view path);

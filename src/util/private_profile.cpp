@@ -146,10 +146,6 @@ void PrivateProfile::Set(std::string_view section, std::string_view key, std::st
   lines_.insert(lines_.begin() + static_cast<std::ptrdiff_t>(at), std::move(line));
 }
 
-bool PrivateProfile::HasSection(std::string_view section) const {
-  return FindSection(lines_, section).heading != std::string::npos;
-}
-
 std::string ReadPrivateProfileString(const std::string& path, std::string_view section,
                                      std::string_view key, std::string_view def) {
   PrivateProfile p;

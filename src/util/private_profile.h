@@ -23,7 +23,6 @@ class PrivateProfile {
 
   std::string Get(std::string_view section, std::string_view key, std::string_view def) const;
   void Set(std::string_view section, std::string_view key, std::string_view value);
-  bool HasSection(std::string_view section) const;
 
   const std::string& Error() const { return error_; }
   const std::vector<std::string>& Lines() const { return lines_; }
@@ -39,7 +38,7 @@ std::string ReadPrivateProfileString(const std::string& path, std::string_view s
 // Returns false when the file cannot be written.
 bool WritePrivateProfileString(const std::string& path, std::string_view section,
                                std::string_view key, std::string_view value);
-// The system's name for the same operation.
+// The system's name for the same operation: its named interface, no caller yet.
 inline bool WriteProfileValue(const std::string& path, std::string_view section,
                               std::string_view key, std::string_view value) {
   return WritePrivateProfileString(path, section, key, value);

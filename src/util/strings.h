@@ -15,9 +15,10 @@ void ExpandTabs(std::string_view text, int tabSize, std::string& out);
 std::string ExpandTabs(std::string_view text, int tabSize);
 
 // Every byte 160 (non-breaking space in the ANSI code page) becomes a blank, in place.
+// The system's named interface; no caller yet.
 void ReplaceNonBreakingSpaces(std::string& text);
 
-// Appends `text` `count` times to `out`.
+// Appends `text` `count` times to `out`. The system's named interface; no caller yet.
 void AppendRepeated(std::string& out, std::string_view text, int count);
 
 // Blank trimming (only the character ' ' counts as a blank; tabs are kept).

@@ -197,11 +197,4 @@ bool TextFile::SeekToLine(std::int64_t offset, std::int64_t lineNumber) {
   return true;
 }
 
-bool TextFile::AtEnd() {
-  if (file_ == nullptr) return true;
-  if (pending_cr_) FinishCrLf();
-  if (pos_ < end_) return false;
-  return !Fill();
-}
-
 }  // namespace kroveld

@@ -39,7 +39,6 @@ class TextFile {
   // Goes to byte `offset`, which must be where line `lineNumber` (from 1) begins, as a key search
   // reported it; the next ReadLine returns that line. False when the file cannot seek there.
   bool SeekToLine(std::int64_t offset, std::int64_t lineNumber);
-  bool AtEnd();
 
   // Number of lines read or skipped so far.
   std::int64_t LinesRead() const { return lines_read_; }
