@@ -106,7 +106,7 @@ TEST(Preview, ExampleFindsBlocksSpansAndTheCellsARealConversionWrites) {
   testing::RecordingHost host;
   host.warned = true;
   ctx.options.bUseRecipe = true;
-  ctx.options.sRecipeFile = ctx.recipeBoxText = kExamples + "trial-balance.rcp";
+  ctx.options.sRecipeFile = host.recipeBoxText = kExamples + "trial-balance.rcp";
   ctx.options.sInputFile = kExamples + "trial-balance.txt";
   ctx.options.sOutputFile = dir.File("real.xlsx");
   RunRecipe(ctx, host);

@@ -204,7 +204,6 @@ PreviewResult RunPreview(const PreviewRequest& request) {
       port.Message("Cannot write the recipe text to " + copy, Icon::Critical, {});
     } else {
       Context ctx(port, scratch.Path());
-      ctx.run.commandLineMode = true;
       ctx.tabSize = request.tabSize;
       ctx.currentInput = input;
       ctx.currentRecipe = copy;
