@@ -117,6 +117,11 @@ FramePlacement MainFrame::CurrentPlacement() const {
 }
 
 void MainFrame::closeEvent(QCloseEvent* event) {
+  // The recipe editor asks about unsaved edits first; a cancelled save keeps everything open.
+  if (!main_->CloseRecipeEditor()) {
+    event->ignore();
+    return;
+  }
   CurrentPlacement().Write(settings_.Path());
   main_->Unload();
   event->accept();

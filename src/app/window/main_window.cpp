@@ -32,6 +32,7 @@
 #include "app/window/options_dialog.h"
 #include "app/window/qt_port.h"
 #include "app/window/widget_names.h"
+#include "editor/recipe_editor.h"
 #include "engine/context.h"
 #include "jobs/batch.h"
 #include "util/files.h"
@@ -239,7 +240,7 @@ void MainWindow::BuildStep2() {
   connect(edit, &QPushButton::clicked, this, [this] { openRecipeEditor(recipe_->currentText()); });
   connect(recipeHelp, &QToolButton::clicked, this, [this] { ShowHelp(13); });
   connect(markupHelp, &QToolButton::clicked, this, [this] { ShowHelp(12); });
-  openRecipeEditor = [this](const QString& path) { LaunchFile(path); };
+  openRecipeEditor = [this](const QString& path) { OpenRecipeEditor(path); };
 }
 
 void MainWindow::BuildStep3() {
@@ -542,6 +543,34 @@ void MainWindow::dropEvent(QDropEvent* event) {
   if (urls.isEmpty() || !urls.front().isLocalFile()) return;
   TakeDroppedPath(urls.front().toLocalFile());
   event->acceptProposedAction();
+}
+
+void MainWindow::OpenRecipeEditor(const QString& recipePath) {
+  if (editor_ != nullptr) {
+    editor_->show();
+    editor_->raise();
+    editor_->activateWindow();
+    return;
+  }
+  RecipeEditorHost host;
+  host.mainWindow = this;
+  host.appFolder = Q(ctx_.appFolder);
+  host.recipeField = [this] { return recipe_->currentText(); };
+  host.setRecipeField = [this](const QString& path) { recipe_->setEditText(path); };
+  host.inputFile = [this] { return input_->currentText(); };
+  host.showHelp = [this](int topic) { ShowHelp(topic); };
+  editor_ = new RecipeEditor(port_, std::move(host), this);
+  editor_->setAttribute(Qt::WA_DeleteOnClose);
+  editor_->Open(recipePath);
+  editor_->show();
+}
+
+RecipeEditor* MainWindow::RecipeEditorWindow() const {
+  return editor_;
+}
+
+bool MainWindow::CloseRecipeEditor() {
+  return editor_ == nullptr || editor_->close();
 }
 
 void MainWindow::ShowHelp(int topic) {

@@ -4,6 +4,7 @@
 // user-interface thread through the jobs layer, yielding through the Qt port.
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 #include <functional>
 #include <string>
@@ -24,6 +25,7 @@ namespace kroveld {
 class Context;
 class HelpWindow;
 class QtPort;
+class RecipeEditor;
 class Settings;
 class clsMRU;
 
@@ -67,8 +69,13 @@ class MainWindow : public QWidget, public ConversionHost {
   // Puts a report (or a folder, as folder + "/*.TXT") dropped on the window into the input field.
   void TakeDroppedPath(const QString& path);
 
-  // Opens the recipe editor on a recipe path; without one the recipe opens in its program.
+  // Opens the recipe editor on a recipe path (an empty path starts a new recipe); an editor
+  // already open is brought to the front as it stands.
   std::function<void(const QString& recipePath)> openRecipeEditor;
+  // The open recipe editor, or null.
+  RecipeEditor* RecipeEditorWindow() const;
+  // Closes the recipe editor, which asks about unsaved edits; false when it stays open.
+  bool CloseRecipeEditor();
 
  protected:
   void dragEnterEvent(QDragEnterEvent* event) override;
@@ -82,6 +89,7 @@ class MainWindow : public QWidget, public ConversionHost {
   void FillList(QComboBox* box, const clsMRU& list);
   void ShowMethodPanel();
   void ShowHelp(int topic);
+  void OpenRecipeEditor(const QString& recipePath);
   void BrowseFile(QComboBox* field, const char* title, const char* filter, bool save);
   void ChooseInputFolder();
   void ChooseOutputFolder();
@@ -91,6 +99,7 @@ class MainWindow : public QWidget, public ConversionHost {
   QtPort& port_;
   Settings& settings_;
   HelpWindow* help_ = nullptr;
+  QPointer<RecipeEditor> editor_;
   bool list_being_filled_ = false;
   std::string recipe_box_text_;  // the recipe text as Convert took it
 
