@@ -41,11 +41,21 @@ TableBuilder::TableBuilder(UiPort& ui, TableBuilderHost& host, QWidget* parent)
   top_offset_ = Field(this, "txtReadStartLineOffset", QStringLiteral("0"));
   bottom_key_ = Field(this, "txtReadEndLine", QString::fromLatin1(kBottomKeyDefault));
   bottom_offset_ = Field(this, "txtReadEndLineOffset", QStringLiteral("0"));
+  // The marker line under a ruler of character positions, both in the fixed-pitch font.
   fields_ = Named(new QLabel(this), QStringLiteral("lblFields"));
-  fields_->setFont(FixedPitchFont());
-  fields_->setTextFormat(Qt::PlainText);
-  fields_->setFrameStyle(QFrame::Panel | QFrame::Sunken);
-  fields_->setMinimumHeight(fields_->fontMetrics().height() + 6);
+  ruler_ = Named(new QLabel(this), QStringLiteral("lblRuler"));
+  for (QLabel* line : {ruler_, fields_}) {
+    line->setFont(FixedPitchFont());
+    line->setTextFormat(Qt::PlainText);
+  }
+  UpdateRuler();
+  auto* markerBox = Named(new QFrame(this), QStringLiteral("frameFields"));
+  markerBox->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
+  auto* markerLines = new QVBoxLayout(markerBox);
+  markerLines->setSpacing(0);
+  markerLines->setContentsMargins(4, 3, 4, 3);
+  markerLines->addWidget(ruler_);
+  markerLines->addWidget(fields_);
 
   auto* form = new QFormLayout;
   form->addRow(tr("Table number:"), number_);
@@ -53,7 +63,6 @@ TableBuilder::TableBuilder(UiPort& ui, TableBuilderHost& host, QWidget* parent)
   form->addRow(tr("Top line offset:"), top_offset_);
   form->addRow(tr("Bottom key text:"), bottom_key_);
   form->addRow(tr("Bottom line offset:"), bottom_offset_);
-  form->addRow(tr("Fields:"), fields_);
 
   auto* addColumn =
       Named(new QPushButton(tr("Add Column..."), this), QStringLiteral("cmdAddColumn"));
@@ -69,6 +78,8 @@ TableBuilder::TableBuilder(UiPort& ui, TableBuilderHost& host, QWidget* parent)
   buttons->addWidget(cancel);
   auto* layout = new QVBoxLayout(this);
   layout->addLayout(form);
+  layout->addWidget(new QLabel(tr("Fields (one marker per field, as wide as the field):"), this));
+  layout->addWidget(markerBox);
   layout->addLayout(buttons);
 
   for (QLineEdit* field : {number_, top_key_, top_offset_, bottom_key_, bottom_offset_}) {
@@ -140,6 +151,17 @@ QString TableBuilder::FieldMarkers() const {
 
 void TableBuilder::SetFieldMarkers(const QString& markers) {
   fields_->setText(markers);
+  UpdateRuler();
+}
+
+// "....+....1....+....2..." at least ten positions past the marker line (and 60 wide at least).
+void TableBuilder::UpdateRuler() {
+  const qsizetype tens = std::max<qsizetype>(6, fields_->text().size() / 10 + 1);
+  QString positions;
+  for (qsizetype k = 1; k <= tens; ++k) {
+    positions += QStringLiteral("....+....") + QString::number(k % 10);
+  }
+  ruler_->setText(positions);
 }
 
 void TableBuilder::AddColumn() {

@@ -58,6 +58,7 @@ class TableBuilder : public QDialog {
  private:
   void Ok();
   void UpdateCaption();
+  void UpdateRuler();
 
   UiPort& ui_;
   TableBuilderHost& host_;
@@ -68,6 +69,7 @@ class TableBuilder : public QDialog {
   QLineEdit* bottom_key_;
   QLineEdit* bottom_offset_;
   QLabel* fields_;
+  QLabel* ruler_;
 };
 
 }  // namespace kroveld

@@ -1,9 +1,13 @@
 // Renders the window's faces to PNG files for the README and the help: the main window with each
-// conversion method, each options tab and the help window. Run by scripts/screenshots, offscreen.
+// conversion method, each options tab, the help window, and the recipe editor with its table and
+// column field dialogs. Run by scripts/screenshots, offscreen.
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTextBrowser>
@@ -16,6 +20,9 @@
 #include "app/window/main_window.h"
 #include "app/window/options_dialog.h"
 #include "app/window/qt_port.h"
+#include "editor/add_field.h"
+#include "editor/recipe_editor.h"
+#include "editor/table_builder.h"
 #include "engine/context.h"
 
 using namespace kroveld;
@@ -71,5 +78,43 @@ int main(int argc, char** argv) {
   HelpWindow help;
   help.ShowTopic(kHelpHowToUse);
   ok = Save(&help, out, "help-window") && ok;
+
+  // The editor on a new short recipe for the example report, its two tables added through the
+  // table dialog; the dialog and the column field dialog are shown while the second is added.
+  RecipeEditorHost host;
+  host.mainWindow = frame.Main();
+  host.appFolder = home.path();
+  RecipeEditor editor(port, host);
+  editor.Open(QString());
+  editor.resize(860, 560);
+  editor.show();
+  struct Table {
+    const char *top, *bottom, *markers;
+  } tables[] = {
+      {"Account  Description", "TOTAL    SECTION A",
+       "-------- ============================== ------------- ------------- "},
+      {"Employee Name", "TOTAL    PAYROLL", "-------- ============================== ------- "},
+  };
+  for (const Table& t : tables) {
+    TableBuilder table(port, editor, &editor);
+    table.findChild<QLineEdit*>(QStringLiteral("txtReadStartLine"))->setText(t.top);
+    table.findChild<QLineEdit*>(QStringLiteral("txtReadStartLineOffset"))->setText("2");
+    table.findChild<QLineEdit*>(QStringLiteral("txtReadEndLine"))->setText(t.bottom);
+    table.findChild<QLineEdit*>(QStringLiteral("txtReadEndLineOffset"))->setText("-2");
+    table.SetFieldMarkers(QString::fromLatin1(t.markers));
+    table.SetFieldCount(static_cast<int>(QString::fromLatin1(t.markers).count(QLatin1Char(' '))));
+    if (&t == &tables[1]) {
+      table.show();
+      ok = Save(&table, out, "table-dialog") && ok;
+      AddField field(table);
+      field.findChild<QLineEdit*>(QStringLiteral("txtFieldWidth"))->setText("13");
+      field.show();
+      ok = Save(&field, out, "column-dialog") && ok;
+      table.SetFieldMarkers(table.FieldMarkers() + QStringLiteral("------------ "));
+    }
+    table.findChild<QPushButton*>(QStringLiteral("cmdOK"))->click();
+  }
+  editor.TextBox()->moveCursor(QTextCursor::Start);
+  ok = Save(&editor, out, "editor") && ok;
   return ok ? 0 : 1;
 }
