@@ -37,6 +37,31 @@ QString WithNewlines(QString text) {
   return text;
 }
 
+// A text box lays a line out whole: one line of megabytes (a file that is not text) would hold
+// the window for minutes. Breaks such lines; true when there was one.
+bool BreakLongLines(QString& text) {
+  bool broke = false;
+  QString out;
+  qsizetype run = 0;
+  for (qsizetype i = 0; i < text.size(); ++i) {
+    const QChar c = text[i];
+    if (c == QLatin1Char('\n')) {
+      run = 0;
+    } else if (++run > kMaxLineChars) {
+      if (!broke) {
+        out.reserve(text.size() + text.size() / kMaxLineChars + 1);
+        out = text.left(i);
+      }
+      broke = true;
+      out += QLatin1Char('\n');
+      run = 1;
+    }
+    if (broke) out += c;
+  }
+  if (broke) text = std::move(out);
+  return broke;
+}
+
 std::string S(const QString& text) {
   return text.toStdString();
 }
@@ -170,7 +195,14 @@ void RecipeEditor::LoadRecipeIntoEditor(const QString& path) {
     return;
   }
   const QByteArray bytes = file.read(kMaxRecipeBytes);
-  SetText(WithNewlines(DecodeText(bytes, &utf8_)));
+  QString text = WithNewlines(DecodeText(bytes, &utf8_));
+  if (BreakLongLines(text)) {
+    ui_.Message("File: " + p + " holds lines longer than " + std::to_string(kMaxLineChars) +
+                    " characters, so it is probably not a recipe; they are shown broken into "
+                    "lines of that length, and saving writes them so.",
+                Icon::Exclamation);
+  }
+  SetText(text);
   path_ = path;
   table_count_ = CountSectionHeadings(p, "[Table ", "Col");
   edited_ = false;

@@ -26,6 +26,8 @@ inline constexpr const char* kEditorCaption = "Recipe Editor - Tables = ";
 // Larger files are refused by LoadRecipeIntoEditor: recipes are a few kilobytes, and a text box
 // holding tens of megabytes stops answering.
 inline constexpr qint64 kMaxRecipeBytes = 16 * 1024 * 1024;
+// Longer lines (a file that is not text) are shown broken into lines of this length.
+inline constexpr int kMaxLineChars = 10000;
 
 // What the editor needs from the window that opens it. Every member may be left empty.
 struct RecipeEditorHost {

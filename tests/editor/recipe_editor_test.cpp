@@ -203,6 +203,18 @@ class RecipeEditorTest : public QObject {
     Write(b.Path("binary.rcp"), binary);
     b.editor->LoadRecipeIntoEditor(b.Path("binary.rcp"));
     QVERIFY(b.editor->TextBox()->toPlainText().size() > 60000);
+
+    // One line of 25,000 characters is shown as lines of 10,000, nothing dropped, and said so.
+    b.said.clear();
+    const QByteArray oneLine(25000, 'x');
+    Write(b.Path("one-line.rcp"), oneLine);
+    b.editor->LoadRecipeIntoEditor(b.Path("one-line.rcp"));
+    QCOMPARE(b.said.size(), 1u);
+    QVERIFY(b.said[0].text.find("longer than 10000 characters") != std::string::npos);
+    const QStringList lines = b.editor->RecipeText().split(QStringLiteral("\r\n"));
+    QCOMPARE(lines.size(), 3);
+    QCOMPARE(lines[0].size(), 10000);
+    QCOMPARE(lines.join(QString()).toLatin1(), oneLine);
   }
 
   void Save_data() {
