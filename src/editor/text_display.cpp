@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kTabSize = 8;
 // A "line" of a file that is not text can be megabytes long; the list shows its beginning.
-constexpr std::size_t kMaxLineBytes = 4096;
+constexpr std::size_t kShownLineBytes = 4096;
 
 }  // namespace
 
@@ -64,7 +64,7 @@ void TextDisplay::Load() {
       break;
     }
     expanded.clear();
-    ExpandTabs(line.substr(0, kMaxLineBytes), kTabSize, expanded);
+    ExpandTabs(line.substr(0, kShownLineBytes), kTabSize, expanded);
     lines << QString::fromStdString(AsUtf8(expanded));
   }
   list_->addItems(lines);
