@@ -29,6 +29,7 @@
 #include "app/window/main_window.h"
 #include "app/window/qt_port.h"
 #include "editor/add_field.h"
+#include "editor/preview/preview_pane.h"
 #include "editor/recipe_editor.h"
 #include "editor/table_builder.h"
 #include "editor/text_display.h"
@@ -38,6 +39,7 @@ using namespace kroveld;
 
 namespace {
 
+const QString kExamples = QStringLiteral(KROVELD_SOURCE_DIR "/examples/");
 const QByteArray kNewRecipe = "[Header]\r\nProduct=KRO-B\r\nFileType=RECIPE\r\nFileFormat=1.0\r\n";
 
 struct Said {
@@ -559,6 +561,19 @@ class RecipeEditorTest : public QObject {
     QCOMPARE(editor->windowTitle(), QStringLiteral("Recipe Editor - Tables = 1"));
     Child<QAction>(&frame, "frmEditRecipe")->trigger();
     QCOMPARE(frame.Main()->RecipeEditorWindow(), editor.data());
+
+    // The preview pane: fed once shown, on the window's input report; its messages lead to lines.
+    const QString report = kExamples + QStringLiteral("trial-balance.txt");
+    frame.findChild<QComboBox*>(QStringLiteral("cbInputFile"))->setEditText(report);
+    auto* pane = qobject_cast<PreviewPane*>(editor->PreviewPane());
+    QVERIFY(pane != nullptr && pane->SampleReport().isEmpty());
+    QSignalSpy refreshed(pane, &PreviewPane::refreshed);
+    Child<QPushButton>(editor.data(), "cmdPreview")->click();
+    QVERIFY(pane->isVisible());
+    QCOMPARE(pane->SampleReport(), report);
+    QVERIFY(refreshed.wait(5000));
+    emit pane->recipeLineRequested(1);
+    QCOMPARE(editor->TextBox()->textCursor().selectedText(), QStringLiteral("[Table 1]"));
 
     editor->askSavePath = [&dir](const QString&, const QString&, const QString&) {
       return dir.filePath(QStringLiteral("saved.rcp"));

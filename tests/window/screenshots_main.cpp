@@ -21,6 +21,7 @@
 #include "app/window/options_dialog.h"
 #include "app/window/qt_port.h"
 #include "editor/add_field.h"
+#include "editor/preview/preview_pane.h"
 #include "editor/recipe_editor.h"
 #include "editor/table_builder.h"
 #include "engine/context.h"
@@ -116,5 +117,15 @@ int main(int argc, char** argv) {
   }
   editor.TextBox()->moveCursor(QTextCursor::Start);
   ok = Save(&editor, out, "editor") && ok;
+
+  // The same recipe with the preview open on the example report.
+  auto* pane = new PreviewPane;
+  editor.SetPreviewPane(pane);
+  editor.findChild<QPushButton*>(QStringLiteral("cmdPreview"))->click();
+  pane->SetSampleReport(examples + QStringLiteral("/trial-balance.txt"));
+  pane->SetRecipeText(editor.RecipeText(), QString());
+  pane->Refresh();
+  editor.resize(1400, 720);
+  ok = Save(&editor, out, "editor-preview") && ok;
   return ok ? 0 : 1;
 }

@@ -32,6 +32,7 @@
 #include "app/window/options_dialog.h"
 #include "app/window/qt_port.h"
 #include "app/window/widget_names.h"
+#include "editor/preview/preview_pane.h"
 #include "editor/recipe_editor.h"
 #include "engine/context.h"
 #include "jobs/batch.h"
@@ -562,7 +563,24 @@ void MainWindow::OpenRecipeEditor(const QString& recipePath) {
   editor_ = new RecipeEditor(port_, std::move(host), this);
   editor_->setAttribute(Qt::WA_DeleteOnClose);
   editor_->Open(recipePath);
+  AttachPreview(editor_);
   editor_->show();
+}
+
+// The preview beside the editor runs on the recipe as typed and the window's input report, only
+// while it is shown; picking one of its messages selects the recipe line it names.
+void MainWindow::AttachPreview(RecipeEditor* editor) {
+  auto* pane = Named(new PreviewPane, QStringLiteral("panePreview"));
+  editor->SetPreviewPane(pane);
+  auto feed = [this, editor, pane] {
+    if (!editor->PreviewShown()) return;
+    pane->SetTabSize(settings_.lTabSize);
+    if (pane->SampleReport().isEmpty()) pane->SetSampleReport(editor->SampleReportPath());
+    pane->SetRecipeText(editor->RecipeText(), editor->RecipePath());
+  };
+  connect(editor, &RecipeEditor::previewToggled, pane, feed);
+  connect(editor, &RecipeEditor::recipeTextChanged, pane, feed);
+  connect(pane, &PreviewPane::recipeLineRequested, editor, &RecipeEditor::SelectRecipeLine);
 }
 
 RecipeEditor* MainWindow::RecipeEditorWindow() const {

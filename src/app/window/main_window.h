@@ -90,6 +90,7 @@ class MainWindow : public QWidget, public ConversionHost {
   void ShowMethodPanel();
   void ShowHelp(int topic);
   void OpenRecipeEditor(const QString& recipePath);
+  void AttachPreview(RecipeEditor* editor);
   void BrowseFile(QComboBox* field, const char* title, const char* filter, bool save);
   void ChooseInputFolder();
   void ChooseOutputFolder();
