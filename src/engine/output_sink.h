@@ -17,6 +17,9 @@ class OutputSink {
   // set, consolidations run); false for an output of rows (CSV: tables append rows, nothing else
   // contributes).
   virtual bool HoldsCells() const = 0;
+  // True once a cell fell beyond the largest sheet the output can hold: the output will not be
+  // written, so the table under way stops at once instead of filling rows nobody gets.
+  virtual bool Full() const { return false; }
 
   // Sheets are 1-based; rows and columns are 1-based. The value is text as the section computed
   // it; a workbook sink decides how the spreadsheet stores it (number or text).

@@ -236,7 +236,11 @@ void clsTable::Process(Context& ctx) {
       }
     }
     ++rowIndex;
-    if (csv) ctx.sink->WriteCsvRow(csvLine);
+    if (csv) {
+      ctx.sink->WriteCsvRow(csvLine);
+    } else if (ctx.sink->Full()) {
+      break;
+    }
   }
 
   keepPending();

@@ -32,6 +32,15 @@ class CellSink final : public OutputSink {
   void SetStandardFont(std::string_view) override {}
   void ClearOutput() override { cells.clear(); }
   void WriteCsvRow(std::string_view row) override { rows.emplace_back(row); }
+  // Full once a cell lands on row `fullFrom` or below (0: never).
+  bool Full() const override {
+    if (fullFrom == 0) return false;
+    for (const auto& [key, value] : cells) {
+      if (std::get<1>(key) >= fullFrom) return true;
+    }
+    return false;
+  }
+  int fullFrom = 0;
 
   // Cell text of sheet 1, "" when never written.
   std::string At(int row, int column) { return GetCell(1, row, column); }

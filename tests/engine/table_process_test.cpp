@@ -31,6 +31,16 @@ TEST_F(TableTest, KeysAndOffsetsSelectTheBlockAndMoveThePointer) {
   EXPECT_EQ(12, table.LastRowWritten);
 }
 
+TEST_F(TableTest, AFullOutputStopsTheTableAtOnce) {
+  f.UseReport(NumberedLines(25, {{10, "== TOP =="}, {20, "== BOTTOM =="}}));
+  f.sink.fullFrom = 3;  // the third row is the first the output cannot take
+  clsTable table = MakeTable("TOP", 1, "BOTTOM", -1, {MakeColumn(1, 8, "A")});
+  f.Run(table);
+  EXPECT_TRUE(f.sink.RowWritten(3));
+  EXPECT_FALSE(f.sink.RowWritten(4));
+  EXPECT_EQ(3, table.LastRowWritten);
+}
+
 TEST_F(TableTest, KeySearchProblemsAreReportedAndMarkTheExportFailed) {
   struct Case {
     std::string top;

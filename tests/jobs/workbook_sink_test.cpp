@@ -170,6 +170,29 @@ TEST_P(WorkbookFormats, UnreadableOutputIsKeptAsBak) {
   }
 }
 
+TEST(WorkbookSink, ATableBeyondTheLastRowIsRefusedBeforeWritingAndKeepsTheOldFile) {
+  TempDir dir;
+  const std::string path = dir.File("big.xlsx");
+  {
+    WorkbookSink sink;
+    sink.Open(path, false);
+    sink.SetCell(1, 1, 1, "old content");
+    ASSERT_TRUE(sink.Save()) << sink.Error();
+  }
+  const std::string before = ReadFile(path);
+  WorkbookSink sink;
+  sink.Open(path, false);
+  sink.SetCell(1, kMaxSheetRows, 1, "last that fits");
+  EXPECT_FALSE(sink.Full());
+  sink.SetCell(1, kMaxSheetRows + 1, 1, "one too far");
+  EXPECT_TRUE(sink.Full());
+  EXPECT_FALSE(sink.Save());
+  EXPECT_EQ(sink.Error(), "Cannot write " + path +
+                              ": sheet 1 would need row 1,048,577; a .xlsx sheet holds at most "
+                              "1,048,576 rows. Nothing was written");
+  EXPECT_EQ(ReadFile(path), before);
+}
+
 TEST_P(WorkbookFormats, MissingFolderFailsWithPathAndReason) {
   TempDir dir;
   const std::string path = dir.File(std::string("no/such/folder/out") + GetParam());

@@ -12,8 +12,10 @@ namespace {
 
 // Excel 97-2003 (BIFF8 in an OLE2 compound file), then OOXML (a zip archive), the default.
 constexpr WorkbookCodec kCodecs[] = {
-    {".xls", std::string_view("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8), ReadXls, WriteXls},
-    {".xlsx", std::string_view("PK\x03\x04", 4), ReadXlsx, WriteXlsx},
+    {".xls", std::string_view("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8), ReadXls, WriteXls,
+     kXlsMaxRows, kXlsMaxColumns, " (save as .xlsx for more)"},
+    {".xlsx", std::string_view("PK\x03\x04", 4), ReadXlsx, WriteXlsx, kMaxSheetRows,
+     kMaxSheetColumns, ""},
 };
 constexpr const WorkbookCodec& kDefaultCodec = kCodecs[1];
 

@@ -36,6 +36,11 @@ bool ReadHead(const std::string& native, std::string& head) {
   return true;
 }
 
+// 1,048,576 and the like.
+std::string Grouped(int n) {
+  return FormatGrouped(Fixed4{static_cast<std::int64_t>(n) * Fixed4::kScale}, 0);
+}
+
 }  // namespace
 
 bool WorkbookSink::IsOpenInSpreadsheetApp(const std::string& path) {
@@ -55,6 +60,8 @@ void WorkbookSink::Open(const std::string& path, bool /*show: no window to show*
   backup_note_.clear();
   keep_backup_ = false;
   dropped_ = 0;
+  codec_ = &CodecForSaving(path);
+  refused_sheet_ = refused_row_ = refused_column_ = 0;
   book_ = Workbook();
   std::string head;
   if (!ReadHead(NativePath(path), head)) return;
@@ -96,6 +103,17 @@ bool WorkbookSink::Save() {
     return false;
   }
   const WorkbookCodec& codec = CodecForSaving(path_);
+  if (dropped_ > 0) {
+    // Refused before anything is written: the old file stays as it was.
+    const bool row = refused_row_ > codec.maxRows;
+    const int limit = row ? codec.maxRows : codec.maxColumns;
+    error_ =
+        "Cannot write " + path_ + ": sheet " + std::to_string(refused_sheet_) + " would need " +
+        (row ? "row " + Grouped(refused_row_) : "column " + Grouped(refused_column_)) + "; a " +
+        std::string(codec.suffix) + " sheet holds at most " + Grouped(limit) +
+        (row ? " rows" : " columns") + std::string(codec.whenTooLarge) + ". Nothing was written";
+    return false;
+  }
   if (keep_backup_ && !SaveBackupOfCorruptOutput()) return false;
   if (!codec.write(book_, path_, error_)) {
     // The writers leave the old file as it was; the backup of it is not needed then.
@@ -107,11 +125,6 @@ bool WorkbookSink::Save() {
                    "); it was kept as " + path_ + ".bak and a new workbook was written";
   }
   keep_backup_ = false;
-  if (dropped_ > 0) {
-    error_ = path_ + ": " + std::to_string(dropped_) +
-             " cell(s) beyond row 1048576 or column XFD could not be stored";
-    return false;
-  }
   return true;
 }
 
@@ -120,10 +133,19 @@ void WorkbookSink::Close() {
   path_.clear();
   keep_backup_ = false;
   dropped_ = 0;
+  codec_ = nullptr;
 }
 
 void WorkbookSink::SetCell(int sheet, int row, int column, std::string_view value) {
   if (sheet < 1 || sheet > kMaxSheets) return;
+  if (codec_ != nullptr && (row > codec_->maxRows || column > codec_->maxColumns)) {
+    if (dropped_++ == 0) {
+      refused_sheet_ = sheet;
+      refused_row_ = row;
+      refused_column_ = column;
+    }
+    return;
+  }
   Sheet& target = book_.GetSheet(sheet);
   const TypedCell typed = TypeCellText(value);
   bool kept = true;

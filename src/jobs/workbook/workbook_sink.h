@@ -9,6 +9,7 @@
 
 #include "engine/output_sink.h"
 #include "jobs/workbook/workbook.h"
+#include "jobs/workbook/workbook_codecs.h"
 #include "util/ui_port.h"
 
 namespace kroveld {
@@ -38,6 +39,7 @@ class WorkbookSink final : public OutputSink {
   void SetStandardFont(std::string_view font) override;
   void ClearOutput() override;
   void WriteCsvRow(std::string_view) override {}
+  bool Full() const override { return dropped_ > 0; }
 
  private:
   bool SaveBackupOfCorruptOutput();
@@ -50,6 +52,11 @@ class WorkbookSink final : public OutputSink {
   std::string backup_note_;
   std::string scratch_;      // UTF-8 form of a Windows-1252 cell text being set
   std::size_t dropped_ = 0;  // cells beyond the largest sheet, not kept
+  // The sheet the output's format holds, and the first cell that fell outside it.
+  const WorkbookCodec* codec_ = nullptr;
+  int refused_sheet_ = 0;
+  int refused_row_ = 0;
+  int refused_column_ = 0;
 };
 
 }  // namespace kroveld
