@@ -4,6 +4,7 @@
 // below the rows written and records the first and last row for consolidation.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -16,8 +17,13 @@ namespace kroveld {
 
 class Context;
 
+// Empty rows a table writes past the end of its report before it stops: a block that runs far
+// beyond the report is an offset typed wrong, and its empty rows would only fill a disk.
+inline constexpr std::int64_t kMaxRowsPastEnd = 65536;
+
 class clsTable {
  public:
+  int Number = 0;  // the section number it was read as ("Table n")
   int FirstRowWritten = 0;
   int LastRowWritten = 0;
   std::string ReadStartLine;

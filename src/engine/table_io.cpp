@@ -14,6 +14,7 @@ bool clsTable::ReadFromFile(UiPort& ui, const std::string& path, int number) {
 
 bool clsTable::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number) {
   const std::string section = "Table " + ToText(number);
+  Number = number;
   Columns.clear();
 
   ReadStartLine = GetProfileValue(file, section, "ReadStartLine", kMissing);

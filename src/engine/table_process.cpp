@@ -147,6 +147,7 @@ void clsTable::Process(Context& ctx) {
   clsLineProcessor& lines = ctx.lineProcessor;
   std::string csvLine;
   std::string status;
+  std::int64_t pastEnd = 0;  // rows read past the end of the file
 
   // The usual CSV row (no status text due, the columns checked on the first row) takes a fast
   // path when every column reads slot 1 with a known operator: the fields are cut straight from
@@ -186,7 +187,19 @@ void clsTable::Process(Context& ctx) {
     }
 
     std::string_view line;
-    if (!file.ReadLine(line)) line = {};  // past the end of the file: empty lines
+    if (!file.ReadLine(line)) {
+      line = {};  // past the end of the file: empty lines, up to a point
+      if (++pastEnd > kMaxRowsPastEnd) {
+        keepPending();
+        ui.Message("Table " + ToText(static_cast<long long>(Number)) +
+                       " reads past the end of the report, whose last line is " +
+                       ToText(static_cast<long long>(file.LinesRead())) + ": stopped after " +
+                       ToText(static_cast<long long>(kMaxRowsPastEnd)) +
+                       " empty rows (check the table's line offsets)",
+                   Icon::Exclamation);
+        break;
+      }
+    }
     if (csv && !due && lineNumber != startLine) {
       if (!planned) {
         fast = PlanFastCuts(ctx, Columns, cuts);

@@ -41,6 +41,20 @@ TEST_F(TableTest, AFullOutputStopsTheTableAtOnce) {
   EXPECT_EQ(3, table.LastRowWritten);
 }
 
+TEST_F(TableTest, ARunawayEndOffsetStopsAfterItsEmptyRowsWithOneWarning) {
+  f.UseReport(NumberedLines(25, {{10, "TOP HERE"}, {20, "BOTTOM HERE"}}));
+  clsTable table = MakeTable("TOP", 1, "BOTTOM", 2147483600, {MakeColumn(1, 8, "A")});
+  table.Number = 3;
+  f.Run(table);
+  // Lines 11..25 of the report, then the empty rows past its end up to the limit.
+  EXPECT_EQ(table.LastRowWritten, 15 + static_cast<int>(kMaxRowsPastEnd));
+  ASSERT_EQ(f.ui.messages.size(), 1u);
+  EXPECT_EQ(f.ui.messages[0].text,
+            "Table 3 reads past the end of the report, whose last line is 25: stopped after 65536 "
+            "empty rows (check the table's line offsets)");
+  EXPECT_FALSE(f.Failed());
+}
+
 TEST_F(TableTest, KeySearchProblemsAreReportedAndMarkTheExportFailed) {
   struct Case {
     std::string top;
