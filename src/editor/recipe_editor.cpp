@@ -8,10 +8,12 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QSplitter>
 #include <QStatusBar>
 #include <QTextBlock>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/help/help_window.h"
 #include "app/window/widget_names.h"
@@ -154,6 +156,18 @@ RecipeEditor::RecipeEditor(UiPort& ui, RecipeEditorHost host, QWidget* parent)
   connect(close, &QPushButton::clicked, this, &QWidget::close);
   connect(preview_button_, &QPushButton::toggled, this, [this](bool on) {
     preview_box_->setVisible(on && preview_pane_ != nullptr);
+    // The window widens for the pane, as far as the screen allows, so the recipe keeps its room.
+    if (PreviewShown() && !isMaximized()) {
+      const QScreen* screen = this->screen();
+      const QRect area = screen ? screen->availableGeometry() : geometry();
+      const int wanted = std::min(area.width(), std::max(width(), 1400));
+      if (wanted > width()) {
+        resize(wanted, std::min(area.height(), std::max(height(), 720)));
+        // Moved back onto the screen when the wider window would stand out on its right.
+        const int overhang = frameGeometry().right() - area.right();
+        if (overhang > 0) move(std::max(area.left(), x() - overhang), y());
+      }
+    }
     emit previewToggled(PreviewShown());
   });
   connect(text_, &QPlainTextEdit::textChanged, this, [this] {
