@@ -112,6 +112,7 @@ void clsDepartment::Process(Context& ctx, int firstRow, int lastRow,
   if (startFound == 0) {
     ctx.ui.Message("Error in Department specs: Can not find ReadStartLine: " + ReadStartLine,
                    Icon::Critical);
+    NoteMissingKey(ctx.ui, "The department", "ReadStartLine", ReadStartLine);
     return;
   }
   const long long startRow = static_cast<long long>(startFound) + ReadStartLineOffset;
@@ -119,6 +120,7 @@ void clsDepartment::Process(Context& ctx, int firstRow, int lastRow,
   if (endFound == 0) {
     ctx.ui.Message("Error in Department specs: Can not find ReadEndLine: " + ReadEndLine,
                    Icon::Critical);
+    NoteMissingKey(ctx.ui, "The department", "ReadEndLine", ReadEndLine);
     return;
   }
   // The bottom key's row is compared before its offset is added (tables compare after).

@@ -43,4 +43,13 @@ bool ReadOffsetKey(UiPort& ui, TextFile& file, std::string_view section, std::st
   return true;
 }
 
+void NoteMissingKey(UiPort& ui, std::string_view section, std::string_view key,
+                    std::string_view text) {
+  if (text != kMissing) return;
+  ui.Message(
+      std::string(section) + " has no " + std::string(key) + " key (or it stands after a key " +
+          "that is read later): " + std::string(kMissing) + " is the stand-in for a missing key",
+      Icon::Information);
+}
+
 }  // namespace kroveld

@@ -33,6 +33,11 @@ int ValidatedNumber(std::string_view text);
 // or after "Z" as text (so "AA" passes and "ZA" does not).
 bool BadWriteColumn(std::string_view column);
 
+// After a "Can not find <key>: -999999" message: when the key text is the missing-key value, a
+// note says that the section has no such key (the value is a stand-in, not a text to search).
+void NoteMissingKey(UiPort& ui, std::string_view section, std::string_view key,
+                    std::string_view text);
+
 // "Error in <section> : <key> must be a whole number!", critical.
 void ShowOffsetError(UiPort& ui, std::string_view section, std::string_view key);
 

@@ -8,6 +8,8 @@
 
 #include "engine/context.h"
 #include "engine/table.h"
+
+#include "engine/section_keys.h"
 #include "util/line_search.h"
 #include "util/strings.h"
 
@@ -104,11 +106,15 @@ void clsTable::Process(Context& ctx) {
   }
   if (top.line == 0) {
     Fail(ctx, "Error in Table specs: Can not find ReadStartLine: " + ReadStartLine);
+    NoteMissingKey(ui, "Table " + ToText(static_cast<long long>(Number)), "ReadStartLine",
+                   ReadStartLine);
     return;
   }
   const std::int64_t startLine = top.line + ReadStartLineOffset;
   if (bottom.line == 0) {
     Fail(ctx, "Error in Table specs: Can not find ReadEndLine: " + ReadEndLine);
+    NoteMissingKey(ui, "Table " + ToText(static_cast<long long>(Number)), "ReadEndLine",
+                   ReadEndLine);
     return;
   }
   const std::int64_t endLine = bottom.line + ReadEndLineOffset;
