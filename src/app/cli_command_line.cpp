@@ -16,21 +16,6 @@ namespace kroveld {
 
 namespace {
 
-std::size_t EditDistance(std::string_view a, std::string_view b) {
-  std::vector<std::size_t> row(b.size() + 1);
-  for (std::size_t j = 0; j <= b.size(); ++j) row[j] = j;
-  for (std::size_t i = 1; i <= a.size(); ++i) {
-    std::size_t diagonal = row[0];
-    row[0] = i;
-    for (std::size_t j = 1; j <= b.size(); ++j) {
-      const std::size_t above = row[j];
-      row[j] = std::min({row[j] + 1, row[j - 1] + 1, diagonal + (a[i - 1] == b[j - 1] ? 0 : 1)});
-      diagonal = above;
-    }
-  }
-  return row[b.size()];
-}
-
 // The known option nearest to `name`, letter case counting least; a single letter is only
 // matched to itself in the other case, since every letter is one edit from every other.
 std::string UnknownOptionText(const std::string& name, const std::vector<std::string>& known) {
@@ -121,10 +106,10 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
   std::string input, output, recipe, logFile, sheet;
   int tabSize = options.lTabSize;
   bool subfolders = false, beside = false, show = false, noClear = false, verbose = false;
-  app.add_option("-i,--input", input, "Input file, or folder with a wildcard (in/*.txt)")
-      ->required();
-  app.add_option("-o,--output", output, "Output file (.csv, .xls, .xlsx) or wildcard (out/*.csv)")
-      ->required();
+  bool check = false;
+  // Input and output are required of a conversion, not of --check; see after the parse.
+  app.add_option("-i,--input", input, "Input file, or folder with a wildcard (in/*.txt)");
+  app.add_option("-o,--output", output, "Output file (.csv, .xls, .xlsx) or wildcard (out/*.csv)");
   app.add_option("-r,--recipe", recipe, "Recipe file (.rcp); without it the automatic recipe");
   app.add_flag("-s,--subfolders", subfolders, "Also convert the files of subfolders");
   app.add_flag("-g,--beside-input", beside, "Write each output beside its input");
@@ -143,6 +128,7 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
           {"", "none", "off", "numbered", "t", "existing", "nil", "simple", "never"}));
   app.add_flag("-b", backupGiven, "Like --backup, without a value");
   app.add_option("-S,--suffix", suffix, "Backup suffix (default ~)");
+  app.add_flag("--check", check, "Check the recipe given with -r instead of converting");
 
   if (const std::string unknown = FirstUnknownOption(app, args); !unknown.empty()) {
     result.exitCode = 2;
@@ -162,6 +148,22 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
   } catch (const CLI::ParseError& e) {
     result.exitCode = 2;
     result.err = std::string(kProgramName) + ": " + e.what() + "\n" +
+                 "Run with --help for more information.\n";
+    return result;
+  }
+
+  // The parser's own words for a missing option, in the order it checks them.
+  std::string missing;
+  if (check) {
+    if (recipe.empty()) missing = "--check needs --recipe";
+  } else if (input.empty()) {
+    missing = "--input is required";
+  } else if (output.empty()) {
+    missing = "--output is required";
+  }
+  if (!missing.empty()) {
+    result.exitCode = 2;
+    result.err = std::string(kProgramName) + ": " + missing + "\n" +
                  "Run with --help for more information.\n";
     return result;
   }
@@ -194,7 +196,8 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
   }
   if (suffix.empty()) suffix = EnvironmentOr("SIMPLE_BACKUP_SUFFIX", "~");
   if (suffix.find('/') == std::string::npos) options.backup.suffix = suffix;
-  result.job = true;
+  result.check = check;
+  result.job = !check;
   return result;
 }
 

@@ -46,9 +46,16 @@ std::string ConsolePort::OneLine(std::string_view text) {
   return line;
 }
 
+void ConsolePort::BeginFile(std::string_view file, std::size_t number, std::size_t count) {
+  file_heading_ = "kroveld: converting " + OneLine(file) + " (file " + std::to_string(number) +
+                  " of " + std::to_string(count) + "):\n";
+}
+
 void ConsolePort::WriteLine(const char* prefix, std::string_view text) {
   EraseProgress();
-  const std::string line = prefix + OneLine(text) + "\n";
+  std::string line;
+  line.swap(file_heading_);
+  line += prefix + OneLine(text) + "\n";
   std::fwrite(line.data(), 1, line.size(), out_);
   std::fflush(out_);
 }

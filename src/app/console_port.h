@@ -1,5 +1,6 @@
 // The user-interface port of command-line runs: every message is one line on stderr prefixed by
-// its icon, questions get the answers an unattended run needs, and a progress line is drawn on
+// its icon (the first one met while a file of a batch is converted preceded by a line naming that
+// file), questions get the answers an unattended run needs, and a progress line is drawn on
 // stderr only when it is a terminal. Remembers whether anything was shown, for the exit status.
 #pragma once
 
@@ -31,6 +32,11 @@ class ConsolePort final : public UiPort {
   bool MessageShown() const { return MessagesShown() > 0; }
   // True once the terminate question has been asked (and answered Yes).
   bool TerminateConfirmed() const { return terminate_confirmed_; }
+  // File `number` of `count` of a batch is being converted: the first line shown while it is
+  // converted is preceded by a line that names it.
+  void BeginFile(std::string_view file, std::size_t number, std::size_t count);
+  // The batch is over: later lines belong to no file.
+  void EndFile() { file_heading_.clear(); }
   // Removes the progress line, if one is drawn.
   void EraseProgress();
 
@@ -52,6 +58,7 @@ class ConsolePort final : public UiPort {
   std::string file_;    // "file   [i of n files]"
   std::string detail_;  // the other panel-3 texts (table, row)
   std::string line_;
+  std::string file_heading_;  // shown before the next line, then forgotten
   std::chrono::steady_clock::time_point last_draw_{};
 };
 

@@ -18,6 +18,7 @@
 #include "app/startup_files.h"
 #include "engine/context.h"
 #include "jobs/batch.h"
+#include "jobs/recipe_check.h"
 #include "jobs/trace.h"
 #include "util/files.h"
 #include "util/strings.h"
@@ -63,8 +64,8 @@ std::string Join(const std::vector<std::string>& args) {
 // the typed texts in memory only (a command-line run never writes them back).
 class ConsoleHost final : public ConversionHost {
  public:
-  ConsoleHost(Settings& settings, clsConversionOptions typed)
-      : settings_(settings), typed_(std::move(typed)) {}
+  ConsoleHost(Settings& settings, ConsolePort& port, clsConversionOptions typed)
+      : settings_(settings), port_(port), typed_(std::move(typed)) {}
 
   bool WarnedAboutTabsInFile() override { return settings_.WarnedAboutTabsInFile(); }
   void SetWarnedAboutTabsInFile() override { settings_.SetWarnedAboutTabsInFile(); }
@@ -74,9 +75,14 @@ class ConsoleHost final : public ConversionHost {
     settings_.recipes.AddUniqueItemToCollection(typed_.sRecipeFile);
   }
   std::string RecipeBoxText() override { return typed_.sRecipeFile; }
+  // The console names a batch's file before the first line it shows for it.
+  void FileStarted(const std::string& file, std::size_t number, std::size_t count) override {
+    port_.BeginFile(file, number, count);
+  }
 
  private:
   Settings& settings_;
+  ConsolePort& port_;
   const clsConversionOptions typed_;
 };
 
@@ -91,6 +97,18 @@ void ReportStop(const Context& ctx, ConsolePort& port, const BatchStop& stop) {
   } else {
     port.Message("Conversion stopped by the user", Icon::Exclamation);
   }
+}
+
+// The host of a command-line conversion: the settings, and the console told which file of a
+// batch is being converted.
+// --check: the recipe check's messages and notes on stderr; 1 when there was anything to say.
+int RunRecipeCheck(const Context& ctx, ConsolePort& port) {
+  const std::vector<RecipeNote> notes = CheckRecipe(
+      port,
+      RecipeCheckRequest{ctx.options.sRecipeFile, ctx.options.sInputFile, ctx.options.lTabSize});
+  for (const RecipeNote& note : notes) port.Note(FormatRecipeNote(note));
+  port.EraseProgress();
+  return port.MessageShown() || !notes.empty() ? 1 : 0;
 }
 
 }  // namespace
@@ -134,6 +152,7 @@ int RunMain(int argc, char** argv) {
     if (!parsed.job) return 0;
   } else {
     const CliParseResult parsed = ParseConventionalCommandLine(args, ctx.options);
+    if (parsed.check) return RunRecipeCheck(ctx, port);
     if (!parsed.job) {
       std::fputs(parsed.out.c_str(), stdout);
       std::fputs(parsed.err.c_str(), stderr);
@@ -144,12 +163,13 @@ int RunMain(int argc, char** argv) {
   // The hidden main window reads its settings; the command line's options stand as they are.
   Settings settings(configPath);
   settings.Read(port);
-  ConsoleHost host(settings, ctx.options);
+  ConsoleHost host(settings, port, ctx.options);
 
   g_stop = &ctx.run.stopRequested;
   for (int signal : kStopSignals) std::signal(signal, OnInterrupt);
   BatchStop stop;
   BeginProcessing(ctx, host, &stop);
+  port.EndFile();
   for (int signal : kStopSignals) std::signal(signal, SIG_DFL);
   g_stop = nullptr;
 

@@ -48,6 +48,7 @@ void ConvertList(Context& ctx, ConversionHost& host, const std::vector<std::stri
     status += count;
     status += kBatchStatusSuffix;
     ctx.ui.Status(3, status);
+    host.FileStarted(files[i], i + 1, files.size());
     RunRecipe(ctx, host);
   }
 }

@@ -25,11 +25,6 @@ std::string AbsoluteInput(const std::string& input) {
   return ec ? input : abs.lexically_normal().string();
 }
 
-// A recipe of the short format carries Product "KRO-B" in its header.
-bool IsShortFormatRecipe(const std::string& path) {
-  return EqualsNoCase(GetProfileValueFromFile(path, "Header", "Product", ""), "KRO-B");
-}
-
 void ReadExportSpecs(Context& ctx) {
   Trace("frmMain.cmdRunRecipe_Click 12");
   const std::string path = ctx.recipe.ExportSpecPath();
@@ -101,6 +96,19 @@ void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
   }
   Trace("frmMain.cmdRunRecipe_Click 5");
   NoteTabs(ctx, host);
+  LoadChosenRecipe(ctx);
+  ctx.periodLabel = PeriodLabel(ctx.recipe);
+  Trace("frmMain.cmdRunRecipe_Click 6");
+  WriteReport(ctx, csv);
+}
+
+}  // namespace
+
+bool IsShortFormatRecipe(const std::string& path) {
+  return EqualsNoCase(GetProfileValueFromFile(path, "Header", "Product", ""), "KRO-B");
+}
+
+void LoadChosenRecipe(Context& ctx) {
   if (IsShortFormatRecipe(ctx.currentRecipe)) {
     AutoRecipeLock lock(ctx.appFolder, ctx.ui, ctx.run.stopRequested);
     if (lock.Stopped()) return;
@@ -111,12 +119,7 @@ void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
     ctx.recipe.InputFileNames[0] = AbsoluteInput(ctx.currentInput);
     ReadExportSpecs(ctx);
   }
-  ctx.periodLabel = PeriodLabel(ctx.recipe);
-  Trace("frmMain.cmdRunRecipe_Click 6");
-  WriteReport(ctx, csv);
 }
-
-}  // namespace
 
 OutputKind OutputKindOf(std::string_view outputPath) {
   if (FindNoCase(outputPath, ".CSV") != std::string_view::npos) return OutputKind::Csv;

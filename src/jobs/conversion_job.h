@@ -26,6 +26,9 @@ class ConversionHost {
   // run.running is true in between, so a window can disable Convert and refuse re-entry.
   virtual void JobStarted() {}
   virtual void JobFinished() {}
+  // A wildcard batch is about to convert file `number` of `count`.
+  virtual void FileStarted(const std::string& /*file*/, std::size_t /*number*/,
+                           std::size_t /*count*/) {}
 };
 
 enum class OutputKind { None, Csv, Workbook };
@@ -41,6 +44,13 @@ OutputKind OutputKindOf(std::string_view outputPath);
 std::string AutoRecipePath(const Context& ctx);
 // "first", or "first-last" when the recipe's period range holds more than one file.
 std::string PeriodLabel(const clsRecipe& recipe);
+
+// A recipe of the short format carries Product "KRO-B" in its header.
+bool IsShortFormatRecipe(const std::string& path);
+// Loads ctx.currentRecipe, long form or short form, with its export definition, for the report
+// ctx.currentInput (which becomes its input file 1). A short recipe is converted into
+// "_ExportSpecs.krs" of ctx.appFolder.
+void LoadChosenRecipe(Context& ctx);
 
 // Shows the tab-characters note unless the host says it was shown before, and remembers it.
 void WarnAboutTabsInFile(Context& ctx, ConversionHost& host);

@@ -10,17 +10,21 @@ namespace kroveld {
 
 namespace {
 
-// True when the line is the heading "[section]": a "[" at p, a "]" at p + 2 or later, and the
-// text between them, trimmed, equal to the name.
 bool IsHeadingOf(std::string_view line, std::string_view section) {
+  std::string_view name;
+  return HeadingName(line, name) && name == section;
+}
+
+}  // namespace
+
+bool HeadingName(std::string_view line, std::string_view& name) {
   const std::size_t open = line.find('[');
   if (open == std::string_view::npos) return false;
   const std::size_t close = line.find(']', open + 1);
   if (close == std::string_view::npos || close < open + 2) return false;
-  return Trim(line.substr(open + 1, close - open - 1)) == section;
+  name = Trim(line.substr(open + 1, close - open - 1));
+  return true;
 }
-
-}  // namespace
 
 std::string GetProfileValue(TextFile& file, std::string_view section, std::string_view key,
                             std::string_view def, int trim) {

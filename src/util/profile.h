@@ -19,6 +19,10 @@ inline constexpr std::string_view kMissing = "-999999";
 // Trim modes of GetProfileValue: 1 leading blanks only, 2 trailing blanks only, anything else both.
 enum TrimMode { kTrimLeading = 1, kTrimTrailing = 2, kTrimBoth = 3 };
 
+// The name of the section a line heads, as the lookup sees headings: a "[" at p, a "]" at p + 2
+// or later, and the text between them trimmed. False when the line is no heading.
+bool HeadingName(std::string_view line, std::string_view& name);
+
 // Looks `key` up from the file's current position. With a non-empty section the lines are first
 // read up to the heading "[section]" (exact, case-sensitive, trimmed inside the brackets); with an
 // empty section the search starts at the current position. A file that is not open gives the

@@ -32,6 +32,9 @@ bool EqualsNoCase(std::string_view a, std::string_view b);
 // Position of `needle` in `hay` ignoring ASCII case, or npos.
 std::size_t FindNoCase(std::string_view hay, std::string_view needle);
 
+// Number of single-character insertions, deletions and substitutions that turn `a` into `b`.
+std::size_t EditDistance(std::string_view a, std::string_view b);
+
 // Decimal text of an integer.
 std::string ToText(long long value);
 
