@@ -660,6 +660,14 @@ class Linter {
     return nullptr;
   }
 
+  // True when section `name` was looked for from below heading line i (which holds that name).
+  bool LookedUpBelow(std::size_t i, const std::string& name) const {
+    for (const Scan& s : scans_) {
+      if (s.sectionName == name && s.headFrom > i) return true;
+    }
+    return false;
+  }
+
   // True when the failed search for a sibling section (same kind, same table or consolidation)
   // ran past heading line i: the note on the sibling says why.
   bool PassedBySiblingSearch(std::size_t i, const ParsedName& p) const {
@@ -683,7 +691,7 @@ class Linter {
       // The messages and the note on the parent say why its reading stopped.
       if (!(p.kind == "Col" ? tableStopped_[at] : conStopped_[at]).empty()) return "";
     }
-    if (const Scan* by = ConsumedBy(i)) {
+    if (const Scan* by = LookedUpBelow(i, name) ? ConsumedBy(i) : nullptr) {
       return "not read: the search for " + by->key + " of [" + SectionName(by->section) +
              "], which is not there, ran on to this heading and past it; sections are looked "
              "up forwards only, so this one and the later ones of the same table or "

@@ -1,0 +1,243 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "jobs/recipe_check.h"
+#include "jobs/recipe_lint.h"
+#include "support/recording_port.h"
+#include "support/test_support.h"
+
+namespace kroveld {
+namespace {
+
+using testing::RecordingPort;
+using testing::TempDir;
+
+const std::string kSpecHeader = "[Header]\nProduct=KRO\nFileType=EXPORT SPEC\nFileFormat=1.1\n";
+// Lines 5-11: a table with one column (the column heading is line 11).
+const std::string kTable1 =
+    "[Table 1]\nReadStartLine=ITEMS\nReadStartLineOffset=1\nReadEndLine=END\n"
+    "ReadEndLineOffset=-1\nTotalColumns=1\n";
+const std::string kCol1 =
+    "[Table 1 Col 1]\nReadColumnStart=1\nReadColumnEnd=5\nWriteColumn=A\nPeriodOperator=\n";
+const std::string kRecipeTop =
+    "[Header]\nProduct=KRO\nFileType=RECIPE\nFileFormat=1.1\n[Output File]\n"
+    "ExportSpecFileName=x.krs\n";
+
+struct Expected {
+  int line;
+  std::string section;
+  std::string text;  // a part of the note's text
+};
+
+struct LintCase {
+  const char* what;
+  RecipeFileKind kind;
+  std::string text;
+  std::vector<Expected> notes;  // all the notes, in order
+};
+
+// One case per kind of note: the exact set of notes, each on its line and section.
+TEST(RecipeLint, EachKindOfNoteOnItsLine) {
+  const RecipeFileKind krs = RecipeFileKind::ExportSpec;
+  const LintCase cases[] = {
+      {"misspelt column key",
+       krs,
+       kSpecHeader + kTable1 +
+           "[Table 1 Col 1]\nReadColumStart=8\nReadColumnEnd=9\nWriteColumn=A\n",
+       {{12, "Table 1 Col 1", "unknown key 'ReadColumStart'; did you mean 'ReadColumnStart'?"}}},
+      {"misspelt offset hides the keys after it",
+       krs,
+       kSpecHeader +
+           "[Table 1]\nReadStartLine=ITEMS\nReadStartLineOfset=2\nReadEndLine=END\n"
+           "ReadEndLineOffset=0\nTotalColumns=1\n" +
+           kCol1,
+       {{5, "Table 1", "Can not find ReadEndLine: -999999"},
+        {7, "Table 1", "did you mean 'ReadStartLineOffset'?"},
+        {8, "Table 1", "'ReadEndLine' is not read: ReadStartLineOffset, looked for before it"}}},
+      {"key before the one it shadows",
+       krs,
+       kSpecHeader +
+           "[Table 1]\nReadStartLineOffset=1\nReadStartLine=ITEMS\nReadEndLine=END\n"
+           "TotalColumns=1\n" +
+           kCol1,
+       {{5, "Table 1", "Can not find ReadStartLine: -999999"},
+        {6, "Table 1", "put ReadStartLine above ReadStartLineOffset"},
+        {7, "Table 1", "line 6 mentions it first"}}},
+      {"an optional key left out takes the column heading with it",
+       krs,
+       kSpecHeader +
+           "[Table 1]\nReadStartLine=ITEMS\nReadStartLineOffset=1\nReadEndLine=END\n"
+           "TotalColumns=1\n" +
+           kCol1,
+       {{9, "Table 1",
+         "'TotalColumns' is not read: ReadEndLineOffset, looked for before it, is "
+         "not in the section"}}},
+      {"heading in lower case",
+       krs,
+       kSpecHeader + "[table 1]\nReadStartLine=ITEMS\n",
+       {{5, "table 1", "did you mean [Table 1]? As written it does not count as a table"}}},
+      {"heading with a leading zero",
+       krs,
+       kSpecHeader + "[Table 01]\nReadStartLine=ITEMS\n",
+       {{0, "Table 1", "no heading [Table 1] is found though the file counts 1 table heading"},
+        {5, "Table 01", "did you mean [Table 1]?"}}},
+      {"column of a table that does not exist",
+       krs,
+       kSpecHeader + kTable1 + kCol1 + "[Table 3 Col 1]\nReadColumnStart=1\n",
+       {{16, "Table 3 Col 1", "there is no [Table 3] (the file has 1 table heading)"}}},
+      {"column beyond TotalColumns",
+       krs,
+       kSpecHeader + kTable1 + kCol1 + "[Table 1 Col 2]\nReadColumnStart=6\n",
+       {{16, "Table 1 Col 2", "column 2 is beyond TotalColumns=1 of [Table 1]"}}},
+      {"columns out of order",
+       krs,
+       kSpecHeader +
+           "[Table 1]\nReadStartLine=A\nReadStartLineOffset=1\nReadEndLine=B\n"
+           "ReadEndLineOffset=-1\nTotalColumns=2\n" +
+           "[Table 1 Col 2]\nReadColumnStart=6\nReadColumnEnd=9\nWriteColumn=B\n" + kCol1,
+       {{11, "Table 1 Col 2", "not read: it stands out of order"}}},
+      {"title line beyond TotalLines, and a value that ends the section",
+       krs,
+       kSpecHeader + "[Title 1]\nWriteSheet=1\nWriteColumn=A\nTotalLines=2\n1Text=[Draft]\n"
+                     "2Text=  Indented\n3Text=More\n",
+       {{9, "Title 1", "the \"[\" in this value ends the section"},
+        {10, "Title 1", "the leading blanks of 2Text are dropped"},
+        {11, "Title 1", "3Text is beyond TotalLines=2"}}},
+      {"titles numbered with a gap",
+       krs,
+       kSpecHeader + "[Title 1]\nWriteSheet=1\nWriteColumn=A\nTotalLines=1\n1Text=a\n" +
+           "[Title 3]\nWriteSheet=1\nWriteColumn=A\nTotalLines=1\n1Text=b\n",
+       {{0, "Title 2", "no heading [Title 2]"},
+        {10, "Title 3", "the file has 2 title headings, read as [Title 1] to [Title 2]"}}},
+      {"duplicate key, misplaced key, operator, comment",
+       krs,
+       kSpecHeader +
+           "[Table 1]\nReadStartLine=Net; total\nReadStartLineOffset=1\nReadEndLine=END\n"
+           "ReadEndLineOffset=-1\nTotalColumns=1\n" +
+           "[Table 1 Col 1]\nReadColumnStart=1\nReadColumnStart=2\nReadColumnEnd=5\n"
+           "WriteColumn=A\nPeriodOperator=DUPLICATE\nTotalColumns=3\n",
+       {{6, "Table 1", "the \";\" starts a comment: ReadStartLine is read as \"Net\""},
+        {13, "Table 1 Col 1", "'ReadColumnStart' is given again: only the first one (line 12)"},
+        {16, "Table 1 Col 1", "PeriodOperator DUPLICATE is accepted but combines nothing"},
+        {17, "Table 1 Col 1", "'TotalColumns' is not read here: it is a key of [Table n]"}}},
+      {"department without its bottom key",
+       krs,
+       kSpecHeader + kTable1 + kCol1 +
+           "[Consolidate 1]\nTable=1\nReadAccountsColumn=1\nTotalDepartments=1\n"
+           "[Con 1 Dept 1]\nReadStartLine=D1\nReadStartLineOffset=1\n",
+       {{20, "Con 1 Dept 1", "\"Error in Department specs: Can not find ReadEndLine: -999999\""}}},
+      {"recipe: rounding misspelt, sheet name under a section, bad period",
+       RecipeFileKind::Recipe,
+       "Sheet2Name=Totals\n" + kRecipeTop +
+           "InputFileFirst=one\nWriteDataFormat=NearestCents\nSheet1Name=Ledger\n"
+           "[output files]\n",
+       {{8, "Output File", "\"one\" is not a whole number and is ignored: 1 is used"},
+        {9, "Output File", "\"NearestCents\" means no rounding"},
+        {9, "Output File", "did you mean 'NearestCent'?"},
+        {10, "Output File", "Sheet1Name under [Output File] is ignored"},
+        {11, "output files", "unknown section [output files]"}}},
+      {"short recipe",
+       RecipeFileKind::ShortRecipe,
+       "[Header]\nProduct=KRO-B\n[Table 1]\nReadStartLine=A\nReadEndLine=B\nParsing=xx  yy\n"
+       "WriteColum=B\n[table 2]\n",
+       {{7, "Table 1", "did you mean 'WriteColumn'?"}, {8, "table 2", "did you mean [Table 2]?"}}},
+  };
+  for (const LintCase& c : cases) {
+    SCOPED_TRACE(c.what);
+    const std::vector<RecipeNote> notes = LintRecipeText(c.text, "f", c.kind);
+    std::vector<Expected> expected = c.notes;
+    // Two expectations on the same note (same line) check two parts of its text.
+    std::size_t distinct = 0;
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      if (i == 0 || expected[i].line != expected[i - 1].line) ++distinct;
+    }
+    std::string all;
+    for (const RecipeNote& n : notes) all += FormatRecipeNote(n) + "\n";
+    ASSERT_EQ(notes.size(), distinct) << all;
+    for (const Expected& e : expected) {
+      bool found = false;
+      for (const RecipeNote& n : notes) {
+        if (n.line == e.line && n.section == e.section && n.file == "f" &&
+            n.text.find(e.text) != std::string::npos) {
+          found = true;
+        }
+      }
+      EXPECT_TRUE(found) << "line " << e.line << " [" << e.section << "] " << e.text << "\n" << all;
+    }
+  }
+}
+
+TEST(RecipeLint, NoteFormat) {
+  EXPECT_EQ(FormatRecipeNote({"a.krs", 12, "Table 1", "text"}), "a.krs:12: [Table 1]: text");
+  EXPECT_EQ(FormatRecipeNote({"a.krs", 0, "Title 2", "text"}), "a.krs: [Title 2]: text");
+  EXPECT_EQ(FormatRecipeNote({"a.rcp", 3, "", "text"}), "a.rcp:3: text");
+}
+
+// The shipped examples are clean: nothing to say, no message, and nothing written beside them
+// or in the application folder.
+TEST(RecipeCheck, ShippedExamplesGiveNoNote) {
+  for (const char* name : {"trial-balance", "departments"}) {
+    SCOPED_TRACE(name);
+    TempDir dir;
+    for (const char* ext : {".rcp", ".krs", ".txt"}) {
+      std::filesystem::copy_file(std::string(KROVELD_SOURCE_DIR) + "/examples/" + name + ext,
+                                 dir.File(std::string(name) + ext));
+    }
+    const std::string recipe = dir.File(std::string(name) + ".rcp");
+    EXPECT_TRUE(LintRecipeFile(recipe, RecipeFileKind::Recipe).empty());
+    EXPECT_TRUE(
+        LintRecipeFile(dir.File(std::string(name) + ".krs"), RecipeFileKind::ExportSpec).empty());
+    for (const std::string& report : {std::string(), dir.File(std::string(name) + ".txt")}) {
+      RecordingPort port;
+      const auto notes = CheckRecipe(port, {recipe, report, 8});
+      EXPECT_TRUE(notes.empty()) << FormatRecipeNote(notes.front());
+      EXPECT_TRUE(port.messages.empty()) << port.messages.front().text;
+    }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()),
+                            std::filesystem::directory_iterator()),
+              3);
+  }
+}
+
+// The check shows the loaders' own messages and adds the notes of both files; a short recipe is
+// converted away from the application folder; a missing recipe is said in the conversion's words.
+TEST(RecipeCheck, MessagesOfTheLoadAndNotesOfBothFiles) {
+  TempDir dir;
+  dir.Write("x.rcp", kRecipeTop + "WriteDataFormat=nearestcent\n");
+  dir.Write("x.krs",
+            kSpecHeader + kTable1 + "[Table 1 Col 1]\nReadColumStart=1\nReadColumnEnd=5\n");
+  dir.Write("report.txt", "ITEMS\nabc\nEND\n");
+  RecordingPort port;
+  auto notes = CheckRecipe(port, {dir.File("x.rcp"), dir.File("report.txt"), 8});
+  ASSERT_EQ(notes.size(), 2u);
+  EXPECT_EQ(notes[0].file, dir.File("x.rcp"));
+  EXPECT_EQ(notes[0].line, 7);
+  EXPECT_EQ(notes[1].file, dir.File("x.krs"));
+  EXPECT_EQ(notes[1].line, 12);
+  // Read twice, as a conversion reads it (with the recipe, then on its own), then processed.
+  EXPECT_EQ(port.Texts(),
+            (std::vector<std::string>{
+                "Invalid Read Column start position!", "Invalid Read Column start position!",
+                "Invalid table specs (column 1): ReadColumnStart is smaller than 1 "
+                "or larger than ReadColumnEnd!"}));
+
+  dir.Write("s.rcp",
+            "[Header]\nProduct=KRO-B\n[Table 1]\nReadStartLine=ITEMS\n"
+            "ReadStartLineOffset=1\nReadEndLine=END\nReadEndLineOffset=-1\n"
+            "Parsing==L\n");
+  port.Clear();
+  notes = CheckRecipe(port, {dir.File("s.rcp"), "", 8});
+  ASSERT_EQ(notes.size(), 1u);
+  EXPECT_NE(notes[0].text.find("give one with --input"), std::string::npos);
+  notes = CheckRecipe(port, {dir.File("s.rcp"), dir.File("report.txt"), 8});
+  EXPECT_TRUE(notes.empty());
+  EXPECT_TRUE(port.messages.empty()) << port.messages.front().text;
+
+  notes = CheckRecipe(port, {dir.File("none.rcp"), "", 8});
+  EXPECT_TRUE(notes.empty());
+  EXPECT_EQ(port.Texts().back(), "Recipe file " + dir.File("none.rcp") + " does not exist!");
+}
+
+}  // namespace
+}  // namespace kroveld
