@@ -10,11 +10,10 @@
 #include <string_view>
 #include <vector>
 
+#include "jobs/recipe_layout.h"
 #include "jobs/recipe_note.h"
 
 namespace kroveld {
-
-enum class RecipeFileKind { Recipe, ExportSpec, ShortRecipe };
 
 // `file` is the name the notes carry.
 std::vector<RecipeNote> LintRecipeText(std::string_view text, const std::string& file,
