@@ -156,6 +156,7 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
   std::string missing;
   if (check) {
     if (recipe.empty()) missing = "--check needs --recipe";
+    if (!output.empty()) missing = "--check writes nothing: leave out --output";
   } else if (input.empty()) {
     missing = "--input is required";
   } else if (output.empty()) {

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cctype>
 #include <map>
+#include <set>
+#include <unordered_map>
 
 #include "engine/section_keys.h"
 #include "util/profile.h"
@@ -23,12 +25,17 @@ constexpr int kInputSlots = 12;
 struct Line {
   std::string_view text;
   bool bracket = false;       // holds "[": ends a section for the key lookup
-  bool heading = false;       // the lookup takes it for a heading
+  bool headingForm = false;   // the lookup takes it for a heading ("[" ... "]")
+  bool heading = false;       // ... and it is meant as one (no "=" before the "[")
   std::string_view name;      // the heading's name
   bool valueBracket = false;  // a "Key=Value" line whose value holds "["
   int owner = -1;             // the heading line it stands under; -1 above the first heading
   bool headingRead = false;   // a section lookup stopped on this heading
   int readBy = -1;            // the scan that took its value
+  int passedBy = -1;          // the first scan that examined it without taking its value
+  int decided = -1;           // the scan it stopped with another key left of its "="
+  int consumedBy = -1;        // the scan whose key search ended on it ("[") without a match
+  int failedSearch = -1;      // the last failed column or department search that ran past it
 };
 
 // One key lookup: the lines it examined [from, to), and what it met.
@@ -63,7 +70,9 @@ class Linter {
       l.bracket = l.text.find('[') != std::string_view::npos;
       const std::size_t eq = l.text.find('=');
       l.valueBracket = l.bracket && eq != std::string_view::npos && eq < l.text.find('[');
-      l.heading = HeadingName(l.text, l.name) && !l.valueBracket;
+      l.headingForm = HeadingName(l.text, l.name);
+      l.heading = l.headingForm && !l.valueBracket;
+      if (l.headingForm) first_heading_.try_emplace(l.name, i);
       if (l.heading) owner = static_cast<int>(i);
       l.owner = l.heading ? -1 : owner;
     }
@@ -94,6 +103,7 @@ class Linter {
   // The key lookup from `cursor`, as GetProfileValue does it; records what it met.
   const Scan& Lookup(std::size_t& cursor, std::string_view section, std::string_view key,
                      std::string_view def, int& currentSection, int trim = kTrimBoth) {
+    const int index = static_cast<int>(scans_.size());
     Scan scan;
     scan.key = std::string(key);
     scan.sectionName = std::string(section);
@@ -104,28 +114,46 @@ class Linter {
       scan.headFrom = cursor;
       while (cursor < n) {
         Line& l = lines_[cursor++];
-        if (l.heading && l.name == section) {
+        if (l.headingForm && l.name == section) {
           l.headingRead = true;
           currentSection = static_cast<int>(cursor - 1);
           break;
         }
       }
       scan.headTo = cursor;
+      std::size_t& below = looked_up_from_[scan.sectionName];
+      below = std::max(below, scan.headFrom + 1);
+      // A column or department not found: the headings its search ran past are explained by
+      // the note on the section that was not found (the last such search is the nearest).
+      const std::string kind = ParseName(section).kind;
+      if (currentSection < 0 && (kind == "Col" || kind == "Dept")) {
+        for (std::size_t i = scan.headFrom; i < scan.headTo; ++i) {
+          if (lines_[i].heading) lines_[i].failedSearch = index;
+        }
+      }
     }
     scan.section = currentSection;
     scan.from = cursor;
     while (cursor < n) {
       Line& l = lines_[cursor++];
-      if (l.bracket) break;
-      if (l.text.find(key) == std::string_view::npos) continue;
+      if (l.bracket) {
+        if (l.consumedBy < 0) l.consumedBy = index;
+        break;
+      }
+      if (l.text.find(key) == std::string_view::npos ||
+          l.text.find('=') == std::string_view::npos) {
+        if (l.passedBy < 0) l.passedBy = index;
+        continue;
+      }
       const std::size_t eq = l.text.find('=');
-      if (eq == std::string_view::npos) continue;
       if (Trim(l.text.substr(0, eq)) != key) {
         scan.decider = static_cast<int>(cursor - 1);
+        if (l.passedBy < 0) l.passedBy = index;
+        if (l.decided < 0) l.decided = index;
         break;
       }
       scan.found = static_cast<int>(cursor - 1);
-      l.readBy = static_cast<int>(scans_.size());
+      l.readBy = index;
       std::string_view value = l.text.substr(eq + 1);
       value = value.substr(0, value.find(';'));
       if (!Trim(value).empty()) {
@@ -135,8 +163,20 @@ class Linter {
       break;
     }
     scan.to = cursor;
+    if (scan.section >= 0) {
+      const auto at = std::make_pair(scan.section, scan.key);
+      if (scan.found >= 0) found_.try_emplace(at, index);
+      if (scan.decider >= 0) decided_.try_emplace(at, index);
+    }
     scans_.push_back(std::move(scan));
     return scans_.back();
+  }
+
+  // Where a lookup of a section that starts from the top of the file finds its heading: the
+  // first line that names it (the rest of the file when none does).
+  std::size_t StartOf(const std::string& section) const {
+    const auto at = first_heading_.find(section);
+    return at == first_heading_.end() ? lines_.size() : at->second;
   }
 
   // A lookup of its own, from the top of the file (the loaders that open the file per key).
@@ -157,9 +197,7 @@ class Linter {
   // A section looked up whose heading is nowhere in the file. (One that is there but was not
   // found gets a note on its heading line.)
   void NoteMissingHeading(const std::string& section, const std::string& why) {
-    for (const Line& l : lines_) {
-      if (l.heading && l.name == section) return;
-    }
+    if (first_heading_.count(section) != 0) return;
     Add(0, section,
         "no heading [" + section + "] is found " + why + ", so every key of " + section +
             " reads as missing");
@@ -271,7 +309,7 @@ class Linter {
 
   void ReadTitle(int number) {
     const std::string section = "Title " + ToText(number);
-    std::size_t cursor = 0;
+    std::size_t cursor = StartOf(section);
     int h = -1;
     const Scan& first = Lookup(cursor, section, "WriteSheet", kMissing, h);
     if (h < 0) {
@@ -298,7 +336,7 @@ class Linter {
 
   void ReadTable(int number) {
     const std::string section = "Table " + ToText(number);
-    std::size_t cursor = 0;
+    std::size_t cursor = StartOf(section);
     int h = -1;
     const Scan& start = Lookup(cursor, section, "ReadStartLine", kMissing, h);
     if (h < 0) {
@@ -358,7 +396,7 @@ class Linter {
 
   void ReadCon(int number) {
     const std::string section = "Consolidate " + ToText(number);
-    std::size_t cursor = 0;
+    std::size_t cursor = StartOf(section);
     int h = -1;
     const Scan& table = Lookup(cursor, section, "Table", kMissing, h);
     if (h < 0) {
@@ -488,7 +526,7 @@ class Linter {
   }
 
   void NoteHeadings() {
-    std::vector<std::string> read;
+    std::set<std::string> read;
     for (std::size_t i = 0; i < lines_.size(); ++i) {
       const Line& l = lines_[i];
       const int line = static_cast<int>(i) + 1;
@@ -515,40 +553,34 @@ class Linter {
       if (!l.heading) continue;
       const std::string name(l.name);
       if (l.headingRead) {
-        read.push_back(name);
+        read.insert(name);
         continue;
       }
-      std::string text =
-          UnreadHeading(i, name, std::find(read.begin(), read.end(), name) != read.end());
+      std::string text = UnreadHeading(i, name, read.count(name) != 0);
       if (!text.empty()) Add(line, name, std::move(text));
     }
   }
 
   // The scan whose search for its key ran on to heading line i and so consumed it.
   const Scan* ConsumedBy(std::size_t i) const {
-    for (const Scan& s : scans_) {
-      if (s.found < 0 && s.decider < 0 && s.to == i + 1 && s.from <= i) return &s;
-    }
-    return nullptr;
+    const int by = lines_[i].consumedBy;
+    if (by < 0 || scans_[static_cast<std::size_t>(by)].found >= 0) return nullptr;
+    return &scans_[static_cast<std::size_t>(by)];
   }
 
   // True when section `name` was looked for from below heading line i (which holds that name).
   bool LookedUpBelow(std::size_t i, const std::string& name) const {
-    for (const Scan& s : scans_) {
-      if (s.sectionName == name && s.headFrom > i) return true;
-    }
-    return false;
+    const auto at = looked_up_from_.find(name);
+    return at != looked_up_from_.end() && at->second > i + 1;
   }
 
   // True when the failed search for a sibling section (same kind, same table or consolidation)
   // ran past heading line i: the note on the sibling says why.
   bool PassedBySiblingSearch(std::size_t i, const ParsedName& p) const {
-    for (const Scan& s : scans_) {
-      if (s.section >= 0 || s.headFrom > i || i >= s.headTo) continue;
-      const ParsedName q = ParseName(s.sectionName);
-      if (q.kind == p.kind && q.a == p.a) return true;
-    }
-    return false;
+    const int by = lines_[i].failedSearch;
+    if (by < 0) return false;
+    const ParsedName q = ParseName(scans_[static_cast<std::size_t>(by)].sectionName);
+    return q.kind == p.kind && q.a == p.a;
   }
 
   // The note on heading line i that no lookup found; empty when another note says it already.
@@ -583,9 +615,7 @@ class Linter {
         const std::string parent = (col ? "Table " : "Consolidate ") + ToText(p.a);
         if (p.a > parents) {
           // When the parent's heading is there, the note on it says why it is not read.
-          for (const Line& l : lines_) {
-            if (l.heading && l.name == parent) return "";
-          }
+          if (first_heading_.count(parent) != 0) return "";
           return "there is no [" + parent + "] (the file has " +
                  Headings(parents, col ? "table" : "consolidate") +
                  "), so this section is not read";
@@ -620,10 +650,8 @@ class Linter {
 
   // The scan that passed over line i without reading it, if any.
   const Scan* PassedOverBy(std::size_t i) const {
-    for (const Scan& s : scans_) {
-      if (s.from <= i && i < s.to && s.found != static_cast<int>(i)) return &s;
-    }
-    return nullptr;
+    const int by = lines_[i].passedBy;
+    return by < 0 ? nullptr : &scans_[static_cast<std::size_t>(by)];
   }
 
   void NoteLines() {
@@ -670,15 +698,15 @@ class Linter {
 
   std::string UnreadKey(std::size_t i, const std::string& key, const SectionState& st) const {
     std::string text;
-    for (const Scan& s : scans_) {
-      if (s.decider == static_cast<int>(i)) {
+    if (lines_[i].decided >= 0) {
+      const Scan& s = scans_[static_cast<std::size_t>(lines_[i].decided)];
+      {
         text = "'" + key + "' is taken for '" + s.key +
                "': the first line of the section that "
                "mentions " +
                s.key + " decides, so " + s.key + " reads as missing";
         if (Contains(KeysOf(st), key)) return text + "; put " + s.key + " above " + key;
         text += ". ";
-        break;
       }
     }
     const std::vector<std::string> keys = KeysOf(st);
@@ -710,11 +738,10 @@ class Linter {
   }
 
   std::string KnownKeyNotRead(std::size_t i, const std::string& key, const SectionState& st) const {
-    for (const Scan& s : scans_) {
-      if (s.key == key && s.found >= 0 && s.section == lines_[i].owner) {
-        return "'" + key + "' is given again: only the first one (line " + ToText(s.found + 1) +
-               ") is read";
-      }
+    const auto at = std::make_pair(lines_[i].owner, key);
+    if (const auto f = found_.find(at); f != found_.end()) {
+      return "'" + key + "' is given again: only the first one (line " +
+             ToText(scans_[static_cast<std::size_t>(f->second)].found + 1) + ") is read";
     }
     if (key == "Sheet1Name" || key == "Sheet2Name") {
       // An empty name is what the program writes there itself; nothing is lost.
@@ -729,11 +756,10 @@ class Linter {
     if (st.kind == "Title" && st.count > 0 && NumberedKey(key, number, rest) && number > st.count) {
       return key + " is beyond TotalLines=" + ToText(st.count) + ": it is not read";
     }
-    for (const Scan& s : scans_) {
-      if (s.key == key && s.section == lines_[i].owner && s.decider >= 0) {
-        return "'" + key + "' is not read: line " + ToText(s.decider + 1) +
-               " mentions it first and decides its lookup";
-      }
+    if (const auto d = decided_.find(at); d != decided_.end()) {
+      return "'" + key + "' is not read: line " +
+             ToText(scans_[static_cast<std::size_t>(d->second)].decider + 1) +
+             " mentions it first and decides its lookup";
     }
     const std::string order =
         "the keys of [" + st.kind +
@@ -777,6 +803,10 @@ class Linter {
   std::string file_;
   RecipeFileKind kind_;
   std::vector<Scan> scans_;
+  std::unordered_map<std::string_view, std::size_t> first_heading_;  // name -> first line
+  std::map<std::string, std::size_t> looked_up_from_;   // section -> 1 + last start of a search
+  std::map<std::pair<int, std::string>, int> found_;    // (section line, key) -> scan that read it
+  std::map<std::pair<int, std::string>, int> decided_;  // (section line, key) -> scan stopped early
   std::map<int, SectionState> states_;
   std::vector<RecipeNote> notes_;
   int titles_ = 0, tables_ = 0, cons_ = 0;

@@ -127,6 +127,11 @@ TEST(Check, NeedsARecipe) {
   auto r = w.Run({"--check"});
   EXPECT_EQ(r.status, 2);
   EXPECT_EQ(r.err, "kroveld: --check needs --recipe\nRun with --help for more information.\n");
+  r = w.Run({"--check", "-r", "trial-balance.rcp", "-o", "x.csv"});
+  EXPECT_EQ(r.status, 2);
+  EXPECT_EQ(r.err,
+            "kroveld: --check writes nothing: leave out --output\nRun with --help for more "
+            "information.\n");
   r = w.Run({"--check", "-r", "none.rcp"});
   EXPECT_EQ(r.status, 1);
   EXPECT_EQ(r.err, "kroveld: warning: Recipe file " + w.F("none.rcp") + " does not exist!\n");

@@ -46,6 +46,18 @@ TEST(RecipeLint, EachKindOfNoteOnItsLine) {
        kSpecHeader + kTable1 +
            "[Table 1 Col 1]\nReadColumStart=8\nReadColumnEnd=9\nWriteColumn=A\n",
        {{12, "Table 1 Col 1", "unknown key 'ReadColumStart'; did you mean 'ReadColumnStart'?"}}},
+      {"misspelt column key hides the columns after it",
+       krs,
+       kSpecHeader +
+           "[Table 1]\nReadStartLine=A\nReadStartLineOffset=1\nReadEndLine=B\n"
+           "ReadEndLineOffset=-1\nTotalColumns=3\n" +
+           "[Table 1 Col 1]\nReadColumStart=1\nReadColumnEnd=5\nWriteColumn=A\n" +
+           "[Table 1 Col 2]\nReadColumnStart=6\nReadColumnEnd=9\nWriteColumn=B\n" +
+           "[Table 1 Col 3]\nReadColumnStart=10\nReadColumnEnd=12\nWriteColumn=C\n",
+       {{12, "Table 1 Col 1", "did you mean 'ReadColumnStart'?"},
+        {15, "Table 1 Col 2",
+         "not read: the search for ReadColumnStart of [Table 1 Col 1], which is not there, ran "
+         "on to this heading and past it"}}},
       {"misspelt offset hides the keys after it",
        krs,
        kSpecHeader +
