@@ -531,10 +531,16 @@ class Linter {
       const Line& l = lines_[i];
       const int line = static_cast<int>(i) + 1;
       if (l.valueBracket) {
-        std::string text =
-            "the \"[\" in this value ends the section for the key lookup: the keys "
-            "below it in [" +
-            SectionName(l.owner) + "] read as missing";
+        std::vector<std::string> lost;
+        for (const Scan& s : scans_) {
+          if (s.found < 0 && s.to == i + 1 && s.from <= i && !Contains(lost, s.key)) {
+            lost.push_back(s.key);
+          }
+        }
+        std::string text = "the \"[\" in this value ends the section for the key lookup";
+        if (!lost.empty()) {
+          text += ", so " + Joined(lost) + (lost.size() == 1 ? " reads" : " read") + " as missing";
+        }
         for (const char* h : {"[Title ", "[Table ", "[Consolidate "}) {
           if (l.text.find(h) != std::string_view::npos) {
             text += std::string("; it also counts as a ") + h + "...] heading";
@@ -777,6 +783,14 @@ class Linter {
       const int at = by->found >= 0 ? by->found : by->decider;
       return "'" + key + "' stands above " + by->key + " (line " + ToText(at + 1) +
              "), which is read before it; " + order + ", so " + key + " reads as missing";
+    }
+    // No lookup came this far: a "[" above it ended them all.
+    for (std::size_t above = i; above-- > 0 && lines_[above].owner == lines_[i].owner;) {
+      if (lines_[above].valueBracket && lines_[above].consumedBy >= 0) {
+        return "'" + key + "' is not read: the \"[\" on line " +
+               ToText(static_cast<long long>(above) + 1) +
+               " ends the section for the key lookup above it";
+      }
     }
     // Keys after the one whose check failed are fine as they stand: the reading stopped first.
     if (!st.stoppedAt.empty()) return "";

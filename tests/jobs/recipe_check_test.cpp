@@ -113,7 +113,8 @@ TEST(RecipeLint, EachKindOfNoteOnItsLine) {
        krs,
        kSpecHeader + "[Title 1]\nWriteSheet=1\nWriteColumn=A\nTotalLines=2\n1Text=[Draft]\n"
                      "2Text=  Indented\n3Text=More\n",
-       {{9, "Title 1", "the \"[\" in this value ends the section"},
+       {{9, "Title 1",
+         "the \"[\" in this value ends the section for the key lookup, so 1Text reads as missing"},
         {10, "Title 1", "the leading blanks of 2Text are dropped"},
         {11, "Title 1", "3Text is beyond TotalLines=2"}}},
       {"titles numbered with a gap",
@@ -139,6 +140,14 @@ TEST(RecipeLint, EachKindOfNoteOnItsLine) {
            "[Consolidate 1]\nTable=1\nReadAccountsColumn=1\nTotalDepartments=1\n"
            "[Con 1 Dept 1]\nReadStartLine=D1\nReadStartLineOffset=1\n",
        {{20, "Con 1 Dept 1", "\"Error in Department specs: Can not find ReadEndLine: -999999\""}}},
+      {"recipe: a bracket in a value loses the keys looked up past it",
+       RecipeFileKind::Recipe,
+       kRecipeTop.substr(0, kRecipeTop.find("ExportSpecFileName")) +
+           "OutputFileTitle=Ledger [draft]\nExportSpecFileName=x.krs\n",
+       {{6, "Output File",
+         "ends the section for the key lookup, so OutputFileTitle, OutputFileName, InputFileFirst, "
+         "InputFileLast, ExportSpecFileName, WriteDataFormat read as missing"},
+        {7, "Output File", "'ExportSpecFileName' is not read: the \"[\" on line 6 ends"}}},
       {"recipe: rounding misspelt, sheet name under a section, bad period",
        RecipeFileKind::Recipe,
        "Sheet2Name=Totals\n" + kRecipeTop +
