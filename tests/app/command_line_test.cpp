@@ -184,6 +184,33 @@ TEST(ConventionalCommandLine, UnknownOptionsAreNamedWithTheNearestKnownOne) {
   }
 }
 
+// A conversion needs input and output; --check needs a recipe and takes no output.
+TEST(ConventionalCommandLine, RequiredOptionsOfAConversionAndOfTheCheck) {
+  const struct {
+    std::vector<std::string> args;
+    std::string err;
+  } refused[] = {
+      {{"-o", "b.csv"}, "--input is required"},
+      {{"-i", "a.txt"}, "--output is required"},
+      {{"--check", "-i", "a.txt"}, "--check needs --recipe"},
+      {{"--check", "-r", "x.rcp", "-o", "b.csv"}, "--check writes nothing: leave out --output"},
+  };
+  for (const auto& c : refused) {
+    clsConversionOptions options;
+    const auto r = ParseConventionalCommandLine(c.args, options);
+    EXPECT_FALSE(r.job || r.check) << c.err;
+    EXPECT_EQ(r.exitCode, 2);
+    EXPECT_EQ(r.err, "kroveld: " + c.err + "\nRun with --help for more information.\n");
+  }
+  clsConversionOptions options;
+  const auto r =
+      ParseConventionalCommandLine({"--check", "-r", "/r/x.rcp", "-i", "/r/a.txt"}, options);
+  EXPECT_TRUE(r.check);
+  EXPECT_FALSE(r.job);
+  EXPECT_EQ(options.sRecipeFile, "/r/x.rcp");
+  EXPECT_EQ(options.sInputFile, "/r/a.txt");
+}
+
 TEST(ConventionalCommandLine, LogCreatesItsFolder) {
   TempDir dir;
   clsConversionOptions options;
