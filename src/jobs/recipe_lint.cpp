@@ -341,6 +341,8 @@ class Linter {
     const Scan& start = Lookup(cursor, section, "ReadStartLine", kMissing, h);
     if (h < 0) {
       NoteMissingHeading(section, "though the file counts " + Headings(tables_, "table"));
+      // Its columns are then not read either; the note above says why.
+      tableStopped_[static_cast<std::size_t>(number)] = "its heading";
       return;
     }
     SectionState& st = State(h, "Table", kTableKeys);
@@ -401,6 +403,7 @@ class Linter {
     const Scan& table = Lookup(cursor, section, "Table", kMissing, h);
     if (h < 0) {
       NoteMissingHeading(section, "though the file counts " + Headings(cons_, "consolidate"));
+      conStopped_[static_cast<std::size_t>(number)] = "its heading";
       return;
     }
     SectionState& st = State(h, "Consolidate", kConKeys);
@@ -622,6 +625,9 @@ class Linter {
         if (p.a > parents) {
           // When the parent's heading is there, the note on it says why it is not read.
           if (first_heading_.count(parent) != 0) return "";
+          for (const auto& [heading, line] : first_heading_) {
+            if (SuggestedSectionName(heading, kind_) == parent) return "";
+          }
           return "there is no [" + parent + "] (the file has " +
                  Headings(parents, col ? "table" : "consolidate") +
                  "), so this section is not read";

@@ -85,10 +85,13 @@ TEST(RecipeLint, EachKindOfNoteOnItsLine) {
        {{9, "Table 1",
          "'TotalColumns' is not read: ReadEndLineOffset, looked for before it, is "
          "not in the section"}}},
-      {"heading in lower case",
+      {"heading in lower case, its column and a table read in its place",
        krs,
-       kSpecHeader + "[table 1]\nReadStartLine=ITEMS\n",
-       {{5, "table 1", "did you mean [Table 1]? As written it does not count as a table"}}},
+       kSpecHeader + "[table 1]\nReadStartLine=ITEMS\n" + kCol1 + "[Table 2]\nReadStartLine=X\n" +
+           "[Table 2 Col 1]\nReadColumnStart=1\n",
+       {{0, "Table 1", "no heading [Table 1] is found though the file counts 1 table heading"},
+        {5, "table 1", "did you mean [Table 1]? As written it does not count as a table"},
+        {12, "Table 2", "Table 2 is not read: the file has 1 table heading"}}},
       {"heading with a leading zero",
        krs,
        kSpecHeader + "[Table 01]\nReadStartLine=ITEMS\n",
