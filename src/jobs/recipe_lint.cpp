@@ -196,11 +196,21 @@ class Linter {
 
   // A section looked up whose heading is nowhere in the file. (One that is there but was not
   // found gets a note on its heading line.)
-  void NoteMissingHeading(const std::string& section, const std::string& why) {
+  // `searched` names who searches a report for the missing top key text (tables and
+  // departments), so that the message the search gives is said too.
+  void NoteMissingHeading(const std::string& section, const std::string& why,
+                          std::string_view searched = {}) {
     if (first_heading_.count(section) != 0) return;
-    Add(0, section,
-        "no heading [" + section + "] is found " + why + ", so every key of " + section +
-            " reads as missing");
+    std::string text = "no heading [" + section + "] is found " + why + ", so every key of " +
+                       section + " reads as missing";
+    if (!searched.empty()) text += "; a conversion says " + CanNotFind(searched, "ReadStartLine");
+    Add(0, section, std::move(text));
+  }
+
+  // The message of a report searched for the missing-key placeholder.
+  static std::string CanNotFind(std::string_view who, std::string_view key) {
+    return "\"Error in " + std::string(who) + " specs: Can not find " + std::string(key) + ": " +
+           std::string(kMissing) + "\"";
   }
 
   static std::string Headings(int n, const char* what) {
@@ -212,10 +222,9 @@ class Linter {
                        std::string_view who) {
     Add(heading + 1, section,
         std::string(key) +
-            " is missing from this section as it is read, so a conversion looks "
-            "for the placeholder text \"" +
-            std::string(kMissing) + "\" in the report and says \"Error in " + std::string(who) +
-            " specs: Can not find " + std::string(key) + ": " + std::string(kMissing) + "\"");
+            " is missing from this section as it is read, so a conversion looks for the "
+            "placeholder text \"" +
+            std::string(kMissing) + "\" in the report and says " + CanNotFind(who, key));
   }
 
   void ReadHeader() {
@@ -340,7 +349,7 @@ class Linter {
     int h = -1;
     const Scan& start = Lookup(cursor, section, "ReadStartLine", kMissing, h);
     if (h < 0) {
-      NoteMissingHeading(section, "though the file counts " + Headings(tables_, "table"));
+      NoteMissingHeading(section, "though the file counts " + Headings(tables_, "table"), "Table");
       // Its columns are then not read either; the note above says why.
       tableStopped_[static_cast<std::size_t>(number)] = "its heading";
       return;

@@ -89,7 +89,10 @@ TEST(RecipeLint, EachKindOfNoteOnItsLine) {
        krs,
        kSpecHeader + "[table 1]\nReadStartLine=ITEMS\n" + kCol1 + "[Table 2]\nReadStartLine=X\n" +
            "[Table 2 Col 1]\nReadColumnStart=1\n",
-       {{0, "Table 1", "no heading [Table 1] is found though the file counts 1 table heading"},
+       {{0, "Table 1",
+         "no heading [Table 1] is found though the file counts 1 table heading, so every key of "
+         "Table 1 reads as missing; a conversion says \"Error in Table specs: Can not find "
+         "ReadStartLine: -999999\""},
         {5, "table 1", "did you mean [Table 1]? As written it does not count as a table"},
         {12, "Table 2", "Table 2 is not read: the file has 1 table heading"}}},
       {"heading with a leading zero",
