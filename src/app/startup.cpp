@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -139,6 +140,16 @@ int RunMain(int argc, char** argv) {
   }
   ConsolePort port(stderr, ::isatty(STDERR_FILENO) == 1);
   Context ctx(port, FindAppFolder());
+  // A check writes nothing either.
+  if (!args.empty() && args.front().starts_with('-') &&
+      std::find(args.begin(), args.end(), "--check") != args.end()) {
+    clsConversionOptions options = ctx.options;
+    const CliParseResult parsed = ParseConventionalCommandLine(args, options);
+    if (parsed.check) {
+      ctx.options = options;
+      return RunRecipeCheck(ctx, port);
+    }
+  }
   const std::string configPath = PrepareApplicationFolder(ctx);
   if (args.empty()) {  // the window is started by main() before it gets here
     PrintHelp();
@@ -152,7 +163,6 @@ int RunMain(int argc, char** argv) {
     if (!parsed.job) return 0;
   } else {
     const CliParseResult parsed = ParseConventionalCommandLine(args, ctx.options);
-    if (parsed.check) return RunRecipeCheck(ctx, port);
     if (!parsed.job) {
       std::fputs(parsed.out.c_str(), stdout);
       std::fputs(parsed.err.c_str(), stderr);
