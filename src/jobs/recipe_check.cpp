@@ -71,9 +71,7 @@ std::vector<RecipeNote> CheckRecipe(UiPort& ui, const RecipeCheckRequest& reques
     return notes;
   }
   Context ctx(ui, folder.Path());
-  ctx.run.commandLineMode = true;
   ctx.currentRecipe = request.recipe;
-  ctx.recipeBoxText = request.recipe;
   ctx.currentInput = request.report;
   ctx.tabSize = request.tabSize;
 
@@ -94,7 +92,7 @@ std::vector<RecipeNote> CheckRecipe(UiPort& ui, const RecipeCheckRequest& reques
       SinkScope scope(ctx, sink);
       ctx.periodLabel = PeriodLabel(ctx.recipe);
       ctx.run.jobStartTick = TickCount();
-      ctx.recipe.ExportSpecs.Process(ctx, 0);
+      ctx.recipe.ExportSpecs.Process(ctx);
     }
   }
 

@@ -89,7 +89,9 @@ TEST(Check, MessagesFirstThenNotesInFileOrder) {
   EXPECT_EQ(r.err,
             "kroveld: error: Error in Table 1 : Invalid ReadEndLine!\n"
             "kroveld: error: Error in Table 1 : Invalid ReadEndLine!\n"
-            "kroveld: error: Error in Table specs: Can not find ReadEndLine: -999999\n" +
+            "kroveld: error: Error in Table specs: Can not find ReadEndLine: -999999\n"
+            "kroveld: note: Table 1 has no ReadEndLine key (or it stands after a key that is "
+            "read later): -999999 is the stand-in for a missing key\n" +
                 krs +
                 ":16: [Table 1]: ReadEndLine is missing from this section as it is read, so a "
                 "conversion looks for the placeholder text \"-999999\" in the report and says "
