@@ -190,6 +190,19 @@ TEST(Preview, MessagesAreCollectedUnderTheirSectionWithTheRecipeLineToShow) {
     EXPECT_EQ(m.recipeLine, c.line) << c.text;
     EXPECT_TRUE(result.HasMessages());
   }
+  // The recipe check's notes on the text as typed follow, each on its line; a note alone is not
+  // a message against the run.
+  const PreviewResult typo = RunPreview(
+      {CrLf({"[Header]", "Product=KRO-B", "FileType=RECIPE", "FileFormat=1.0", "", "[Table 1]",
+             "ReadStartLine=ITEMS", "ReadStartLinOffset=1", "ReadEndLine=END",
+             "ReadEndLineOffset=-1", "Parsing=xxxxx xxxxxxx", "WriteColumn=B"}),
+       work.File("r.rcp"), report, 8, 100});
+  ASSERT_FALSE(typo.messages.empty());
+  const PreviewMessage& note = typo.messages.back();
+  EXPECT_TRUE(note.note);
+  EXPECT_EQ(note.recipeLine, 8);
+  EXPECT_EQ(note.section, "Table 1");
+  EXPECT_NE(note.text.find("did you mean 'ReadStartLineOffset'?"), std::string::npos) << note.text;
 }
 
 TEST(Preview, ExportDefinitionTypedAsItIsAndTheReportLinesItsTitleRepeats) {

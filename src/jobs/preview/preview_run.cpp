@@ -13,6 +13,7 @@
 #include "jobs/preview/message_sections.h"
 #include "jobs/preview/preview_recorder.h"
 #include "jobs/preview/scratch_folder.h"
+#include "jobs/recipe_lint.h"
 #include "jobs/workbook/workbook_sink.h"
 #include "util/files.h"
 #include "util/numbers.h"
@@ -161,6 +162,26 @@ void NameColumnSections(std::vector<PreviewMessage>& messages, std::size_t from,
   }
 }
 
+// What the recipe check says about the text as typed (and, for a long recipe, about the export
+// definition it names on disk), after the run's messages: notes, each on its recipe line.
+void AddRecipeNotes(const PreviewRequest& request, RecipeForm form, const std::string& specPath,
+                    std::vector<PreviewMessage>& messages) {
+  const RecipeFileKind kind = form == RecipeForm::kShort              ? RecipeFileKind::ShortRecipe
+                              : form == RecipeForm::kExportDefinition ? RecipeFileKind::ExportSpec
+                                                                      : RecipeFileKind::Recipe;
+  const std::string name = request.recipePath.empty() ? "recipe" : FileName(request.recipePath);
+  for (const RecipeNote& note : LintRecipeText(request.recipeText, name, kind)) {
+    messages.push_back(
+        {note.line > 0 ? "line " + std::to_string(note.line) + ": " + note.text : note.text,
+         Icon::Information, true, note.section, note.line});
+  }
+  if (specPath.empty() || !FileExists(specPath)) return;
+  for (const RecipeNote& note : LintRecipeFile(specPath, RecipeFileKind::ExportSpec)) {
+    messages.push_back({FormatRecipeNote({FileName(specPath), note.line, {}, note.text}),
+                        Icon::Information, true, note.section, 0});
+  }
+}
+
 }  // namespace
 
 bool PreviewResult::HasMessages() const {
@@ -198,6 +219,8 @@ PreviewResult RunPreview(const PreviewRequest& request) {
     }
   }
 
+  RecipeForm form = RecipeForm::kLong;
+  std::string specPath;  // the export definition a long recipe names, for its notes
   if (!input.empty()) {
     const std::string copy = scratch.File("recipe-as-typed.rcp");
     if (!WriteText(copy, request.recipeText)) {
@@ -213,6 +236,8 @@ PreviewResult RunPreview(const PreviewRequest& request) {
       const std::size_t before = port.Messages().size();
       LoadRecipe(ctx, copy, standsFor, input);
       NameColumnSections(port.Messages(), before, ctx.recipe.ExportSpecs);
+      form = FormOf(copy);
+      if (form == RecipeForm::kLong) specPath = ctx.recipe.ExportSpecPath();
       ctx.periodLabel = PeriodLabel(ctx.recipe);
 
       WorkbookSink sink;  // never opened on a file, never saved
@@ -235,6 +260,7 @@ PreviewResult RunPreview(const PreviewRequest& request) {
     if (!named.empty()) message.section = std::move(named);
     message.recipeLine = RecipeLineFor(request.recipeText, message.section, message.text);
   }
+  if (!input.empty()) AddRecipeNotes(request, form, specPath, result.messages);
   return result;
 }
 
