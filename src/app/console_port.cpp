@@ -65,6 +65,10 @@ void ConsolePort::Message(std::string_view text, Icon icon, std::string_view /*t
   WriteLine(Prefix(icon), text);
 }
 
+void ConsolePort::Summary(std::string_view text) {
+  WriteLine(Prefix(Icon::None), text);
+}
+
 void ConsolePort::Note(std::string_view text) {
   WriteLine(Prefix(Icon::Information), text);
 }

@@ -37,6 +37,8 @@ class ConsolePort final : public UiPort {
   void BeginFile(std::string_view file, std::size_t number, std::size_t count);
   // The batch is over: later lines belong to no file.
   void EndFile() { file_heading_.clear(); }
+  // A line of information asked for (the verbose summary): shown, never counted as a message.
+  void Summary(std::string_view text);
   // Removes the progress line, if one is drawn.
   void EraseProgress();
 

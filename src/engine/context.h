@@ -17,11 +17,20 @@
 
 namespace kroveld {
 
+// What a job did, for the summary of a verbose command-line run.
+struct RunTally {
+  std::uint64_t filesConverted = 0;
+  std::uint64_t filesFailed = 0;  // files whose conversion showed a message
+  std::uint64_t rowsWritten = 0;  // table rows, to sheet 1 or as CSV lines
+  std::uint64_t bytesRead = 0;    // the sizes of the reports converted
+};
+
 struct RunState {
   // True from the start of a whole job (BeginProcessing, batch included) to its end.
   bool running = false;
   std::atomic<bool> stopRequested{false};
   std::uint64_t jobStartTick = 0;
+  RunTally tally;
 };
 
 class Context {

@@ -264,6 +264,7 @@ void clsTable::Process(Context& ctx) {
 
   keepPending();
   file.Close();
+  ctx.run.tally.rowsWritten += static_cast<std::uint64_t>(rowIndex);
   specs.setWritePointer(ui, 1, baseRow + rowIndex);
   FirstRowWritten = baseRow;
   LastRowWritten = baseRow + rowIndex - 1;

@@ -183,7 +183,12 @@ void RunRecipe(Context& ctx, ConversionHost& host) {
   OutputBackup backup(ctx.options.sOutputFile, ctx.options.backup);
   const std::uint64_t shownBefore = ctx.ui.MessagesShown();
   RunConversion(ctx, host);
-  backup.Finish(ctx.ui.MessagesShown() > shownBefore);
+  const bool reported = ctx.ui.MessagesShown() > shownBefore;
+  backup.Finish(reported);
+  RunTally& tally = ctx.run.tally;
+  ++tally.filesConverted;
+  if (reported) ++tally.filesFailed;
+  tally.bytesRead += FileSizeOf(ctx.currentInput);
 }
 
 }  // namespace kroveld

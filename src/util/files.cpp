@@ -61,6 +61,12 @@ bool FileExists(std::string_view path) {
   return S_ISREG(st.st_mode);
 }
 
+std::uint64_t FileSizeOf(std::string_view path) {
+  struct stat st {};
+  if (!StatPath(Trim(path), st) || !S_ISREG(st.st_mode)) return 0;
+  return static_cast<std::uint64_t>(st.st_size);
+}
+
 bool PathExists(std::string_view path) {
   struct stat st {};
   return StatPath(Trim(path), st);

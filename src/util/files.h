@@ -2,6 +2,7 @@
 // path is turned into the native form (every '\' becomes '/') only where it meets the file system.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,6 +17,8 @@ std::string NativePath(std::string_view path);
 // false for an empty path and on any error.
 bool FileExists(std::string_view path);
 bool FolderExists(std::string_view path);
+// The size of the regular file at the path; 0 when there is none.
+std::uint64_t FileSizeOf(std::string_view path);
 // True when anything (file, folder, pipe, device) exists at the trimmed path.
 bool PathExists(std::string_view path);
 // True when the folder lists anything (files or folders). The system's named interface; no
