@@ -170,6 +170,11 @@ void BeginProcessing(Context& ctx, ConversionHost& host, BatchStop* stop) {
       ctx.ui.Message(kUnableToCreateFileList, Icon::None);
     } else if (options.sOutputFile.find('*') == std::string::npos) {
       ctx.ui.Message(kNeedWildcardOutput, Icon::Information, kInvalidTargetFolder);
+    } else if (files.empty()) {
+      // The system converts nothing and says "Conversion Complete"; a note says why.
+      ctx.ui.Note("No file matches " + options.sInputFile +
+                  (options.bDoSubfolders ? " (subfolders included)" : "") +
+                  ": nothing was converted");
     } else {
       ConvertList(ctx, host, files, stop);
     }

@@ -1,5 +1,6 @@
-// --verbose: a conventional command-line run ends with one summary line (files converted and
-// failed, rows written, bytes read, seconds, throughput) that does not count as a message.
+// What a command-line run says about itself beyond the system's messages: the --verbose summary
+// (files converted and failed, rows written, bytes read, seconds, throughput), which does not
+// count as a message, and the note on a wildcard that matches no file.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -51,6 +52,15 @@ TEST(Verbose, OneSummaryLineAtTheEndOfAConventionalRun) {
              "/O" + testing::Backslashed(w.F("c.csv")),
              "/R" + testing::Backslashed(w.F("trial-balance.rcp")), "/V"});
   EXPECT_EQ(r.err, "");
+}
+
+TEST(Batch, AWildcardThatMatchesNothingSaysSoAndStillSucceeds) {
+  Work w;
+  fs::create_directories(w.F("empty"));
+  const auto r = w.Run({"-i", "empty/*.txt", "-o", "out/*.csv", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(r.status, 0);
+  EXPECT_EQ(r.err,
+            "kroveld: note: No file matches " + w.F("empty/*.txt") + ": nothing was converted\n");
 }
 
 }  // namespace

@@ -163,7 +163,9 @@ TEST(BeginProcessing, EmptyFolderConvertsNothingAndStillCompletes) {
   b.ctx.options.sInputFile = b.dir.File("empty/*.txt");
   b.ctx.options.sOutputFile = b.dir.File("out/*.csv");
   BeginProcessing(b.ctx, b.host);
-  EXPECT_TRUE(b.port.messages.empty());
+  // Nothing but a note on why nothing was converted.
+  ASSERT_EQ(b.port.messages.size(), 1u);
+  EXPECT_EQ(b.port.messages[0].icon, Icon::Information);
   EXPECT_EQ(b.host.mruUpdates, 0);
   EXPECT_EQ(b.port.statuses[b.port.statuses.size() - 2].second, "Conversion Complete");
 }
