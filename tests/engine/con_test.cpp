@@ -3,14 +3,14 @@
 #include <gtest/gtest.h>
 
 #include "engine/context.h"
-#include "model_test_sink.h"
+#include "support/cell_sink.h"
 #include "support/recording_port.h"
 #include "support/test_support.h"
 
 namespace kroveld {
 namespace {
 
-using testing::MapSink;
+using testing::CellSink;
 using testing::RecordingPort;
 using testing::TempDir;
 
@@ -60,7 +60,7 @@ class Consolidation : public ::testing::Test {
 
   TempDir dir;
   RecordingPort ui;
-  MapSink sink;
+  CellSink sink;
   Context ctx;
   clsCon con;
 };
@@ -117,6 +117,17 @@ TEST_F(Consolidation, TextSourceOverwritesAndTextTargetIsReported) {
   EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
   EXPECT_EQ(Sheet2Row(5), (std::vector<std::string>{"B", "n/a", "3"}));
   EXPECT_FALSE(specs().Failed);
+}
+
+TEST_F(Consolidation, ASumOutOfRangeIsReportedAndTheTargetKeepsItsValue) {
+  specs().WritePointer2 = 1;
+  sink.cells[{1, 3, 2}] = "900000000000000";  // account B of Dept 1, into row 2
+  sink.cells[{1, 6, 2}] = "900000000000000";  // account B of Dept 2, added onto it
+  con.Process(ctx);
+  EXPECT_EQ(ui.Texts(),
+            std::vector<std::string>{"Error: Number too large to add! (Sheet 2, Row 2)"});
+  EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
+  EXPECT_EQ(Sheet2Row(2), (std::vector<std::string>{"B", "900000000000000", "5"}));
 }
 
 TEST_F(Consolidation, DepartmentsThatCannotBeFoundAreSkipped) {
@@ -183,7 +194,7 @@ TEST_F(Consolidation, ReportsBadTableAndColumnAndMissingDepartments) {
     EXPECT_EQ(ui.Texts(), std::vector<std::string>{c.message});
     EXPECT_EQ(specs().Failed, c.failed) << c.message;
     EXPECT_EQ(specs().WritePointer2, 7) << c.message;
-    EXPECT_EQ(sink.writes, 0) << c.message;
+    EXPECT_EQ(sink.cellWrites, 0) << c.message;
   }
   EXPECT_EQ(con.FirstRowWritten, 7);
 }

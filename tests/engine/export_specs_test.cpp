@@ -7,7 +7,7 @@
 
 #include "engine/context.h"
 #include "engine/export_specs.h"
-#include "model_test_sink.h"
+#include "support/cell_sink.h"
 #include "support/recording_port.h"
 #include "support/test_support.h"
 #include "util/timing.h"
@@ -15,8 +15,8 @@
 namespace kroveld {
 namespace {
 
+using testing::CellSink;
 using testing::CrLf;
-using testing::MapSink;
 using testing::ReadFile;
 using testing::RecordingPort;
 using testing::TempDir;
@@ -312,7 +312,7 @@ class ExportSpecsProcess : public ::testing::Test {
 
   TempDir dir;
   RecordingPort ui;
-  MapSink sink;
+  CellSink sink;
   Context ctx;
 };
 
@@ -370,7 +370,7 @@ TEST_F(ExportSpecsProcess, SheetNamesAndFontOnlyForWorkbooks) {
   };
   Load(TitleSection(1, 1, "A", {"Report"}));
   for (const Case& c : cases) {
-    sink = MapSink();
+    sink = CellSink();
     sink.holdsCells = c.cells;
     ctx.recipe.Sheet1Name = c.sheet1;
     ctx.recipe.Sheet2Name = c.sheet2;
@@ -392,7 +392,7 @@ TEST_F(ExportSpecsProcess, TitleHeadingWithColMakesTheSectionCountInvalid) {
   specs().Process(ctx);
   EXPECT_EQ(ui.Texts(), Strings{"Error in csExportSpecs: Invalid Section Count!"});
   EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
-  EXPECT_EQ(sink.writes, 0);
+  EXPECT_EQ(sink.cellWrites, 0);
   EXPECT_TRUE(sink.renames.empty());
 }
 
@@ -408,7 +408,7 @@ TEST_F(ExportSpecsProcess, FailedSectionOrUnknownKindEndsThePass) {
   EXPECT_EQ(ui.Texts(), Strings{"Can not consolidate table 1. Table does not exist!"});
   EXPECT_TRUE(specs().Failed);
   EXPECT_EQ(sink.Cell(1, 1, 1), "before");
-  EXPECT_EQ(sink.writes, 1);
+  EXPECT_EQ(sink.cellWrites, 1);
   EXPECT_FALSE(ctx.run.running);
 
   // The next pass starts afresh (Failed cleared, pointers back to 1) and stops at an unknown kind.

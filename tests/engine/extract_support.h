@@ -1,5 +1,5 @@
-// Helpers of the extraction tests: a sink that keeps every cell and CSV row it is given, and a
-// context whose recipe names one report file, built in code (no recipe file is read).
+// Helpers of the extraction tests: columns and tables built in code, and a context whose recipe
+// names one report file (no recipe file is read).
 #pragma once
 
 #include <map>
@@ -10,53 +10,12 @@
 
 #include "engine/column.h"
 #include "engine/context.h"
-#include "engine/output_sink.h"
 #include "engine/table.h"
+#include "support/cell_sink.h"
 #include "support/recording_port.h"
 #include "support/test_support.h"
 
 namespace kroveld::testing {
-
-class CellSink final : public OutputSink {
- public:
-  bool HoldsCells() const override { return holdsCells; }
-  void SetCell(int sheet, int row, int column, std::string_view value) override {
-    cells[{sheet, row, column}] = std::string(value);
-    ++cellWrites;
-  }
-  std::string GetCell(int sheet, int row, int column) override {
-    auto it = cells.find({sheet, row, column});
-    return it == cells.end() ? std::string() : it->second;
-  }
-  void RenameSheet(int, std::string_view) override {}
-  void SetStandardFont(std::string_view) override {}
-  void ClearOutput() override { cells.clear(); }
-  void WriteCsvRow(std::string_view row) override { rows.emplace_back(row); }
-  // Full once a cell lands on row `fullFrom` or below (0: never).
-  bool Full() const override {
-    if (fullFrom == 0) return false;
-    for (const auto& [key, value] : cells) {
-      if (std::get<1>(key) >= fullFrom) return true;
-    }
-    return false;
-  }
-  int fullFrom = 0;
-
-  // Cell text of sheet 1, "" when never written.
-  std::string At(int row, int column) { return GetCell(1, row, column); }
-  // Whether sheet 1 holds anything at this row.
-  bool RowWritten(int row) const {
-    for (const auto& [key, value] : cells) {
-      if (std::get<0>(key) == 1 && std::get<1>(key) == row) return true;
-    }
-    return false;
-  }
-
-  std::map<std::tuple<int, int, int>, std::string> cells;
-  std::vector<std::string> rows;
-  int cellWrites = 0;
-  bool holdsCells = true;
-};
 
 inline clsColumn MakeColumn(int start, int end, std::string letter = "A", std::string op = "") {
   clsColumn c;

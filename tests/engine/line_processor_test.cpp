@@ -182,6 +182,19 @@ TEST_F(LineProcessorTest, AnEmptyRangeSumsToZeroAndItsAverageReportsTheDivision)
   EXPECT_EQ(Icon::Critical, f.ui.messages[0].icon);
 }
 
+// A sum beyond the fixed-point range, or a piece too large to read, gives an empty field.
+TEST_F(LineProcessorTest, ASumOutOfRangeIsReportedAndGivesAnEmptyField) {
+  for (const std::vector<std::string>& slots :
+       {std::vector<std::string>{"900000000000000", "900000000000000"},
+        std::vector<std::string>{"1", "99999999999999999999"}}) {
+    f.ui.Clear();
+    Slots(slots, 1, 2);
+    EXPECT_EQ("", Field(2, 1, 20)) << slots[1];
+    EXPECT_EQ(f.ui.Texts(), std::vector<std::string>{"Overflow: the sum of columns 1 to 20 is out "
+                                                     "of range in clsLineProcessor.ProcessField!"});
+  }
+}
+
 TEST_F(LineProcessorTest, FirstAndLastAreCutUntrimmedUnformattedAndClipped) {
   recipe().WriteDataFormat = "NearestDollar";
   Slots({"  1234.5  x", "  7.25    y"}, 1, 2);

@@ -212,6 +212,27 @@ TEST(RecipeSave, NoExportSpecificationNameIsRefusedBeforeWriting) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
 }
 
+// A recipe path that cannot be read (a folder) or written (a missing folder) is refused with
+// the path and the reason; nothing is written.
+TEST(RecipeSave, UnreadableOrUnwritableRecipeFileIsReported) {
+  TempDir dir;
+  std::filesystem::create_directory(dir.File("folder.rcp"));
+  clsRecipe recipe;
+  recipe.ExportSpecFileName = "s.krs";
+  const struct {
+    std::string path, text;
+  } cases[] = {{dir.File("folder.rcp"), "Cannot read recipe file: "},
+               {dir.File("no/such/r.rcp"), "Cannot write recipe file: "}};
+  for (const auto& c : cases) {
+    RecordingPort ui;
+    EXPECT_FALSE(recipe.SaveToFile(ui, c.path));
+    ASSERT_EQ(ui.messages.size(), 1u) << c.path;
+    EXPECT_EQ(ui.messages[0].text.rfind(c.text + c.path + " (", 0), 0u) << ui.messages[0].text;
+    EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
+  }
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
+}
+
 TEST(ResolveRelative, AbsoluteNamesStayAndRelativeOnesFollowTheOwner) {
   const struct {
     const char* owner;

@@ -4,14 +4,14 @@
 
 #include "engine/context.h"
 #include "engine/title.h"
-#include "model_test_sink.h"
+#include "support/cell_sink.h"
 #include "support/recording_port.h"
 #include "support/test_support.h"
 
 namespace kroveld {
 namespace {
 
-using testing::MapSink;
+using testing::CellSink;
 using testing::RecordingPort;
 using testing::TempDir;
 
@@ -29,7 +29,7 @@ class TitleProcess : public ::testing::Test {
 
   TempDir dir;
   RecordingPort ui;
-  MapSink sink;
+  CellSink sink;
   Context ctx;
 };
 
@@ -51,7 +51,7 @@ TEST_F(TitleProcess, BlocksStackPerSheetEmptyLinesTakeARowBadSheetsWriteNothing)
   EXPECT_EQ(sink.Cell(2, 1, 2), "b1");
   EXPECT_EQ(sink.Cell(2, 2, 27), "d1");  // "AA" is column 27
   EXPECT_EQ(sink.Cell(2, 3, 27), "d2");
-  EXPECT_EQ(sink.writes, 6);
+  EXPECT_EQ(sink.cellWrites, 6);
   EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer1, 9);
   EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer2, 4);
 }
