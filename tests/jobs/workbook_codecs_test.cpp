@@ -28,6 +28,7 @@ TEST(WorkbookCodecs, EachEntrySavesRecognisesAndReadsItsOwnFiles) {
   }
   // Any other workbook name is saved as OOXML; a file of no known kind has no codec.
   EXPECT_EQ(CodecForSaving("out.xls.bak").suffix, ".xlsx");
+  EXPECT_EQ(CodecForSaving("OUT.XLS").suffix, ".xls");
   EXPECT_EQ(CodecForSignature("plain text"), nullptr);
 }
 

@@ -81,63 +81,6 @@ TEST_P(WorkbookFormats, OurFileReadsBackInOtherReadersCellByCell) {
   ExpectConversionCells(ReadWithPython(path));
 }
 
-TEST_P(WorkbookFormats, ExistingOutputKeepsCellsThisRunDoesNotWrite) {
-  TempDir dir;
-  const std::string path = dir.File(std::string("out") + GetParam());
-  {
-    WorkbookSink first;
-    first.Open(path, false);
-    FillLikeAConversion(first);
-    first.SetCell(1, 10, 3, "kept");
-    ASSERT_TRUE(first.Save()) << first.Error();
-  }
-  WorkbookSink second;
-  second.Open(path, false);
-  EXPECT_EQ(second.Model().GetSheet(1).Name(), "Detail (P1)");
-  EXPECT_EQ(second.GetCell(1, 10, 3), "kept");
-  EXPECT_EQ(second.GetCell(1, 2, 2), "1234.5");
-  EXPECT_EQ(second.GetCell(1, 2, 1), "00123");
-  EXPECT_EQ(second.GetCell(1, 1, 1), "ACME Ltd \xC3\xA9t\xC3\xA9");
-  second.SetCell(1, 10, 3, "new");
-  second.SetCell(1, 11, 1, "77");
-  ASSERT_TRUE(second.Save()) << second.Error();
-
-  WorkbookSink third;
-  third.Open(path, false);
-  EXPECT_EQ(third.GetCell(1, 10, 3), "new");
-  EXPECT_EQ(third.GetCell(1, 11, 1), "77");
-  EXPECT_EQ(third.GetCell(1, 2, 4), "12.5");
-  // Cells kept from the older file keep their number formats too.
-  const Sheet& kept = third.Model().GetSheet(1);
-  EXPECT_EQ(kept.Get(2, 2).format, NumberFormat::kGroupedDecimal2);
-  EXPECT_EQ(kept.Get(2, 3).format, NumberFormat::kGroupedInteger);
-  EXPECT_EQ(kept.Get(2, 4).format, NumberFormat::kDecimal2);
-  EXPECT_EQ(kept.Get(2, 5).format, NumberFormat::kGeneral);
-  EXPECT_EQ(third.GetCell(2, 1, 3), "0.5");
-  EXPECT_EQ(third.Model().SheetCount(), 2);
-}
-
-TEST_P(WorkbookFormats, ClearOutputEmptiesSheetOneOnly) {
-  TempDir dir;
-  const std::string path = dir.File(std::string("out") + GetParam());
-  {
-    WorkbookSink first;
-    first.Open(path, false);
-    FillLikeAConversion(first);
-    ASSERT_TRUE(first.Save()) << first.Error();
-  }
-  WorkbookSink second;
-  second.Open(path, false);
-  second.ClearOutput();
-  second.SetCell(1, 1, 2, "after");
-  ASSERT_TRUE(second.Save()) << second.Error();
-  WorkbookSink third;
-  third.Open(path, false);
-  EXPECT_EQ(third.Model().GetSheet(1).CellCount(), 1u);
-  EXPECT_EQ(third.GetCell(1, 1, 2), "after");
-  EXPECT_EQ(third.GetCell(2, 1, 3), "0.5");
-}
-
 TEST_P(WorkbookFormats, UnreadableOutputIsKeptAsBak) {
   struct Case {
     const char* name;
@@ -206,23 +149,6 @@ TEST_P(WorkbookFormats, MissingFolderFailsWithPathAndReason) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Both, WorkbookFormats, ::testing::Values(".xlsx", ".xls", ".XLS"));
-
-TEST(WorkbookSink, CodecFollowsTheName) {
-  TempDir dir;
-  struct Case {
-    const char* name;
-    bool ole;
-  } cases[] = {
-      {"a.xls", true}, {"b.XLS", true}, {"c.xlsx", false}, {"d.xls.out", false}, {"e", false}};
-  for (const Case& c : cases) {
-    WorkbookSink sink;
-    sink.Open(dir.File(c.name), false);
-    sink.SetCell(1, 1, 1, "x");
-    ASSERT_TRUE(sink.Save()) << sink.Error();
-    const std::string head = ReadFile(dir.File(c.name)).substr(0, 4);
-    EXPECT_EQ(head, c.ole ? std::string("\xD0\xCF\x11\xE0") : std::string("PK\x03\x04")) << c.name;
-  }
-}
 
 TEST(WorkbookSink, LockFilesOfSpreadsheetProgramsAreSeen) {
   // Excel drops the first two letters of the name for its owner file.
