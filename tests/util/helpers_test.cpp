@@ -1,4 +1,4 @@
-// Column letters, the list helper, file_read and WriteLines, and the timing texts.
+// Column letters, the list helper, file_read and WriteLines, and the elapsed-seconds text.
 #include <gtest/gtest.h>
 
 #include "support/recording_port.h"
@@ -45,29 +45,6 @@ TEST(ColumnLetters, TwoLetterRange) {
   EXPECT_EQ(AlphaToNum2(port, "A1"), 26);  // the bad letter counts as 0
   EXPECT_EQ(port.Texts(),
             std::vector<std::string>{"unexpected Letter code in utilities.AlphaToNum!"});
-}
-
-TEST(ColumnLetters, OneLetterPair) {
-  RecordingPort ui;
-  std::string letter = "c";
-  EXPECT_EQ(AlphaToNum(ui, letter), 3);
-  EXPECT_EQ(letter, "C");  // upper-cased in place
-  EXPECT_EQ(NumToAlpha(ui, 26), "Z");
-  EXPECT_TRUE(ui.messages.empty());
-
-  for (std::string bad : {"", "AB", "1", "["}) {
-    RecordingPort port;
-    EXPECT_EQ(AlphaToNum(port, bad), 0);
-    EXPECT_EQ(port.Texts(),
-              std::vector<std::string>{"unexpected Letter code in utilities.AlphaToNum!"});
-    EXPECT_EQ(port.messages[0].icon, Icon::Critical);
-  }
-  std::string pair = "ab";
-  RecordingPort port;
-  EXPECT_EQ(AlphaToNum(port, pair), 0);
-  EXPECT_EQ(pair, "AB");
-  EXPECT_EQ(NumToAlpha(port, 27), "");
-  EXPECT_EQ(port.Texts().back(), "unexpected number code in utilities.NumToAlpha!");
 }
 
 TEST(CollectionItemSet, ReplacesInPlaceOrRefuses) {
@@ -124,8 +101,7 @@ TEST(WriteLines, ReplaceAndAppend) {
   EXPECT_NE(error.find("no/folder/x.txt"), std::string::npos) << error;
 }
 
-TEST(Timing, Texts) {
-  EXPECT_EQ(TimingLine("Table 1", 250), "Time (ms) from [Table 1] = 250");
+TEST(Timing, SecondsToOneDecimal) {
   EXPECT_EQ(FormatSeconds(0), "0.0");
   EXPECT_EQ(FormatSeconds(1234), "1.2");
   EXPECT_EQ(FormatSeconds(123456), "123.5");
