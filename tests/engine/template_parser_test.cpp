@@ -65,5 +65,29 @@ INSTANTIATE_TEST_SUITE_P(
         ParseCase{"SumOnLongField", " +==== ---", {2, 8}, {7, 10}, {"Sum", ""}, true}),
     [](const ::testing::TestParamInfo<ParseCase>& info) { return info.param.name; });
 
+// "unexpected error in template analyzer!" guards starts and ends that disagree by more than the
+// one open last field. Every template of up to nine positions over blank, mark and sum mark
+// must come out with one end per start, each end at or after its start, and no message.
+TEST(TemplateParser, StartsAndEndsAlwaysPairUp) {
+  RecordingPort ui;
+  std::vector<int> starts, ends;
+  std::vector<std::string> ops;
+  std::string tmpl;
+  for (int length = 1; length <= 9; ++length) {
+    int combinations = 1;
+    for (int i = 0; i < length; ++i) combinations *= 3;
+    for (int code = 0; code < combinations; ++code) {
+      tmpl.clear();
+      for (int i = 0, c = code; i < length; ++i, c /= 3) tmpl += " -+"[c % 3];
+      const bool any = ParseTemplateLine(ui, tmpl, starts, ends, ops);
+      ASSERT_EQ(starts.size(), ends.size()) << '"' << tmpl << '"';
+      ASSERT_EQ(ops.size(), starts.size()) << '"' << tmpl << '"';
+      for (std::size_t k = 0; k < starts.size(); ++k) ASSERT_LE(starts[k], ends[k]) << tmpl;
+      if (any) ASSERT_FALSE(starts.empty()) << tmpl;
+    }
+  }
+  EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
+}
+
 }  // namespace
 }  // namespace kroveld
