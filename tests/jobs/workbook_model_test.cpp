@@ -10,17 +10,6 @@
 namespace kroveld {
 namespace {
 
-TEST(WorkbookModel, NewBookHasTwoSheetsAndAddsMoreOnDemand) {
-  Workbook book;
-  ASSERT_EQ(book.SheetCount(), 2);
-  EXPECT_EQ(book.GetSheet(1).Name(), "Sheet1");
-  EXPECT_EQ(book.GetSheet(2).Name(), "Sheet2");
-  book.GetSheet(4).SetText(1, 1, "x");
-  ASSERT_EQ(book.SheetCount(), 4);
-  EXPECT_EQ(book.GetSheet(3).Name(), "Sheet3");
-  EXPECT_EQ(book.GetSheet(4).Get(1, 1).text, "x");
-}
-
 TEST(WorkbookModel, SetGetOverwriteAndClear) {
   Sheet sheet("S");
   EXPECT_EQ(sheet.Get(1, 1).type, CellType::kEmpty);
@@ -70,14 +59,6 @@ TEST(WorkbookModel, ManyOverwritesKeepEveryTextIntact) {
     EXPECT_EQ(sheet.Get(r, 1).text, "value number " + std::to_string(1990 + r - 1));
   }
   EXPECT_EQ(sheet.Get(20, 2).text, "stays");
-}
-
-TEST(WorkbookModel, NumberFormatCodesRoundTrip) {
-  for (NumberFormat f : {NumberFormat::kGeneral, NumberFormat::kInteger, NumberFormat::kDecimal2,
-                         NumberFormat::kGroupedInteger, NumberFormat::kGroupedDecimal2}) {
-    EXPECT_EQ(NumberFormatFromCode(NumberFormatCode(f)), f);
-  }
-  EXPECT_EQ(NumberFormatFromCode("0.000%"), NumberFormat::kGeneral);
 }
 
 TEST(WorkbookModel, SheetNamesAreAlwaysValid) {
