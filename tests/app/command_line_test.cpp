@@ -143,17 +143,6 @@ TEST(ConventionalCommandLine, RelativePathsBecomeAbsoluteAndFlagsApply) {
   EXPECT_TRUE(options.bVerbose);
 }
 
-TEST(ConventionalCommandLine, DefaultsWithoutRecipeAndAbsolutePathsKept) {
-  clsConversionOptions options;
-  const auto r = ParseConventionalCommandLine({"-i", "/data/a.txt", "-o", "/data/a.csv"}, options);
-  ASSERT_TRUE(r.job);
-  EXPECT_EQ(options.sInputFile, "/data/a.txt");
-  EXPECT_FALSE(options.bUseRecipe);
-  EXPECT_TRUE(options.sRecipeFile.empty());
-  EXPECT_TRUE(options.bClearOutputFileBeforeProcessing);
-  EXPECT_EQ(options.lTabSize, 8);
-}
-
 // An unknown option is named, with the nearest known one, before CLI11 could complain about a
 // missing required option; values of options are never taken for options.
 TEST(ConventionalCommandLine, UnknownOptionsAreNamedWithTheNearestKnownOne) {

@@ -16,25 +16,6 @@ std::string Captured(std::FILE* f) {
   return s;
 }
 
-TEST(ConsolePort, OneLinePerMessageWithTheIconPrefix) {
-  std::FILE* f = std::tmpfile();
-  ASSERT_NE(f, nullptr);
-  {
-    ConsolePort port(f, false);
-    port.Message("bad", Icon::Critical);
-    port.Message("careful", Icon::Exclamation);
-    port.Message("fyi", Icon::Information);
-    port.Message("plain");
-    port.Message("a\r\n\r\nb\nc", Icon::Information, "Title");
-    port.Status(3, "never shown without a terminal");
-    EXPECT_TRUE(port.MessageShown());
-  }
-  EXPECT_EQ(Captured(f),
-            "kroveld: error: bad\nkroveld: warning: careful\nkroveld: note: fyi\nkroveld: plain\n"
-            "kroveld: note: a b c\n");
-  std::fclose(f);
-}
-
 // The line naming a batch's file comes once, before the first line shown while it is converted;
 // a file that shows nothing leaves no trace, and after the batch lines belong to no file.
 TEST(ConsolePort, FileOfABatchIsNamedBeforeItsFirstLine) {
