@@ -43,14 +43,6 @@ TEST(Strings, TrimCaseAndSmallHelpers) {
   EXPECT_FALSE(EqualsNoCase("abc", "abcd"));
   EXPECT_EQ(FindNoCase("the Header line", "HEADER"), 4u);
   EXPECT_EQ(FindNoCase("abc", "abcd"), std::string_view::npos);
-  std::string s =
-      "a\xa0"
-      "b\xa0";
-  ReplaceNonBreakingSpaces(s);
-  EXPECT_EQ(s, "a b ");
-  AppendRepeated(s, "ab", 2);
-  AppendRepeated(s, "zz", 0);
-  EXPECT_EQ(s, "a b abab");
   EXPECT_EQ(ToText(-1234567890123LL), "-1234567890123");
 }
 
