@@ -46,18 +46,6 @@ std::string TableSection(int n) {
                "WriteColumn=C", "PeriodOperator=sum"});
 }
 
-TEST(SectionSequence, FollowsFileOrderAndSkipsColumnHeadings) {
-  TempDir dir;
-  const std::string path =
-      dir.Write("s.krs", Header() + TableSection(1) + TitleSection(1, 1, "A", {"t"}) +
-                             CrLf({"[Consolidate 1]", "Table=1"}) + TableSection(2) +
-                             TitleSection(2, 2, "B", {"u"}));
-  EXPECT_EQ(ReadSectionSequence(path, 5),
-            (Strings{"Table", "Title", "Consolidate", "Table", "Title"}));
-  EXPECT_EQ(ReadSectionSequence(path, 9).size(), 5u);  // ends with the file
-  EXPECT_TRUE(ReadSectionSequence(dir.File("missing.krs"), 3).empty());
-}
-
 TEST(ExportSpecsRead, CountsAndSections) {
   struct Case {
     int titles, tables;

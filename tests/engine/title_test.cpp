@@ -1,5 +1,5 @@
-// Title sections: the block written at the sheet's write pointer, and the sheet/row/column code
-// parser. Reading and validation are tested through the export definition (export_specs_test).
+// Title sections: the block written at the sheet's write pointer. Reading and validation are tested
+// through the export definition (export_specs_test).
 #include <gtest/gtest.h>
 
 #include "engine/context.h"
@@ -54,30 +54,6 @@ TEST_F(TitleProcess, BlocksStackPerSheetEmptyLinesTakeARowBadSheetsWriteNothing)
   EXPECT_EQ(sink.cellWrites, 6);
   EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer1, 9);
   EXPECT_EQ(ctx.recipe.ExportSpecs.WritePointer2, 4);
-}
-
-TEST(TitleSheetRowColumn, ParsesAndRepairsCodes) {
-  struct Case {
-    const char* code;
-    int sheet, row;
-    const char* column;
-    int messages;
-  } cases[] = {
-      {"2,10,C", 2, 10, "C", 0}, {"1,3, D ", 1, 3, "D", 0}, {"0,5,B", 1, 5, "B", 1},
-      {"2,-1,B", 2, 1, "B", 1},  {"2,4,a", 2, 4, "A", 1},   {"x,y,[", 1, 1, "A", 3},
-      {"2", 2, 1, "A", 2},       {"1,2,ZZ", 1, 2, "A", 1},  {"1,2,AB", 1, 2, "AB", 0},
-  };
-  for (const Case& c : cases) {
-    RecordingPort ui;
-    int sheet = -7, row = -7;
-    std::string column = "?";
-    clsTitle::ParseSheetRowColumn(ui, c.code, sheet, row, column);
-    EXPECT_EQ(sheet, c.sheet) << c.code;
-    EXPECT_EQ(row, c.row) << c.code;
-    EXPECT_EQ(column, c.column) << c.code;
-    EXPECT_EQ(static_cast<int>(ui.messages.size()), c.messages) << c.code;
-    for (const auto& m : ui.messages) EXPECT_EQ(m.text, "Incorrect SheetRowColumn code!");
-  }
 }
 
 }  // namespace

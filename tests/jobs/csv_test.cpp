@@ -39,7 +39,6 @@ TEST(CsvSink, WritesRowsWithCrLfAndTheBytesUnchangedOnlyOnCommit) {
   EXPECT_EQ("", sink.GetCell(1, 1, 1));
   EXPECT_EQ(old, ReadFile(path));  // nothing where the output goes until committed
   ASSERT_TRUE(sink.Commit()) << sink.Error();
-  EXPECT_EQ(3, sink.RowsWritten());
   EXPECT_EQ(std::string("a,b\r\n\r\n\x80\xff\0;\"\r\n", 14), ReadFile(path));
   EXPECT_EQ(std::vector<std::string>{"out.csv"}, FolderEntries(dir.path()));  // no temp file left
 }
