@@ -246,7 +246,8 @@ void WriteCompoundFile(const std::string& path, const std::string& stream) {
   g_object_unref(child);
   gsf_output_close(GSF_OUTPUT(ole));
   g_object_unref(ole);
-  gsf_output_close(file);
+  // Closing the compound file closed the file under it.
+  if (!gsf_output_is_closed(file)) gsf_output_close(file);
   g_object_unref(file);
 }
 
