@@ -6,6 +6,7 @@
 #include "jobs/csv/csv_conversion.h"
 #include "jobs/workbook/workbook_sink.h"
 #include "util/files.h"
+#include "util/strings.h"
 
 namespace kroveld {
 
@@ -62,7 +63,22 @@ void WriteWorkbook(Context& ctx) {
       if (ctx.options.bClearOutputFileBeforeProcessing) sink.ClearOutput();
       ctx.recipe.ExportSpecs.Process(ctx);
     }
-    if (!sink.Save()) failure = FailureText(sink.Error(), ctx.currentOutput);
+    // The save is a phase of its own: its progress in status panel 3, and a stop asked for
+    // while it runs ends it with the old file kept (a stop the table already honoured does not).
+    const bool stopBefore = ctx.run.stopRequested.load();
+    std::string status;
+    const SaveTick tick = [&](std::int64_t written, std::int64_t held) {
+      if (ctx.ui.Due()) {
+        ctx.ui.ProcessEvents();
+        status = "Saving the workbook: row ";
+        AppendInt(status, written);
+        status += " of ";
+        AppendInt(status, held);
+        ctx.ui.Status(3, status);
+      }
+      return stopBefore || !ctx.run.stopRequested.load();
+    };
+    if (!sink.Save(tick)) failure = FailureText(sink.Error(), ctx.currentOutput);
     backup = sink.BackupNote();
     sink.Close();
   }

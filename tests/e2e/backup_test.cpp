@@ -1,5 +1,6 @@
-// --backup: the output a run replaces is kept as NAME~ (or NAME.~N~) when the run reported
-// anything (a wrong recipe, a stop), and no backup is left by a run that reported nothing.
+// Nothing lost: with --backup the output a run replaces is kept as NAME~ (or NAME.~N~) when the
+// run reported anything (a wrong recipe, a stop), and no backup is left by a run that reported
+// nothing; a stop while a workbook is being saved keeps the old workbook.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -93,6 +94,47 @@ TEST(Backup, KeptWhenARunIsStoppedBySignal) {
   EXPECT_EQ(r.status, 1) << r.err;
   EXPECT_EQ(ReadFile(w.F("out.csv~")), w.good);
   EXPECT_EQ(w.Names(), (std::vector<std::string>{"out.csv", "out.csv~"}));
+}
+
+TEST(Save, AStopWhileTheWorkbookIsSavedKeepsTheOldOne) {
+  Work w;
+  w.Run({"-i", "trial-balance.txt", "-o", "book.xlsx", "-r", "trial-balance.rcp"});
+  const std::string before = ReadFile(w.F("book.xlsx"));
+  ASSERT_FALSE(before.empty());
+  // 300,000 rows: the save takes long enough for a signal to come while it runs.
+  std::string report = "TOP\n";
+  const std::string row = "1000    Cash at bank                        12,450.00\n";
+  for (int i = 0; i < 300000; ++i) report += row;
+  report += "BOTTOM\n";
+  testing::WriteFile(w.F("big.txt"), report);
+  testing::WriteFile(
+      w.F("big.rcp"),
+      "[Header]\r\nProduct=KRO-B\r\nFileType=RECIPE\r\nFileFormat=1.0\r\n[Table 1]\r\n"
+      "ReadStartLine=TOP\r\nReadStartLineOffset=1\r\nReadEndLine=BOTTOM\r\n"
+      "ReadEndLineOffset=-1\r\nParsing=------- ------------------------------- "
+      "-------------\r\nWriteColumn=A\r\n");
+  const auto r = testing::RunKroveld(
+      w.home, {"-i", "big.txt", "-o", "book.xlsx", "-r", "big.rcp"}, w.dir.path(), [&](pid_t pid) {
+        // The temporary workbook appears when the save begins.
+        for (int tries = 0; tries < 20000; ++tries) {
+          bool saving = false;
+          for (const auto& e : fs::directory_iterator(w.dir.path())) {
+            saving = saving || e.path().filename().string().starts_with(".book.xlsx.kroveld-");
+          }
+          if (saving) break;
+          std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        kill(pid, SIGTERM);
+      });
+  EXPECT_EQ(r.status, 1);
+  EXPECT_NE(r.err.find("kroveld: error: Saving " + w.F("book.xlsx") +
+                       " was stopped; the file there is kept as it was\n"),
+            std::string::npos)
+      << r.err;
+  EXPECT_EQ(ReadFile(w.F("book.xlsx")), before);
+  for (const auto& e : fs::directory_iterator(w.dir.path())) {
+    EXPECT_FALSE(e.path().filename().string().starts_with(".book.xlsx.")) << e.path();
+  }
 }
 
 }  // namespace

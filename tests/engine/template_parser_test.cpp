@@ -83,7 +83,9 @@ TEST(TemplateParser, StartsAndEndsAlwaysPairUp) {
       ASSERT_EQ(starts.size(), ends.size()) << '"' << tmpl << '"';
       ASSERT_EQ(ops.size(), starts.size()) << '"' << tmpl << '"';
       for (std::size_t k = 0; k < starts.size(); ++k) ASSERT_LE(starts[k], ends[k]) << tmpl;
-      if (any) ASSERT_FALSE(starts.empty()) << tmpl;
+      if (any) {
+        ASSERT_FALSE(starts.empty()) << tmpl;
+      }
     }
   }
   EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;

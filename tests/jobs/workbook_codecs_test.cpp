@@ -19,7 +19,7 @@ TEST(WorkbookCodecs, EachEntrySavesRecognisesAndReadsItsOwnFiles) {
     EXPECT_EQ(&CodecForSaving(path), &codec);
     EXPECT_TRUE(NamesWorkbook(path));
     std::string error;
-    ASSERT_TRUE(codec.write(book, path, error)) << error;
+    ASSERT_TRUE(codec.write(book, path, error, {})) << error;
     const std::string head = testing::ReadFile(path).substr(0, codec.signature.size());
     EXPECT_EQ(CodecForSignature(head), &codec);
     Workbook back;

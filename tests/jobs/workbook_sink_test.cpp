@@ -2,6 +2,8 @@
 // readers we did not write see in our files, lock files, unreadable outputs kept as NAME.bak.
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "jobs/workbook/workbook_sink.h"
 #include "jobs/workbook/xlsx_reader.h"
 #include "support/test_support.h"
@@ -111,6 +113,30 @@ TEST_P(WorkbookFormats, UnreadableOutputIsKeptAsBak) {
     ASSERT_TRUE(again.Save()) << again.Error();
     EXPECT_EQ(again.BackupNote(), "") << c.name;
   }
+}
+
+TEST_P(WorkbookFormats, ASaveToldToStopKeepsTheOldFile) {
+  TempDir dir;
+  const std::string path = dir.File(std::string("saved") + GetParam());
+  {
+    WorkbookSink sink;
+    sink.Open(path, false);
+    sink.SetCell(1, 1, 1, "old content");
+    ASSERT_TRUE(sink.Save()) << sink.Error();
+  }
+  const std::string before = ReadFile(path);
+  WorkbookSink sink;
+  sink.Open(path, false);
+  for (int r = 1; r <= 5000; ++r) sink.SetCell(1, r, 1, "row " + std::to_string(r));
+  std::int64_t lastHeld = 0;
+  EXPECT_FALSE(sink.Save([&](std::int64_t, std::int64_t held) {
+    lastHeld = held;
+    return false;
+  }));
+  EXPECT_EQ(lastHeld, 5000);
+  EXPECT_EQ(sink.Error(), "Saving " + path + " was stopped; the file there is kept as it was");
+  EXPECT_EQ(ReadFile(path), before);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
 }
 
 TEST(WorkbookSink, ATableBeyondTheLastRowIsRefusedBeforeWritingAndKeepsTheOldFile) {

@@ -261,4 +261,10 @@ std::string MakeSheetName(std::string_view wanted, const Workbook& book, int she
   }
 }
 
+std::int64_t RowsHeld(const Workbook& book) {
+  std::int64_t rows = 0;
+  for (int s = 1; s <= book.SheetCount(); ++s) rows += book.GetSheet(s).MaxRow();
+  return rows;
+}
+
 }  // namespace kroveld

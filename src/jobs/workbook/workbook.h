@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,6 +27,13 @@ NumberFormat NumberFormatFromCode(std::string_view code);
 // The format of a built-in number format id shared by BIFF8 and OOXML (1 "0", 2 "0.00",
 // 3 "#,##0", 4 "#,##0.00"); any other id is General.
 NumberFormat BuiltInNumberFormat(int id);
+
+// Told how far a save has come (rows written of the rows the workbook holds) now and then;
+// false asks the save to stop, leaving the file on disk as it was.
+using SaveTick = std::function<bool(std::int64_t rowsWritten, std::int64_t rowsHeld)>;
+// The rows of all sheets of a workbook, for SaveTick.
+class Workbook;
+std::int64_t RowsHeld(const Workbook& book);
 
 // The size of the standard font, in points, in every workbook format.
 inline constexpr double kStandardFontSize = 10;

@@ -19,7 +19,8 @@ struct WorkbookCodec {
   std::string_view signature;
   // Replace the workbook's contents with the file's / save it atomically; false with `error`.
   bool (*read)(const std::string& path, Workbook& book, std::string& error);
-  bool (*write)(const Workbook& book, const std::string& path, std::string& error);
+  bool (*write)(const Workbook& book, const std::string& path, std::string& error,
+                const SaveTick& tick);
   // The largest sheet the format holds, and what to tell a user whose table does not fit.
   int maxRows;
   int maxColumns;

@@ -96,7 +96,7 @@ bool WorkbookSink::SaveBackupOfCorruptOutput() {
   return true;
 }
 
-bool WorkbookSink::Save() {
+bool WorkbookSink::Save(const SaveTick& tick) {
   error_.clear();
   if (path_.empty()) {
     error_ = "no output workbook is open";
@@ -115,7 +115,7 @@ bool WorkbookSink::Save() {
     return false;
   }
   if (keep_backup_ && !SaveBackupOfCorruptOutput()) return false;
-  if (!codec.write(book_, path_, error_)) {
+  if (!codec.write(book_, path_, error_, tick)) {
     // The writers leave the old file as it was; the backup of it is not needed then.
     if (keep_backup_) ::unlink((NativePath(path_) + ".bak").c_str());
     return false;

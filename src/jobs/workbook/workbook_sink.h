@@ -24,7 +24,7 @@ class WorkbookSink final : public OutputSink {
   // or cannot be read (a corrupt file is then kept as NAME.bak when the new one is saved).
   void Open(const std::string& path, bool show);
   // Saves with the codec of the name, atomically. False with Error() (path and reason).
-  bool Save();
+  bool Save(const SaveTick& tick = {});
   void Close();
   const std::string& Error() const { return error_; }
   // After a Save that kept an unreadable old file as NAME.bak: what could not be read and where

@@ -417,11 +417,17 @@ bool BuildBiff8Stream(const Workbook& book, std::string& stream, std::string& er
   return true;
 }
 
-bool WriteXls(const Workbook& book, const std::string& path, std::string& error) {
+bool WriteXls(const Workbook& book, const std::string& path, std::string& error,
+              const SaveTick& tick) {
   std::string stream;
   std::string reason;
   if (!BuildBiff8Stream(book, stream, reason)) {
     error = path + ": " + reason;
+    return false;
+  }
+  // An .xls sheet is small enough to build in one go: the progress is told once it is built.
+  if (tick && !tick(RowsHeld(book), RowsHeld(book))) {
+    error = "Saving " + path + " was stopped; the file there is kept as it was";
     return false;
   }
   AtomicFile temp;

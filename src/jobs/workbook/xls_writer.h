@@ -15,7 +15,9 @@ inline constexpr int kXlsMaxRows = 65536;
 inline constexpr int kXlsMaxColumns = 256;
 
 // False with `error` (path and reason); the old file at `path` then stays as it was.
-bool WriteXls(const Workbook& book, const std::string& path, std::string& error);
+// `tick`, when given, is told the progress and can stop the save (the old file stays).
+bool WriteXls(const Workbook& book, const std::string& path, std::string& error,
+              const SaveTick& tick = {});
 
 // The complete "Workbook" stream (exposed for tests). False with `error` when a sheet is too big.
 bool BuildBiff8Stream(const Workbook& book, std::string& stream, std::string& error);

@@ -108,7 +108,8 @@ class LibraryErrors {
 
 }  // namespace
 
-bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error) {
+bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error,
+               const SaveTick& tick) {
   AtomicFile temp;
   if (!temp.Open(path)) {
     error = temp.Error();
@@ -140,7 +141,10 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
 
   std::string text;  // NUL-terminated copy of a cell text
   lxw_error failure = LXW_NO_ERROR;
-  for (int s = 1; s <= book.SheetCount() && failure == LXW_NO_ERROR; ++s) {
+  bool stopped = false;
+  const std::int64_t held = tick ? RowsHeld(book) : 0;
+  std::int64_t written = 0;
+  for (int s = 1; s <= book.SheetCount() && failure == LXW_NO_ERROR && !stopped; ++s) {
     const Sheet& sheet = book.GetSheet(s);
     lxw_worksheet* ws = workbook_add_worksheet(wb, sheet.Name().c_str());
     if (!ws) ws = workbook_add_worksheet(wb, nullptr);
@@ -156,6 +160,10 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
       }
     }
     for (int r = 1; r <= sheet.MaxRow() && failure == LXW_NO_ERROR; ++r) {
+      if (tick && (++written & 1023) == 0 && !tick(written, held)) {
+        stopped = true;
+        break;
+      }
       const int length = sheet.RowLength(r);
       for (int c = 1; c <= length; ++c) {
         const CellView cell = sheet.Get(r, c);
@@ -176,6 +184,10 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
     }
   }
   const lxw_error closed = workbook_close(wb);
+  if (stopped) {
+    error = "Saving " + path + " was stopped; the file there is kept as it was";
+    return false;
+  }
   if (failure == LXW_NO_ERROR) failure = closed;
   if (failure != LXW_NO_ERROR) {
     const std::string system = library_errors.SystemError();

@@ -10,6 +10,8 @@
 namespace kroveld {
 
 // False with `error` (path and reason); the old file at `path` then stays as it was.
-bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error);
+// `tick`, when given, is told the progress and can stop the save (the old file stays).
+bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error,
+               const SaveTick& tick = {});
 
 }  // namespace kroveld
