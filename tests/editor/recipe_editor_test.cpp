@@ -34,6 +34,7 @@
 #include "editor/table_builder.h"
 #include "editor/text_display.h"
 #include "engine/context.h"
+#include "support/qt_test_support.h"
 
 using namespace kroveld;
 
@@ -42,22 +43,9 @@ namespace {
 const QString kExamples = QStringLiteral(KROVELD_SOURCE_DIR "/examples/");
 const QByteArray kNewRecipe = "[Header]\r\nProduct=KRO-B\r\nFileType=RECIPE\r\nFileFormat=1.0\r\n";
 
-struct Said {
-  std::string text;
-  Icon icon;
-  bool question;
-};
-
-QByteArray Read(const QString& path) {
-  QFile file(path);
-  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void Write(const QString& path, const QByteArray& bytes) {
-  QFile file(path);
-  QVERIFY(file.open(QIODevice::WriteOnly));
-  file.write(bytes);
-}
+using testing::Read;
+using testing::Said;
+using testing::Write;
 
 // An editor in a temporary folder, with a stand-in main window: its recipe and input fields.
 struct Bench {

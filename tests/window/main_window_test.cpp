@@ -22,27 +22,15 @@
 #include "app/window/options_dialog.h"
 #include "app/window/qt_port.h"
 #include "engine/context.h"
+#include "support/qt_test_support.h"
 
 using namespace kroveld;
 
 namespace {
 
-struct Said {
-  std::string text;
-  Icon icon;
-  bool question;
-};
-
-QByteArray Read(const QString& path) {
-  QFile file(path);
-  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void Write(const QString& path, const QByteArray& bytes) {
-  QFile file(path);
-  QVERIFY(file.open(QIODevice::WriteOnly));
-  file.write(bytes);
-}
+using testing::Read;
+using testing::Said;
+using testing::Write;
 
 const QString kExamples = QStringLiteral(KROVELD_SOURCE_DIR "/examples/");
 
