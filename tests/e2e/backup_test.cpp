@@ -29,6 +29,21 @@ struct Work : testing::ExampleWork {
     std::sort(names.begin(), names.end());
     return names;
   }
+  // big.txt: `rows` ledger lines between TOP and BOTTOM; big.rcp: a short recipe for them.
+  void WriteBigReport(int rows) const {
+    std::string report = "TOP\n";
+    const std::string row = "1000    Cash at bank                        12,450.00\n";
+    report.reserve(row.size() * static_cast<std::size_t>(rows) + 16);
+    for (int i = 0; i < rows; ++i) report += row;
+    report += "BOTTOM\n";
+    testing::WriteFile(F("big.txt"), report);
+    testing::WriteFile(
+        F("big.rcp"),
+        "[Header]\r\nProduct=KRO-B\r\nFileType=RECIPE\r\nFileFormat=1.0\r\n[Table 1]\r\n"
+        "ReadStartLine=TOP\r\nReadStartLineOffset=1\r\nReadEndLine=BOTTOM\r\n"
+        "ReadEndLineOffset=-1\r\nParsing=------- ------------------------------- "
+        "-------------\r\nWriteColumn=A\r\n");
+  }
   std::string good;
 };
 
@@ -66,17 +81,7 @@ TEST(Backup, KeptWhenTheRunReportsAnythingAndOnlyThen) {
 TEST(Backup, KeptWhenARunIsStoppedBySignal) {
   Work w;
   // A report long enough that the signal comes while its table is being written.
-  std::string report = "TOP\n";
-  const std::string row = "1000    Cash at bank                        12,450.00\n";
-  while (report.size() < (40u << 20)) report += row;
-  report += "BOTTOM\n";
-  testing::WriteFile(w.F("big.txt"), report);
-  testing::WriteFile(
-      w.F("big.rcp"),
-      "[Header]\r\nProduct=KRO-B\r\nFileType=RECIPE\r\nFileFormat=1.0\r\n[Table 1]\r\n"
-      "ReadStartLine=TOP\r\nReadStartLineOffset=1\r\nReadEndLine=BOTTOM\r\n"
-      "ReadEndLineOffset=-1\r\nParsing=------- ------------------------------- "
-      "-------------\r\nWriteColumn=A\r\n");
+  w.WriteBigReport(800000);
   const auto r = testing::RunKroveld(
       w.home, {"-i", "big.txt", "-o", "out.csv", "-r", "big.rcp", "--backup"}, w.dir.path(),
       [&](pid_t pid) {
@@ -102,17 +107,7 @@ TEST(Save, AStopWhileTheWorkbookIsSavedKeepsTheOldOne) {
   const std::string before = ReadFile(w.F("book.xlsx"));
   ASSERT_FALSE(before.empty());
   // 300,000 rows: the save takes long enough for a signal to come while it runs.
-  std::string report = "TOP\n";
-  const std::string row = "1000    Cash at bank                        12,450.00\n";
-  for (int i = 0; i < 300000; ++i) report += row;
-  report += "BOTTOM\n";
-  testing::WriteFile(w.F("big.txt"), report);
-  testing::WriteFile(
-      w.F("big.rcp"),
-      "[Header]\r\nProduct=KRO-B\r\nFileType=RECIPE\r\nFileFormat=1.0\r\n[Table 1]\r\n"
-      "ReadStartLine=TOP\r\nReadStartLineOffset=1\r\nReadEndLine=BOTTOM\r\n"
-      "ReadEndLineOffset=-1\r\nParsing=------- ------------------------------- "
-      "-------------\r\nWriteColumn=A\r\n");
+  w.WriteBigReport(300000);
   const auto r = testing::RunKroveld(
       w.home, {"-i", "big.txt", "-o", "book.xlsx", "-r", "big.rcp"}, w.dir.path(), [&](pid_t pid) {
         // The temporary workbook appears when the save begins.
