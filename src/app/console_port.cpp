@@ -1,5 +1,7 @@
 #include "app/console_port.h"
 
+#include "util/numbers.h"
+
 namespace kroveld {
 
 namespace {
@@ -99,19 +101,54 @@ void ConsolePort::Status(int panel, std::string_view text) {
   DrawProgress(false);
 }
 
+void ConsolePort::ProcessEvents() {
+  if (progress_ && numbers_) DrawProgress(false);
+}
+
+void ConsolePort::Progress(const RunProgress& where) {
+  if (!progress_) return;
+  numbers_ = true;
+  where_ = where;
+  phase_.assign(where.phase);
+  DrawProgress(false);
+}
+
+// "file 2 of 10  Table 1 row 12,345 of 100,000  writing  (3 s)" from the run's numbers.
+void ConsolePort::LineFromNumbers() {
+  auto grouped = [](std::int64_t n) { return FormatGrouped(Fixed4{n * Fixed4::kScale}, 0); };
+  line_ = "file " + grouped(static_cast<std::int64_t>(where_.file)) + " of " +
+          grouped(static_cast<std::int64_t>(where_.files));
+  if (!phase_.empty()) {
+    if (where_.table > 0 && phase_ != "saving") line_ += "  Table " + std::to_string(where_.table);
+    if (where_.rows > 0) {
+      line_ += (phase_ == "saving" ? "  row " : " row ") + grouped(where_.row) + " of " +
+               grouped(where_.rows);
+    }
+    line_ += "  " + phase_;
+  }
+  const auto seconds =
+      std::chrono::duration_cast<std::chrono::seconds>(std::chrono::steady_clock::now() - started_)
+          .count();
+  line_ += "  (" + std::to_string(seconds) + " s)";
+}
+
 void ConsolePort::DrawProgress(bool force) {
   const auto now = std::chrono::steady_clock::now();
   if (!force && drawn_ && now - last_draw_ < kRedrawInterval) return;
   last_draw_ = now;
-  line_ = file_;
-  if (!detail_.empty()) {
-    if (!line_.empty()) line_ += "  ";
-    line_ += detail_;
-  }
-  if (!panel2_.empty()) {
-    line_ += "  (";
-    line_ += panel2_;
-    line_ += " s)";
+  if (numbers_) {
+    LineFromNumbers();
+  } else {
+    line_ = file_;
+    if (!detail_.empty()) {
+      if (!line_.empty()) line_ += "  ";
+      line_ += detail_;
+    }
+    if (!panel2_.empty()) {
+      line_ += "  (";
+      line_ += panel2_;
+      line_ += " s)";
+    }
   }
   if (line_.size() > kMaxProgressWidth) {
     line_ = "..." + line_.substr(line_.size() - (kMaxProgressWidth - 3));

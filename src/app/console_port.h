@@ -26,7 +26,10 @@ class ConsolePort final : public UiPort {
   std::string Caption() const override { return caption_; }
   void SetCaption(std::string_view text) override { caption_ = std::string(text); }
   void Beep() override {}
-  void ProcessEvents() override {}
+  // Redraws the progress line now and then, so its elapsed seconds move during long phases.
+  void ProcessEvents() override;
+  // The progress line is drawn from these numbers once the run gives them.
+  void Progress(const RunProgress& where) override;
 
   // True once a message other than a note (or a question) has been shown.
   bool MessageShown() const { return MessagesShown() > 0; }
@@ -50,6 +53,7 @@ class ConsolePort final : public UiPort {
  private:
   void WriteLine(const char* prefix, std::string_view text);
   void DrawProgress(bool force);
+  void LineFromNumbers();
 
   std::FILE* out_;
   bool progress_;
@@ -57,6 +61,10 @@ class ConsolePort final : public UiPort {
   bool terminate_confirmed_ = false;
   std::string caption_ = "Kroveld - Document To CSV/XLS Conversion";
   std::string panel2_;
+  bool numbers_ = false;  // the run has given its numbers: the line is drawn from them
+  RunProgress where_;
+  std::string phase_;  // where_.phase, kept
+  std::chrono::steady_clock::time_point started_ = std::chrono::steady_clock::now();
   std::string file_;    // "file   [i of n files]"
   std::string detail_;  // the other panel-3 texts (table, row)
   std::string line_;

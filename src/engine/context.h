@@ -31,6 +31,7 @@ struct RunState {
   std::atomic<bool> stopRequested{false};
   std::uint64_t jobStartTick = 0;
   RunTally tally;
+  RunProgress progress;  // told to the port with the status texts
 };
 
 class Context {

@@ -92,8 +92,14 @@ void clsTable::Process(Context& ctx) {
   const std::string keyFile = ctx.recipe.InputFilePath(ctx.recipe.InputFileFirst);
   const std::string_view keys[] = {ReadStartLine, ReadEndLine};
   // A block of the search takes a millisecond or two: the window stays live through it.
-  const std::vector<KeyLine> found =
-      FindFirstLinesContaining(keyFile, keys, [&ui] { ui.ProcessEvents(); });
+  const std::vector<KeyLine> found = FindFirstLinesContaining(keyFile, keys, [&ui, &ctx, this] {
+    RunProgress& progress = ctx.run.progress;
+    progress.table = Number;
+    progress.row = progress.rows = 0;
+    progress.phase = "reading";
+    ui.Progress(progress);
+    ui.ProcessEvents();
+  });
   const KeyLine& top = found[0];
   const KeyLine& bottom = found[1];
   if (ctx.observer != nullptr) {
@@ -184,6 +190,12 @@ void clsTable::Process(Context& ctx) {
       status += " of ";
       AppendInt(status, total);
       ui.Status(3, status);
+      RunProgress& progress = ctx.run.progress;
+      progress.table = Number;
+      progress.row = lineNumber - startLine + 1;
+      progress.rows = total;
+      progress.phase = "writing";
+      ui.Progress(progress);
     }
     if (ctx.run.stopRequested.load(std::memory_order_relaxed)) {
       keepPending();

@@ -47,6 +47,8 @@ void ConvertList(Context& ctx, ConversionHost& host, const std::vector<std::stri
     status += " of ";
     status += count;
     status += kBatchStatusSuffix;
+    ctx.run.progress = RunProgress{i + 1, files.size(), 0, 0, 0, {}};
+    ctx.ui.Progress(ctx.run.progress);
     ctx.ui.Status(3, status);
     host.FileStarted(files[i], i + 1, files.size());
     RunRecipe(ctx, host);
@@ -161,6 +163,8 @@ void BeginProcessing(Context& ctx, ConversionHost& host, BatchStop* stop) {
   clsConversionOptions& options = ctx.options;
   if (options.sInputFile.find('*') == std::string::npos) {
     // The list is never filled for a single file, so the count always reads 0.
+    ctx.run.progress = RunProgress{1, 1, 0, 0, 0, {}};
+    ctx.ui.Progress(ctx.run.progress);
     ctx.ui.Status(3, options.sInputFile + "   [1 of 0" + std::string(kBatchStatusSuffix));
     RunRecipe(ctx, host);
   } else {

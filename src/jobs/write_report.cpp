@@ -75,6 +75,11 @@ void WriteWorkbook(Context& ctx) {
         status += " of ";
         AppendInt(status, held);
         ctx.ui.Status(3, status);
+        RunProgress& progress = ctx.run.progress;
+        progress.row = written;
+        progress.rows = held;
+        progress.phase = "saving";
+        ctx.ui.Progress(progress);
       }
       return stopBefore || !ctx.run.stopRequested.load();
     };

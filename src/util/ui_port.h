@@ -4,6 +4,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -18,6 +19,18 @@ inline constexpr std::string_view kBatchStatusSuffix = " files]";
 
 // The icon of a message box; it also tells the console front end how to prefix the line.
 enum class Icon { None, Critical, Question, Exclamation, Information };
+
+// Where a run stands, in numbers: the file of the batch, the table and its row, and the phase
+// ("reading" while key texts are searched, "writing" rows, "saving" a workbook). A front end may
+// draw its progress from these rather than from the status texts.
+struct RunProgress {
+  std::size_t file = 0;  // 1-based; 0 before the first file
+  std::size_t files = 0;
+  int table = 0;
+  std::int64_t row = 0;
+  std::int64_t rows = 0;
+  std::string_view phase;
+};
 
 class UiPort {
  public:
@@ -41,6 +54,8 @@ class UiPort {
   virtual void Beep() = 0;
   // Let the user interface process pending events (the place where a Pause press is seen).
   virtual void ProcessEvents() = 0;
+  // Where the run stands; called where status texts are (so at most about 30 times a second).
+  virtual void Progress(const RunProgress& /*where*/) {}
 
   // Cheap throttle for per-row status and event processing: true at most about 30 times a second.
   // Callers on hot paths do `if (ui.Due()) { ui.ProcessEvents(); ui.Status(...); }`.

@@ -67,5 +67,31 @@ TEST(ConsolePort, ProgressLineIsErasedBeforeAMessage) {
   std::fclose(f);
 }
 
+// Once the run gives its numbers, the line is drawn from them: the file of the batch (not the
+// panel's "[1 of 0 files]"), the table's row and the phase; the panel texts no longer shape it.
+TEST(ConsolePort, ProgressLineIsDrawnFromTheRunsNumbers) {
+  std::FILE* f = std::tmpfile();
+  {
+    ConsolePort port(f, true);
+    port.Progress({1, 1, 0, 0, 0, {}});
+    port.Status(3, "/in/a.txt   [1 of 0 files]");
+    port.Progress({1, 1, 2, 12345, 100000, "writing"});
+  }
+  const std::string out = Captured(f);
+  EXPECT_EQ(out.find("[1 of 0 files]"), std::string::npos) << out;
+  EXPECT_EQ(out.rfind("\r\033[Kfile 1 of 1  (0 s)", 0), 0u) << out;
+  std::fclose(f);
+
+  f = std::tmpfile();
+  {
+    ConsolePort port(f, true);
+    port.Progress({3, 1200, 2, 12345, 100000, "writing"});
+  }
+  // Drawn, then erased when the port goes.
+  EXPECT_EQ(Captured(f),
+            "\r\033[Kfile 3 of 1,200  Table 2 row 12,345 of 100,000  writing  (0 s)\r\033[K");
+  std::fclose(f);
+}
+
 }  // namespace
 }  // namespace kroveld

@@ -160,7 +160,7 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
       }
     }
     for (int r = 1; r <= sheet.MaxRow() && failure == LXW_NO_ERROR; ++r) {
-      if (tick && (++written & 1023) == 0 && !tick(written, held)) {
+      if (tick && (++written & 63) == 0 && !tick(written, held)) {
         stopped = true;
         break;
       }
