@@ -115,14 +115,13 @@ void ConsolePort::Progress(const RunProgress& where) {
 
 // "file 2 of 10  Table 1 row 12,345 of 100,000  writing  (3 s)" from the run's numbers.
 void ConsolePort::LineFromNumbers() {
-  auto grouped = [](std::int64_t n) { return FormatGrouped(Fixed4{n * Fixed4::kScale}, 0); };
-  line_ = "file " + grouped(static_cast<std::int64_t>(where_.file)) + " of " +
-          grouped(static_cast<std::int64_t>(where_.files));
+  line_ = "file " + FormatGroupedCount(static_cast<std::int64_t>(where_.file)) + " of " +
+          FormatGroupedCount(static_cast<std::int64_t>(where_.files));
   if (!phase_.empty()) {
     if (where_.table > 0 && phase_ != "saving") line_ += "  Table " + std::to_string(where_.table);
     if (where_.rows > 0) {
-      line_ += (phase_ == "saving" ? "  row " : " row ") + grouped(where_.row) + " of " +
-               grouped(where_.rows);
+      line_ += (phase_ == "saving" ? "  row " : " row ") + FormatGroupedCount(where_.row) + " of " +
+               FormatGroupedCount(where_.rows);
     }
     line_ += "  " + phase_;
   }

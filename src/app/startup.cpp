@@ -117,9 +117,7 @@ int RunRecipeCheck(const Context& ctx, ConsolePort& port) {
 // "2 files converted, 1 failed, 12,345 rows written, 3.4 MB read in 0.52 s (6.5 MB/s)"; sizes
 // under a megabyte in bytes.
 std::string RunSummary(const RunTally& tally, double seconds) {
-  auto grouped = [](std::uint64_t n) {
-    return FormatGrouped(Fixed4{static_cast<std::int64_t>(n) * Fixed4::kScale}, 0);
-  };
+  auto grouped = [](std::uint64_t n) { return FormatGroupedCount(static_cast<std::int64_t>(n)); };
   const double megabytes = static_cast<double>(tally.bytesRead) / 1e6;
   char figures[96];
   std::snprintf(figures, sizeof figures, " read in %.2f s (%.1f MB/s)", seconds,

@@ -224,6 +224,13 @@ namespace {
 
 constexpr std::string_view kTempMark = ".kroveld-";
 
+// ".NAME.kroveld-PID-TAIL" beside the native path `target`: hidden, and naming the process that
+// writes it, so RemoveStaleTempFiles can tell one left by a process that is gone.
+std::string OwnTempName(const std::string& target, std::string_view tail) {
+  return FolderOfPath(target) + "." + FileName(target) + std::string(kTempMark) +
+         std::to_string(::getpid()) + "-" + std::string(tail);
+}
+
 // The process that made a temporary file named ".NAME.kroveld-PID-XXXXXX"; 0 when the name is
 // not one of ours.
 long TempFileOwner(std::string_view name) {
@@ -242,6 +249,26 @@ long TempFileOwner(std::string_view name) {
 }
 
 }  // namespace
+
+bool SecondName(const std::string& from, const std::string& to) {
+  ::unlink(to.c_str());
+  if (::link(from.c_str(), to.c_str()) == 0) return true;
+  std::FILE* in = std::fopen(from.c_str(), "rb");
+  std::FILE* out = in != nullptr ? std::fopen(to.c_str(), "wb") : nullptr;
+  bool made = out != nullptr;
+  if (out != nullptr) {
+    char buf[1 << 16];
+    std::size_t n;
+    while ((n = std::fread(buf, 1, sizeof buf, in)) > 0) {
+      made = made && std::fwrite(buf, 1, n, out) == n;
+    }
+    made = made && !std::ferror(in);
+    made = std::fclose(out) == 0 && made;
+    if (!made) ::unlink(to.c_str());
+  }
+  if (in != nullptr) std::fclose(in);
+  return made;
+}
 
 std::string BackupPathOf(const std::string& target, const BackupPolicy& policy) {
   if (policy.mode == BackupMode::kNone) return {};
@@ -283,27 +310,8 @@ OutputBackup::OutputBackup(const std::string& target, const BackupPolicy& policy
   // A second name for the file, hidden and named as our temporary files are (so a run that is
   // killed leaves nothing a later run does not clean up); an earlier backup stays untouched
   // until this one is kept.
-  const std::string held = FolderOfPath(native) + "." + FileName(native) + std::string(kTempMark) +
-                           std::to_string(::getpid()) + "-backup";
-  ::unlink(held.c_str());
-  bool made = ::link(native.c_str(), held.c_str()) == 0;
-  if (!made) {
-    std::FILE* from = std::fopen(native.c_str(), "rb");
-    std::FILE* to = from != nullptr ? std::fopen(held.c_str(), "wb") : nullptr;
-    if (to != nullptr) {
-      char buf[1 << 16];
-      std::size_t n;
-      made = true;
-      while ((n = std::fread(buf, 1, sizeof buf, from)) > 0) {
-        made = made && std::fwrite(buf, 1, n, to) == n;
-      }
-      made = made && !std::ferror(from);
-      made = std::fclose(to) == 0 && made;
-      if (!made) ::unlink(held.c_str());
-    }
-    if (from != nullptr) std::fclose(from);
-  }
-  if (!made) return;
+  const std::string held = OwnTempName(native, "backup");
+  if (!SecondName(native, held)) return;
   target_ = native;
   held_ = held;
   inode_ = st.st_ino;
@@ -363,9 +371,7 @@ bool AtomicFile::Open(std::string_view target) {
     return false;
   }
   RemoveStaleTempFiles(folder);
-  // The name carries the process that writes it, so a later run can tell a file left behind by a
-  // process that is gone (killed, or the machine stopped) from one still being written.
-  temp_ = folder + "." + name + std::string(kTempMark) + std::to_string(::getpid()) + "-XXXXXX";
+  temp_ = OwnTempName(target_, "XXXXXX");
   fd_ = ::mkostemp(temp_.data(), O_CLOEXEC);
   if (fd_ < 0) {
     error_ = "Cannot write " + target_ + ": " + LastErrorText();

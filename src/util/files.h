@@ -52,6 +52,10 @@ struct FolderListing {
 };
 bool ListFolder(std::string_view path, FolderListing& out);
 
+// Gives the file at native path `from` a second name `to` (replacing a file there): a hard link
+// where the file system has them, else a copy. False (and nothing at `to`) when neither works.
+bool SecondName(const std::string& from, const std::string& to);
+
 // How an output that a run replaces is kept, as cp, mv and install do it with --backup.
 enum class BackupMode { kNone, kSimple, kNumbered, kExisting };
 struct BackupPolicy {

@@ -323,4 +323,8 @@ std::string FormatGrouped(Fixed4 v, int decimals, const NumberLocale& loc) {
   return s;
 }
 
+std::string FormatGroupedCount(std::int64_t n, const NumberLocale& loc) {
+  return FormatGrouped(Fixed4{n * Fixed4::kScale}, 0, loc);
+}
+
 }  // namespace kroveld

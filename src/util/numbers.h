@@ -56,5 +56,7 @@ void AppendGrouped(std::string& out, Fixed4 v, int decimals,
                    const NumberLocale& loc = NumberLocale::Current());
 std::string FormatGrouped(Fixed4 v, int decimals,
                           const NumberLocale& loc = NumberLocale::Current());
+// A whole count with thousands separators: 1234567 -> "1,234,567".
+std::string FormatGroupedCount(std::int64_t n, const NumberLocale& loc = NumberLocale::Current());
 
 }  // namespace kroveld

@@ -19,6 +19,16 @@ using testing::ReadWithPython;
 using testing::TempDir;
 using testing::WriteFile;
 
+// Saves a workbook holding "old content" at `path` and gives its bytes, for the tests that
+// check a failed or stopped save leaves it alone.
+std::string SaveOldContent(const std::string& path) {
+  WorkbookSink sink;
+  sink.Open(path, false);
+  sink.SetCell(1, 1, 1, "old content");
+  EXPECT_TRUE(sink.Save()) << sink.Error();
+  return ReadFile(path);
+}
+
 // What a conversion typically leaves: renamed sheets, the standard font, text and numbers.
 void FillLikeAConversion(WorkbookSink& sink) {
   sink.RenameSheet(1, "Detail (P1)");
@@ -118,13 +128,7 @@ TEST_P(WorkbookFormats, UnreadableOutputIsKeptAsBak) {
 TEST_P(WorkbookFormats, ASaveToldToStopKeepsTheOldFile) {
   TempDir dir;
   const std::string path = dir.File(std::string("saved") + GetParam());
-  {
-    WorkbookSink sink;
-    sink.Open(path, false);
-    sink.SetCell(1, 1, 1, "old content");
-    ASSERT_TRUE(sink.Save()) << sink.Error();
-  }
-  const std::string before = ReadFile(path);
+  const std::string before = SaveOldContent(path);
   WorkbookSink sink;
   sink.Open(path, false);
   for (int r = 1; r <= 5000; ++r) sink.SetCell(1, r, 1, "row " + std::to_string(r));
@@ -142,13 +146,7 @@ TEST_P(WorkbookFormats, ASaveToldToStopKeepsTheOldFile) {
 TEST(WorkbookSink, ATableBeyondTheLastRowIsRefusedBeforeWritingAndKeepsTheOldFile) {
   TempDir dir;
   const std::string path = dir.File("big.xlsx");
-  {
-    WorkbookSink sink;
-    sink.Open(path, false);
-    sink.SetCell(1, 1, 1, "old content");
-    ASSERT_TRUE(sink.Save()) << sink.Error();
-  }
-  const std::string before = ReadFile(path);
+  const std::string before = SaveOldContent(path);
   WorkbookSink sink;
   sink.Open(path, false);
   sink.SetCell(1, kMaxSheetRows, 1, "last that fits");

@@ -211,7 +211,7 @@ PreviewResult RunPreview(const PreviewRequest& request) {
       input = result.truncated ? cut : Absolute(request.reportPath);
       result.linesPreviewed = static_cast<std::int64_t>(sample.size());
       if (result.truncated) {
-        const std::string lines = FormatGrouped(Fixed4{maxLines * Fixed4::kScale}, 0);
+        const std::string lines = FormatGroupedCount(maxLines);
         result.notes.push_back("The report has more than " + lines +
                                " lines: the preview shows what the recipe does with the first " +
                                lines + ".");

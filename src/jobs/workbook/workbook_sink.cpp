@@ -36,11 +36,6 @@ bool ReadHead(const std::string& native, std::string& head) {
   return true;
 }
 
-// 1,048,576 and the like.
-std::string Grouped(int n) {
-  return FormatGrouped(Fixed4{static_cast<std::int64_t>(n) * Fixed4::kScale}, 0);
-}
-
 }  // namespace
 
 bool WorkbookSink::IsOpenInSpreadsheetApp(const std::string& path) {
@@ -81,14 +76,8 @@ bool WorkbookSink::SaveBackupOfCorruptOutput() {
   const std::string native = NativePath(path_);
   const std::string backup = native + ".bak";
   if (!FileExists(native)) return true;
-  ::unlink(backup.c_str());
-  // A hard link keeps the original in place until the new file is renamed over it.
-  if (::link(native.c_str(), backup.c_str()) == 0) return true;
-  std::ifstream in(native, std::ios::binary);
-  std::ofstream out(backup, std::ios::binary | std::ios::trunc);
-  out << in.rdbuf();
-  out.close();
-  if (!in || !out) {
+  // The original stays in place until the new file is renamed over it.
+  if (!SecondName(native, backup)) {
     error_ = path_ + ": the unreadable old file could not be kept as " + backup + " (" +
              LastErrorText() + ")";
     return false;
@@ -109,8 +98,9 @@ bool WorkbookSink::Save(const SaveTick& tick) {
     const int limit = row ? codec.maxRows : codec.maxColumns;
     error_ =
         "Cannot write " + path_ + ": sheet " + std::to_string(refused_sheet_) + " would need " +
-        (row ? "row " + Grouped(refused_row_) : "column " + Grouped(refused_column_)) + "; a " +
-        std::string(codec.suffix) + " sheet holds at most " + Grouped(limit) +
+        (row ? "row " + FormatGroupedCount(refused_row_)
+             : "column " + FormatGroupedCount(refused_column_)) +
+        "; a " + std::string(codec.suffix) + " sheet holds at most " + FormatGroupedCount(limit) +
         (row ? " rows" : " columns") + std::string(codec.whenTooLarge) + ". Nothing was written";
     return false;
   }
