@@ -13,6 +13,7 @@
 namespace kroveld {
 
 class Context;
+class SectionMap;
 
 // Multi-file operator codes understood by the line processor.
 enum OperatorCodes { kOpLast = 0, kOpFirst = 1, kOpSum = 2, kOpAverage = 3 };
@@ -26,7 +27,8 @@ class clsColumn {
 
   // Reads section "Table t Col c" from the open file (keys in order ReadColumnStart,
   // ReadColumnEnd, WriteColumn, PeriodOperator) and validates; false after a message.
-  bool ReadFromFileSequentially(UiPort& ui, TextFile& file, int tableNumber, int columnNumber);
+  bool ReadFromFileSequentially(UiPort& ui, TextFile& file, int tableNumber, int columnNumber,
+                                const SectionMap* keys = nullptr);
   void WriteToFile(PrivateProfile& file, int tableNumber, int columnNumber) const;
   std::string PropertyPrint() const;
 

@@ -7,7 +7,7 @@
 namespace kroveld {
 
 bool clsColumn::ReadFromFileSequentially(UiPort& ui, TextFile& file, int tableNumber,
-                                         int columnNumber) {
+                                         int columnNumber, const SectionMap* /*keys*/) {
   const std::string section = "Table " + ToText(tableNumber) + " Col " + ToText(columnNumber);
   write_column_number_ = 0;
 

@@ -14,6 +14,7 @@
 namespace kroveld {
 
 class Context;
+class SectionMap;
 
 class clsCon {
  public:
@@ -30,7 +31,8 @@ class clsCon {
   // `tableCount` is the number of table sections of the export specification (to report a table
   // number that names none).
   bool ReadFromFile(UiPort& ui, const std::string& path, int number, int tableCount);
-  bool ReadFromFileSequentially(UiPort& ui, TextFile& file, int number, int tableCount);
+  bool ReadFromFileSequentially(UiPort& ui, TextFile& file, int number, int tableCount,
+                                const SectionMap* keys = nullptr);
   void WriteToFile(PrivateProfile& file, int number) const;
   std::string PropertyPrint() const;
   void Process(Context& ctx);

@@ -23,7 +23,8 @@ bool clsCon::ReadFromFile(UiPort& ui, const std::string& path, int number, int t
   return ReadFromFileSequentially(ui, file, number, tableCount);
 }
 
-bool clsCon::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number, int tableCount) {
+bool clsCon::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number, int tableCount,
+                                      const SectionMap* keys) {
   const std::string section = "Consolidate " + ToText(number);
   Departments.clear();
 
@@ -51,7 +52,7 @@ bool clsCon::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number, in
 
   return ReadSubSections(std::max(TotalDepartments, 0), Departments,
                          [&](clsDepartment& department, int d) {
-                           return department.ReadFromFileSequentially(ui, file, number, d);
+                           return department.ReadFromFileSequentially(ui, file, number, d, keys);
                          });
 }
 
@@ -81,7 +82,7 @@ std::string clsCon::PropertyPrint() const {
 }
 
 bool clsDepartment::ReadFromFileSequentially(UiPort& ui, TextFile& file, int conNumber,
-                                             int deptNumber) {
+                                             int deptNumber, const SectionMap* /*keys*/) {
   const std::string section = DepartmentSection(conNumber, deptNumber);
   ReadStartLine = GetProfileValue(file, section, "ReadStartLine", kMissing);
   if (ReadStartLine == kMissing) {

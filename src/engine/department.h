@@ -12,6 +12,7 @@
 namespace kroveld {
 
 class Context;
+class SectionMap;
 
 class clsDepartment {
  public:
@@ -22,7 +23,8 @@ class clsDepartment {
   std::string ReadEndLine;
   int ReadEndLineOffset = 0;
 
-  bool ReadFromFileSequentially(UiPort& ui, TextFile& file, int conNumber, int deptNumber);
+  bool ReadFromFileSequentially(UiPort& ui, TextFile& file, int conNumber, int deptNumber,
+                                const SectionMap* keys = nullptr);
   void WriteToFile(PrivateProfile& file, int conNumber, int deptNumber) const;
   std::string PropertyPrint() const;
   // Collects the department's accounts between the table's first and last row written.

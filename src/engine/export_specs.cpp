@@ -6,6 +6,7 @@
 
 #include "engine/context.h"
 #include "engine/section_keys.h"
+#include "engine/section_map.h"
 #include "util/private_profile.h"
 #include "util/profile.h"
 #include "util/strings.h"
@@ -27,8 +28,9 @@ struct SectionKind {
   int clsExportSpecs::*count;
   std::size_t (*size)(const clsExportSpecs& specs);
   // Reads sections 1..count; `sectionFile(n)` gives the file to read section n from.
+  // `keys` holds every key of the file by section.
   void (*read)(clsExportSpecs& specs, UiPort& ui, int count,
-               const std::function<TextFile&(int)>& sectionFile);
+               const std::function<TextFile&(int)>& sectionFile, const SectionMap& keys);
   void (*write)(const clsExportSpecs& specs, PrivateProfile& file, std::size_t at);
   // Runs section at (0-based) of a pass into ctx.sink.
   void (*process)(clsExportSpecs& specs, Context& ctx, std::size_t at);
@@ -49,7 +51,8 @@ void ReadNumbered(std::vector<Section>& into, int count,
 const SectionKind kSectionKinds[] = {
     {"Title", "[Title ", "Title ", true, &clsExportSpecs::TitleCount,
      [](const clsExportSpecs& specs) { return specs.Titles.size(); },
-     [](clsExportSpecs& specs, UiPort& ui, int count, const std::function<TextFile&(int)>& at) {
+     [](clsExportSpecs& specs, UiPort& ui, int count, const std::function<TextFile&(int)>& at,
+        const SectionMap&) {
        ReadNumbered(specs.Titles, count, at, [&ui](clsTitle& title, TextFile& file, int n) {
          title.ReadFromFileSequentially(ui, file, n);
        });
@@ -66,9 +69,10 @@ const SectionKind kSectionKinds[] = {
      }},
     {"Table", "[Table ", "Table ", false, &clsExportSpecs::TableCount,
      [](const clsExportSpecs& specs) { return specs.Tables.size(); },
-     [](clsExportSpecs& specs, UiPort& ui, int count, const std::function<TextFile&(int)>& at) {
-       ReadNumbered(specs.Tables, count, at, [&ui](clsTable& table, TextFile& file, int n) {
-         table.ReadFromFileSequentially(ui, file, n);
+     [](clsExportSpecs& specs, UiPort& ui, int count, const std::function<TextFile&(int)>& at,
+        const SectionMap& keys) {
+       ReadNumbered(specs.Tables, count, at, [&ui, &keys](clsTable& table, TextFile& file, int n) {
+         table.ReadFromFileSequentially(ui, file, n, &keys);
        });
      },
      [](const clsExportSpecs& specs, PrivateProfile& file, std::size_t at) {
@@ -83,12 +87,13 @@ const SectionKind kSectionKinds[] = {
      }},
     {"Consolidate", "[Consolidate ", "Consolidate ", true, &clsExportSpecs::ConsolidateCount,
      [](const clsExportSpecs& specs) { return specs.Consolidates.size(); },
-     [](clsExportSpecs& specs, UiPort& ui, int count, const std::function<TextFile&(int)>& at) {
+     [](clsExportSpecs& specs, UiPort& ui, int count, const std::function<TextFile&(int)>& at,
+        const SectionMap& keys) {
        // Read after the tables are counted: a consolidation names the table it adds up.
        const int tables = specs.TableCount;
        ReadNumbered(specs.Consolidates, count, at,
-                    [&ui, tables](clsCon& con, TextFile& file, int n) {
-                      con.ReadFromFileSequentially(ui, file, n, tables);
+                    [&ui, tables, &keys](clsCon& con, TextFile& file, int n) {
+                      con.ReadFromFileSequentially(ui, file, n, tables, &keys);
                     });
      },
      [](const clsExportSpecs& specs, PrivateProfile& file, std::size_t at) {
@@ -155,11 +160,12 @@ const SectionKind* SequenceKind(std::string_view line) {
 }
 
 // What one pass over a file gives: the heading counts of every kind (as CountSectionHeadings
-// counts them), the section sequence and the heading index.
+// counts them), the section sequence, the heading index and every key by section.
 struct SectionScan {
   std::int64_t counts[kKinds] = {};
   std::vector<std::string> sequence;
   HeadingIndex index;
+  SectionMap keys;
 
   explicit SectionScan(const std::string& path) {
     // The sequence never has more entries than the counts together, so once it is longer than
@@ -172,6 +178,7 @@ struct SectionScan {
     std::int64_t number = 0;
     while (file.ReadLine(line)) {
       ++number;
+      keys.Note(line);
       if (line.find('[') == std::string_view::npos) continue;  // every heading holds one
       const bool column = line.find("Col") != std::string_view::npos;
       for (std::size_t k = 0; k < kKinds; ++k) {
@@ -280,10 +287,13 @@ void clsExportSpecs::ReadFromFile(UiPort& ui, const std::string& path) {
   for (std::size_t k = 0; k < kKinds; ++k) {
     const std::vector<std::int64_t>& firstLines = scan.index.first[k];
     SectionReader reader(path);
-    kSectionKinds[k].read(*this, ui, this->*kSectionKinds[k].count, [&](int n) -> TextFile& {
-      const auto at = static_cast<std::size_t>(n);
-      return reader.For(at < firstLines.size() ? firstLines[at] : 0);
-    });
+    kSectionKinds[k].read(
+        *this, ui, this->*kSectionKinds[k].count,
+        [&](int n) -> TextFile& {
+          const auto at = static_cast<std::size_t>(n);
+          return reader.For(at < firstLines.size() ? firstLines[at] : 0);
+        },
+        scan.keys);
   }
 }
 

@@ -16,6 +16,7 @@
 namespace kroveld {
 
 class Context;
+class SectionMap;
 
 // Empty rows a table writes past the end of its report before it stops: a block that runs far
 // beyond the report is an offset typed wrong, and its empty rows would only fill a disk.
@@ -35,7 +36,9 @@ class clsTable {
 
   // Opens the file, reads section "Table n" and its columns, closes it. False after a message.
   bool ReadFromFile(UiPort& ui, const std::string& path, int number);
-  bool ReadFromFileSequentially(UiPort& ui, TextFile& file, int number);
+  // `keys` holds every key of the file by section (for the optional keys); null reads none.
+  bool ReadFromFileSequentially(UiPort& ui, TextFile& file, int number,
+                                const SectionMap* keys = nullptr);
   void WriteToFile(PrivateProfile& file, int number) const;
   std::string PropertyPrint() const;
 

@@ -12,7 +12,8 @@ bool clsTable::ReadFromFile(UiPort& ui, const std::string& path, int number) {
   return ReadFromFileSequentially(ui, file, number);
 }
 
-bool clsTable::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number) {
+bool clsTable::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number,
+                                        const SectionMap* keys) {
   const std::string section = "Table " + ToText(number);
   Number = number;
   Columns.clear();
@@ -43,7 +44,7 @@ bool clsTable::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number) 
   // A column that fails its checks has been reported; it is kept (processing reports it again
   // when it reaches the table) and the remaining columns are still read.
   return ReadSubSections(TotalColumns, Columns, [&](clsColumn& column, int c) {
-    return column.ReadFromFileSequentially(ui, file, number, c);
+    return column.ReadFromFileSequentially(ui, file, number, c, keys);
   });
 }
 
