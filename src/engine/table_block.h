@@ -1,0 +1,33 @@
+// Finding a table's block of lines: both key texts searched from line 1 of the first input file
+// taking part, each moved by its offset, with the messages for a key that is missing or found in
+// the wrong order.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "util/line_search.h"
+
+namespace kroveld {
+
+class Context;
+class clsTable;
+
+// Where a table's rows lie.
+struct LocatedBlock {
+  std::string keyFile;  // the file the keys were searched in
+  KeyLine top;          // first line holding the top key text (line 0: not found)
+  KeyLine bottom;       // first line holding the bottom key text (line 0: not found)
+  std::int64_t startLine = 0;
+  std::int64_t endLine = 0;
+};
+
+// Shows a critical table message and marks the export failed.
+void FailTable(Context& ctx, const std::string& text);
+
+// Searches the key texts, tells the observer, and checks the block. False when the table writes
+// nothing: a key was not found or the end lies before the start (shown, the export marked
+// failed), or the block starts or ends before line 1 (silent).
+bool LocateTableBlock(Context& ctx, const clsTable& table, LocatedBlock& block);
+
+}  // namespace kroveld

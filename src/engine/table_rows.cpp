@@ -1,0 +1,119 @@
+// The row pass of a table: status and stop question between rows, the fast CSV cut when it
+// applies, otherwise the line through slot 1 and each column.
+#include "engine/table_rows.h"
+
+#include "engine/context.h"
+#include "engine/table.h"
+#include "engine/table_block.h"
+#include "util/strings.h"
+
+namespace kroveld {
+
+TableRowWriter::TableRowWriter(Context& ctx, clsTable& table, std::int64_t startLine,
+                               std::int64_t endLine)
+    : ctx_(ctx),
+      table_(table),
+      start_(startLine),
+      total_(endLine - startLine + 1),
+      csv_(!ctx.sink->HoldsCells()),
+      baseRow_(ctx.recipe.ExportSpecs.getWritePointer(ctx.ui, 1)) {}
+
+bool TableRowWriter::Turn(std::int64_t lineNumber) {
+  UiPort& ui = ctx_.ui;
+  // The port makes the per-row yield and status texts cheap by letting only some through.
+  due_ = ui.Due();
+  if (due_) {
+    fast_.Settle(ctx_);
+    ui.ProcessEvents();
+    status_ = ctx_.statusPrefix;
+    status_ += " row ";
+    AppendInt(status_, lineNumber - start_ + 1);
+    status_ += " of ";
+    AppendInt(status_, total_);
+    ui.Status(3, status_);
+    RunProgress& progress = ctx_.run.progress;
+    progress.table = table_.Number;
+    progress.row = lineNumber - start_ + 1;
+    progress.rows = total_;
+    progress.phase = "writing";
+    ui.Progress(progress);
+  }
+  if (ctx_.run.stopRequested.load(std::memory_order_relaxed)) {
+    fast_.Settle(ctx_);
+    if (ui.AskYesNo(kTerminateQuestion, Icon::Question)) return false;
+    ctx_.run.stopRequested.store(false);
+  }
+  return true;
+}
+
+TableRowWriter::Next TableRowWriter::Write(std::int64_t lineNumber, std::string_view line) {
+  // The usual CSV row (no status text due, the columns checked on the first row) is cut straight
+  // from the line when the columns allow it.
+  if (csv_ && !due_ && lineNumber != start_) {
+    std::string_view row;
+    if (fast_.Cut(ctx_, table_.Columns, line, row)) {
+      ++rowIndex_;
+      ctx_.sink->WriteCsvRow(row);
+      return Next::Row;
+    }
+  }
+  fast_.Drop();
+  return WriteThroughColumns(lineNumber, line);
+}
+
+// The line goes into slot 1 and each column produces its value from there.
+TableRowWriter::Next TableRowWriter::WriteThroughColumns(std::int64_t lineNumber,
+                                                         std::string_view line) {
+  UiPort& ui = ctx_.ui;
+  ctx_.lineProcessor.SetPeriod1Line(line, ctx_.tabSize);
+  csvLine_.clear();
+  const std::size_t columnCount = table_.Columns.size();
+  for (std::size_t c = 0; c < columnCount; ++c) {
+    clsColumn& column = table_.Columns[c];
+    if (due_) {
+      status_ = ctx_.statusPrefix;
+      status_ += " (col ";
+      AppendInt(status_, static_cast<long long>(c) + 1);
+      status_ += " of ";
+      AppendInt(status_, table_.TotalColumns);
+      status_ += ')';
+      ui.Status(3, status_);
+    }
+    if (lineNumber == start_ &&
+        (column.ReadColumnStart < 1 || column.ReadColumnEnd < column.ReadColumnStart)) {
+      FailTable(ctx_, "Invalid table specs (column " + ToText(static_cast<long long>(c) + 1) +
+                          "): ReadColumnStart is smaller than 1 or larger than ReadColumnEnd!");
+      return Next::Fail;
+    }
+    if (csv_) {
+      // Joined on the text so far: leading empty fields take no comma and the rest move left.
+      if (!csvLine_.empty()) csvLine_.push_back(',');
+      column.AppendCsvValue(ctx_, csvLine_);
+    } else {
+      column.Process(ctx_, baseRow_ + rowIndex_);
+    }
+  }
+  ++rowIndex_;
+  if (csv_) {
+    ctx_.sink->WriteCsvRow(csvLine_);
+  } else if (ctx_.sink->Full()) {
+    return Next::Stop;
+  }
+  return Next::Row;
+}
+
+void TableRowWriter::Settle() {
+  fast_.Settle(ctx_);
+}
+
+void TableRowWriter::Finish() {
+  fast_.Settle(ctx_);
+  ctx_.run.tally.rowsWritten += static_cast<std::uint64_t>(rowIndex_);
+  ctx_.recipe.ExportSpecs.setWritePointer(ctx_.ui, 1, baseRow_ + rowIndex_);
+  table_.FirstRowWritten = baseRow_;
+  table_.LastRowWritten = baseRow_ + rowIndex_ - 1;
+  if (ctx_.observer != nullptr)
+    ctx_.observer->TableRowsWritten(table_, table_.FirstRowWritten, table_.LastRowWritten);
+}
+
+}  // namespace kroveld

@@ -1,0 +1,56 @@
+// Writes the rows of a table's block: each line of the block becomes one row of sheet 1 or one
+// CSV row, cut into fields by the table's columns. Between rows the user interface gets its turn
+// (status text, progress, the stop question); at the end sheet 1's write pointer moves below the
+// rows and the table records its first and last row.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "engine/fast_csv_rows.h"
+
+namespace kroveld {
+
+class Context;
+class clsTable;
+
+class TableRowWriter {
+ public:
+  // The block runs from startLine to endLine (both at least 1).
+  TableRowWriter(Context& ctx, clsTable& table, std::int64_t startLine, std::int64_t endLine);
+
+  // What the table does after a line.
+  enum class Next {
+    Row,   // go on with the next line
+    Stop,  // the output is full: end the table keeping its rows
+    Fail,  // the table failed (shown): end it without moving the write pointer
+  };
+
+  // The user interface's turn before line `lineNumber` is read. False when the user chose to
+  // stop: the table ends keeping its rows.
+  bool Turn(std::int64_t lineNumber);
+  // Line `lineNumber` of the block (empty past the end of the report) becomes a row.
+  Next Write(std::int64_t lineNumber, std::string_view line);
+  // Before a message of the caller: slot 1 gets the line it is owed.
+  void Settle();
+  // Moves the write pointer below the rows, counts them and tells the observer.
+  void Finish();
+
+ private:
+  Next WriteThroughColumns(std::int64_t lineNumber, std::string_view line);
+
+  Context& ctx_;
+  clsTable& table_;
+  const std::int64_t start_;
+  const std::int64_t total_;
+  const bool csv_;
+  const int baseRow_;
+  int rowIndex_ = 0;
+  bool due_ = false;  // this row shows a status text
+  std::string csvLine_;
+  std::string status_;
+  FastCsvRows fast_;
+};
+
+}  // namespace kroveld
