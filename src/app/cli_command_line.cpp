@@ -129,6 +129,10 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
   app.add_flag("-b", backupGiven, "Like --backup, without a value");
   app.add_option("-S,--suffix", suffix, "Backup suffix (default ~)");
   app.add_flag("--check", check, "Check the recipe given with -r instead of converting");
+  std::string encodingName;
+  app.add_option("--encoding", encodingName,
+                 "How reports are read: auto, utf-8, cp1252 or latin1 (default: as the recipe "
+                 "says, else 8-bit text)");
 
   if (const std::string unknown = FirstUnknownOption(app, args); !unknown.empty()) {
     result.exitCode = 2;
@@ -152,9 +156,14 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
     return result;
   }
 
-  // The parser's own words for a missing option, in the order it checks them.
+  // The parser's own words for a bad or missing option, in the order it checks them.
   std::string missing;
-  if (check) {
+  InputEncoding encoding = InputEncoding::kUnset;
+  if (app.count("--encoding") > 0 &&
+      (Trim(encodingName).empty() || !ParseInputEncoding(encodingName, encoding))) {
+    missing = "--encoding \"" + encodingName + "\" is not an encoding: use " +
+              std::string(kInputEncodingChoices);
+  } else if (check) {
     if (recipe.empty()) missing = "--check needs --recipe";
     if (!output.empty()) missing = "--check writes nothing: leave out --output";
   } else if (input.empty()) {
@@ -181,6 +190,7 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
   if (noClear) options.bClearOutputFileBeforeProcessing = false;
   if (!sheet.empty()) options.sSheetTarget = sheet;
   options.lTabSize = tabSize;
+  if (encoding != InputEncoding::kUnset) options.inputEncoding = encoding;
   if (!logFile.empty()) {
     options.sLogFile = AbsolutePath(logFile);
     MakeFolderPath(ParentFolderName(options.sLogFile));

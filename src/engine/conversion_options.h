@@ -4,6 +4,7 @@
 #include <string>
 
 #include "util/files.h"
+#include "util/utf8_text.h"
 
 namespace kroveld {
 
@@ -21,6 +22,9 @@ class clsConversionOptions {
   bool bClearOutputFileBeforeProcessing = true;
   std::string sSheetTarget = "1";
   int lTabSize = 8;
+  // How reports are read (command line --encoding, the options dialog); kUnset leaves it to the
+  // recipe, and to 8-bit text when the recipe says nothing either.
+  InputEncoding inputEncoding = InputEncoding::kUnset;
   // Keeping the output a run replaces (command line --backup); none from the window.
   BackupPolicy backup;
   int lCommandLineExitCode = 0;  // kept in the record for command-line runs; nothing uses it yet

@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "engine/context.h"
+#include "util/utf8_text.h"
 
 namespace kroveld {
 
@@ -62,7 +63,9 @@ bool FastCsvRows::Cut(Context& ctx, const std::vector<clsColumn>& columns, std::
     fast_ = Plan(ctx, columns);
     planned_ = true;
   }
-  if (!fast_ || clsLineProcessor::ExpandsTabs(line, ctx.tabSize)) {
+  // A UTF-8 line beyond ASCII is cut by printed columns, in the line processor.
+  if (!fast_ || clsLineProcessor::ExpandsTabs(line, ctx.tabSize) ||
+      (ctx.lineProcessor.Utf8() && !IsAscii(line))) {
     planned_ = false;  // AppendCsvValue works the operators out again
     return false;
   }

@@ -3,6 +3,8 @@
 // field costs no allocation. Sums and averages are built in one reused result buffer.
 #include "engine/line_processor.h"
 
+#include <algorithm>
+
 #include "engine/context.h"
 #include "util/collections.h"
 #include "util/files.h"
@@ -27,8 +29,11 @@ std::string_view Cut(std::string_view line, long long first, long long width) {
   return line.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(to - from));
 }
 
-std::string_view Combine(Context& ctx, const std::vector<std::string>& rows, std::string& result,
-                         int code, int firstColumn, int lastColumn);
+template <class CutSlot>
+std::string_view Combine(Context& ctx, CutSlot cut, std::string& result, int code, int firstColumn,
+                         int lastColumn);
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 }  // namespace
 
@@ -38,6 +43,7 @@ void clsLineProcessor::ResetRows() {
   // Every slot back to the empty string; the slots keep their capacity for the next lines.
   rows_.resize(kSlots);
   for (auto& slot : rows_) slot.clear();
+  by_columns_.fill(false);
 }
 
 void clsLineProcessor::SetSlot(int i, std::string_view text) {
@@ -45,7 +51,51 @@ void clsLineProcessor::SetSlot(int i, std::string_view text) {
     CollectionItemSet(ctx_.ui, rows_, i, std::string(text));
     return;
   }
-  rows_[static_cast<std::size_t>(i - 1)].assign(text);
+  const auto k = static_cast<std::size_t>(i - 1);
+  rows_[k].assign(text);
+  by_columns_[k] = utf8_ && !IsAscii(text);
+  indexed_[k] = false;
+}
+
+void clsLineProcessor::SetUtf8(bool utf8) {
+  utf8_ = utf8;
+  by_columns_.fill(false);
+  noted_files_.clear();
+}
+
+void clsLineProcessor::PutUtf8Line(int i, std::string_view line, bool period1, int tabSize) {
+  const auto k = static_cast<std::size_t>(i - 1);
+  // Many UTF-8 files open with a byte order mark; it is no part of the first line's text.
+  if (line.starts_with(kByteOrderMark)) line.remove_prefix(kByteOrderMark.size());
+  const bool addBlank = period1 && !line.empty() && line.back() != ' ';
+  if (RepairUtf8(line, repaired_) > 0) {
+    std::string name = ctx_.recipe.InputFilePath(i);
+    if (std::find(noted_files_.begin(), noted_files_.end(), name) == noted_files_.end()) {
+      ctx_.ui.Note("The report " + name +
+                   " is not valid UTF-8 throughout: each invalid byte counts as one character "
+                   "and is written as U+FFFD");
+      noted_files_.push_back(std::move(name));
+    }
+  }
+  if (addBlank) repaired_.push_back(' ');
+  std::string& slot = rows_[k];
+  if (tabSize > 0 && repaired_.find('\t') != std::string::npos) {
+    ExpandTabsByColumns(repaired_, tabSize, slot);
+  } else {
+    slot.swap(repaired_);  // both keep their capacity for the next lines
+  }
+  by_columns_[k] = true;
+  indexed_[k] = false;
+}
+
+std::string_view clsLineProcessor::CutSlot(int i, long long first, long long width) {
+  const auto k = static_cast<std::size_t>(i - 1);
+  if (!by_columns_[k]) return Cut(rows_[k], first, width);
+  if (!indexed_[k]) {
+    columns_[k].Build(rows_[k]);
+    indexed_[k] = true;
+  }
+  return columns_[k].Cut(rows_[k], first, width);
 }
 
 void clsLineProcessor::ReadRowPeriod1Only(TextFile* file, int tabSize) {
@@ -56,6 +106,13 @@ void clsLineProcessor::ReadRowPeriod1Only(TextFile* file, int tabSize) {
 }
 
 void clsLineProcessor::SetPeriod1Line(std::string_view line, int tabSize) {
+  if (utf8_) {
+    if (!IsAscii(line)) {
+      PutUtf8Line(1, line, true, tabSize);
+      return;
+    }
+    by_columns_[0] = false;
+  }
   std::string& slot = rows_[0];
   if (line.empty()) {
     // An empty line stays empty. (The view of an empty line may carry no data pointer at all: it
@@ -115,6 +172,10 @@ bool clsLineProcessor::ReadRow(long long lineNumber, int tabSize) {
       continue;  // the slot stays empty
     }
     std::string text = get_text_line(name, lineNumber);
+    if (utf8_ && !IsAscii(text)) {
+      PutUtf8Line(i, text, false, tabSize);
+      continue;
+    }
     if (tabSize > 0) text = ExpandTabs(text, tabSize);
     CollectionItemSet(ui, rows_, i, std::move(text));
   }
@@ -139,36 +200,35 @@ std::string_view clsLineProcessor::ProcessField(int code, int firstColumn, int l
   if (code == 0 || code == 1) {
     const int i = code == 0 ? ctx_.recipe.InputFileLast : ctx_.recipe.InputFileFirst;
     if (i < 1 || i > kSlots) return {};
-    return Cut(rows_[static_cast<std::size_t>(i - 1)], firstColumn, width);
+    return CutSlot(i, firstColumn, width);
   }
   if (code != 2 && code != 3) {
     ctx_.ui.Message("Invalid operator in ProcessField!", Icon::None);
     return {};
   }
-  return Combine(ctx_, rows_, result_, code, firstColumn, lastColumn);
+  const auto cut = [this, firstColumn, width](long long i) -> std::string_view {
+    if (i < 1 || i > kSlots) return {};
+    return CutSlot(static_cast<int>(i), firstColumn, width);
+  };
+  return Combine(ctx_, cut, result_, code, firstColumn, lastColumn);
 }
 
 namespace {
 
 // Sum (code 2) or average (code 3) of the field over the slots InputFileFirst..InputFileLast,
 // or the last piece that is not a number. Kept out of line so that cutting stays cheap.
-[[gnu::noinline]] std::string_view Combine(Context& ctx, const std::vector<std::string>& rows,
-                                           std::string& result, int code, int firstColumn,
-                                           int lastColumn) {
-  const long long width = static_cast<long long>(lastColumn) - firstColumn + 1;
+template <class CutSlot>
+[[gnu::noinline]] std::string_view Combine(Context& ctx, CutSlot cut, std::string& result, int code,
+                                           int firstColumn, int lastColumn) {
   const int first = ctx.recipe.InputFileFirst;
   const int last = ctx.recipe.InputFileLast;
-  auto slot = [&rows](long long i) -> std::string_view {
-    if (i < 1 || i > clsLineProcessor::kSlots) return {};
-    return rows[static_cast<std::size_t>(i - 1)];
-  };
 
   Fixed4 sum;
   long long count = 0;
   bool allNumeric = true;
   std::string_view nonNumeric;
   for (long long i = first; i <= last; ++i) {
-    const std::string_view piece = Cut(slot(i), firstColumn, width);
+    const std::string_view piece = cut(i);
     Fixed4 value;
     const NumberParse parsed = ParseFixed(piece, value);
     if (parsed == NumberParse::kNotNumeric) {

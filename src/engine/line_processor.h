@@ -1,8 +1,10 @@
 // The line processor: the row buffer of twelve slots (one per input file, a "period"), filled
 // sequentially from an open file or by line number from every input file, and the cutting of a
 // character range of the buffered lines into a field value, combined across files by operator.
+// Positions are bytes of 8-bit reports; of a report read as UTF-8 they are printed columns.
 #pragma once
 
+#include <array>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -10,6 +12,7 @@
 
 #include "util/text_file.h"
 #include "util/ui_port.h"
+#include "util/utf8_text.h"
 
 namespace kroveld {
 
@@ -42,9 +45,27 @@ class clsLineProcessor {
   std::string get_text_line(const std::string& fileName, long long lineNumber);
   void ResetRows();
 
+  // Whether the lines that come next are UTF-8 (cut by printed columns, an invalid byte kept as
+  // U+FFFD and noted once per file) or 8-bit text (cut by bytes). Set for each conversion.
+  void SetUtf8(bool utf8);
+  bool Utf8() const { return utf8_; }
+
  private:
+  // A line of a UTF-8 report holding characters beyond ASCII into slot i (from 1); `period1`
+  // adds the blank that slot 1's lines get.
+  void PutUtf8Line(int i, std::string_view line, bool period1, int tabSize);
+  std::string_view CutSlot(int i, long long first, long long width);
+
   Context& ctx_;
   std::vector<std::string> rows_;
+  bool utf8_ = false;
+  // Per slot, under UTF-8: whether it holds characters beyond ASCII (then cut by columns), and
+  // whether its column index is built.
+  std::array<bool, kSlots> by_columns_{};
+  std::array<bool, kSlots> indexed_{};
+  std::array<LineColumns, kSlots> columns_;
+  std::vector<std::string> noted_files_;  // files whose invalid bytes have been noted
+  std::string repaired_;
   std::string raw_;     // line as read, before tab expansion
   std::string result_;  // computed field text (sums, averages)
 };

@@ -7,6 +7,7 @@
 #include "util/profile.h"
 #include "util/strings.h"
 #include "util/text_file.h"
+#include "util/utf8_text.h"
 
 namespace kroveld {
 
@@ -14,6 +15,7 @@ namespace {
 
 constexpr std::string_view kOutputFile = "Output File";
 constexpr std::string_view kInputFiles = "Input Files";
+constexpr std::string_view kInputEncoding = "InputEncoding";
 
 bool IsAbsolute(std::string_view name) {
   if (name.empty()) return false;
@@ -42,6 +44,7 @@ void clsRecipe::Reset() {
   WriteDataFormat.clear();
   Sheet1Name.clear();
   Sheet2Name.clear();
+  InputEncoding.clear();
   InputFileFirst = 1;
   InputFileLast = 1;
   ExportSpecFileName.clear();
@@ -84,6 +87,13 @@ void clsRecipe::LoadFromFile(UiPort& ui, const std::string& path, const std::str
     // therefore reads its sheet names back empty.
     Sheet1Name = TopOfFileValue(path, "Sheet1Name");
     Sheet2Name = TopOfFileValue(path, "Sheet2Name");
+    InputEncoding =
+        std::string(Trim(GetProfileValueFromFile(path, kOutputFile, kInputEncoding, "")));
+    if (::kroveld::InputEncoding encoding; !ParseInputEncoding(InputEncoding, encoding)) {
+      ui.Message("Error in Output File : InputEncoding must be " +
+                     std::string(kInputEncodingChoices) + ", not \"" + InputEncoding + "\"!",
+                 Icon::Critical);
+    }
     for (int n = 1; n <= kInputSlots; ++n) {
       const std::string number = ToText(n);
       InputFileTitles[static_cast<std::size_t>(n - 1)] =
@@ -125,6 +135,11 @@ bool clsRecipe::SaveToFile(UiPort& ui, const std::string& path) const {
   file.Set(kOutputFile, "WriteDataFormat", WriteDataFormat);
   file.Set(kOutputFile, "Sheet1Name", Sheet1Name);
   file.Set(kOutputFile, "Sheet2Name", Sheet2Name);
+  // Written only by a recipe that names an encoding (or that named one when it was read), so a
+  // recipe without it is written back as it was.
+  if (!InputEncoding.empty() || file.Get(kOutputFile, kInputEncoding, "\x01") != "\x01") {
+    file.Set(kOutputFile, kInputEncoding, InputEncoding);
+  }
   for (int n = 1; n <= kInputSlots; ++n) {
     const std::string number = ToText(n);
     file.Set(kInputFiles, number + "Title", InputFileTitles[static_cast<std::size_t>(n - 1)]);

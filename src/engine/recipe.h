@@ -25,6 +25,9 @@ class clsRecipe {
   std::string WriteDataFormat;  // "NearestCent", "NearestDollar" or ""
   std::string Sheet1Name;
   std::string Sheet2Name;
+  // How its reports are read: "auto", "utf-8", "cp1252" or "latin1" as written in the recipe,
+  // "" when it says nothing (8-bit text). A value outside these is reported when loading.
+  std::string InputEncoding;
   std::array<std::string, kInputSlots> InputFileTitles;  // index 0 is input file 1
   std::array<std::string, kInputSlots> InputFileNames;
   clsExportSpecs ExportSpecs;

@@ -173,7 +173,8 @@ void FileConvertShortToLong(Context& ctx, const std::string& shortPath, const st
     const bool special = code == "=R" || code == "=L" || code == "=" || code == "-";
     if (special || tmpl.find('=') != std::string::npos) {
       if (!parser.TestGetTemplate(ui, inputPath, table.ReadStartLine, table.ReadStartLineOffset,
-                                  table.ReadEndLine, table.ReadEndLineOffset, ctx.tabSize)) {
+                                  table.ReadEndLine, table.ReadEndLineOffset, ctx.tabSize,
+                                  ctx.lineProcessor.Utf8())) {
         ui.Message(section + " not found!", Icon::Exclamation);
         break;
       }
@@ -181,7 +182,7 @@ void FileConvertShortToLong(Context& ctx, const std::string& shortPath, const st
       // A fixed template needs no table, but when the table is there its last column is
       // stretched to the longest row so that nothing right of the template is dropped.
       parser.Locate(inputPath, table.ReadStartLine, table.ReadStartLineOffset, table.ReadEndLine,
-                    table.ReadEndLineOffset, ctx.tabSize);
+                    table.ReadEndLineOffset, ctx.tabSize, ctx.lineProcessor.Utf8());
     }
     std::string working = tmpl;
     if (code == "=L") working = parser.MarkedTemplate('L');

@@ -7,6 +7,7 @@
 #include "util/line_search.h"
 #include "util/strings.h"
 #include "util/text_file.h"
+#include "util/utf8_text.h"
 
 namespace kroveld {
 
@@ -64,9 +65,10 @@ std::vector<Run> StretchesOf(std::string_view text) {
 
 clsTableParser::Located clsTableParser::Locate(const std::string& inputPath,
                                                std::string_view startKey, int startOffset,
-                                               std::string_view endKey, int endOffset,
-                                               int tabSize) {
+                                               std::string_view endKey, int endOffset, int tabSize,
+                                               bool utf8) {
   ClearLines();
+  utf8_ = utf8;
   // Both keys are searched from line 1, in one pass over the file.
   const std::string_view keys[] = {startKey, endKey};
   const std::vector<KeyLine> found = FindFirstLinesContaining(inputPath, keys);
@@ -88,8 +90,16 @@ clsTableParser::Located clsTableParser::Locate(const std::string& inputPath,
   if (!positioned) return Located::kNotFound;
   std::string_view line;
   std::string expanded;
+  std::string repaired;
   for (std::int64_t n = first; n <= last && file.ReadLine(line); ++n) {
-    if (tabSize >= 1) {
+    if (utf8 && !IsAscii(line)) {
+      RepairUtf8(line, repaired);
+      if (tabSize >= 1) {
+        ExpandTabsByColumns(repaired, tabSize, expanded);
+        repaired.swap(expanded);
+      }
+      lines_.push_back(ColumnPicture(repaired));
+    } else if (tabSize >= 1) {
       ExpandTabs(line, tabSize, expanded);
       lines_.push_back(expanded);
     } else {
@@ -103,8 +113,9 @@ clsTableParser::Located clsTableParser::Locate(const std::string& inputPath,
 
 bool clsTableParser::TestGetTemplate(UiPort& ui, const std::string& inputPath,
                                      std::string_view startKey, int startOffset,
-                                     std::string_view endKey, int endOffset, int tabSize) {
-  const Located result = Locate(inputPath, startKey, startOffset, endKey, endOffset, tabSize);
+                                     std::string_view endKey, int endOffset, int tabSize,
+                                     bool utf8) {
+  const Located result = Locate(inputPath, startKey, startOffset, endKey, endOffset, tabSize, utf8);
   if (result == Located::kTooManyRows) {
     ui.Message("Error: A table must have no more than 9999 rows!", Icon::Critical);
   }
@@ -218,6 +229,12 @@ std::string clsTableParser::VariableToFixedTemplate(std::string_view tmpl) const
 bool clsTableParser::analyze_template(UiPort& ui, std::string_view tmpl,
                                       std::vector<ColumnSpan>& spans) const {
   spans.clear();
+  // A template typed with characters beyond ASCII under a UTF-8 report marks printed columns.
+  std::string picture;
+  if (utf8_ && !IsAscii(tmpl)) {
+    picture = ColumnPicture(tmpl);
+    tmpl = picture;
+  }
   const std::string code = UpperAscii(Trim(tmpl));
   std::string working;
   if (code == "-") {

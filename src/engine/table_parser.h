@@ -35,12 +35,14 @@ class clsTableParser {
   // below 1 means not found; so does a block that lies wholly past the end of the file. The rows
   // (those that exist) are kept, tabs expanded with `tabSize` when it is at least 1. More than
   // 9999 rows shows "Error: A table must have no more than 9999 rows!" (critical). True when
-  // found.
+  // found. With `utf8` a row holding characters beyond ASCII is kept as its ColumnPicture, so
+  // that every position below counts printed columns, as the cutting of a UTF-8 report does.
   bool TestGetTemplate(UiPort& ui, const std::string& inputPath, std::string_view startKey,
-                       int startOffset, std::string_view endKey, int endOffset, int tabSize);
+                       int startOffset, std::string_view endKey, int endOffset, int tabSize,
+                       bool utf8 = false);
   // The same search without any message.
   Located Locate(const std::string& inputPath, std::string_view startKey, int startOffset,
-                 std::string_view endKey, int endOffset, int tabSize);
+                 std::string_view endKey, int endOffset, int tabSize, bool utf8 = false);
 
   // Uses these lines as the located table (tests, and callers that hold the text already).
   void SetLines(std::vector<std::string> lines);
@@ -81,6 +83,7 @@ class clsTableParser {
  private:
   std::vector<std::string> lines_;
   std::int64_t first_line_ = 0;
+  bool utf8_ = false;  // the lines were located in a UTF-8 report
 };
 
 }  // namespace kroveld

@@ -5,6 +5,7 @@
 
 #include "engine/short_format.h"
 #include "jobs/auto_recipe_lock.h"
+#include "jobs/input_encoding.h"
 #include "jobs/trace.h"
 #include "jobs/workbook/workbook_codecs.h"
 #include "jobs/write_report.h"
@@ -66,6 +67,7 @@ void RunAutomatic(Context& ctx, ConversionHost& host, bool csv) {
     return;
   }
   NoteTabs(ctx, host);
+  ApplyInputEncoding(ctx, {});
   {
     // _AutoRecipe.rcp and _ExportSpecs.krs are shared by every process of this application
     // folder; once the export definition is in memory they are no longer needed.
@@ -96,7 +98,14 @@ void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
   }
   Trace("frmMain.cmdRunRecipe_Click 5");
   NoteTabs(ctx, host);
+  // The run's own choice already counts while a short recipe's columns are worked out; a
+  // long-form recipe's InputEncoding counts when the run names none.
+  ApplyInputEncoding(ctx, {});
   LoadChosenRecipe(ctx);
+  if (ctx.options.inputEncoding == InputEncoding::kUnset && !ctx.recipe.InputEncoding.empty() &&
+      !ApplyInputEncoding(ctx, ctx.recipe.InputEncoding)) {
+    return;  // an encoding the recipe names wrongly would cut every field in the wrong place
+  }
   ctx.periodLabel = PeriodLabel(ctx.recipe);
   Trace("frmMain.cmdRunRecipe_Click 6");
   WriteReport(ctx, csv);

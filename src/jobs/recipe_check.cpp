@@ -7,6 +7,7 @@
 
 #include "engine/context.h"
 #include "jobs/conversion_job.h"
+#include "jobs/input_encoding.h"
 #include "jobs/recipe_lint.h"
 #include "jobs/workbook/workbook_sink.h"
 #include "util/files.h"
@@ -92,6 +93,7 @@ std::vector<RecipeNote> CheckRecipe(UiPort& ui, const RecipeCheckRequest& reques
       SinkScope scope(ctx, sink);
       ctx.periodLabel = PeriodLabel(ctx.recipe);
       ctx.run.jobStartTick = TickCount();
+      ApplyInputEncoding(ctx, ctx.recipe.InputEncoding);
       ctx.recipe.ExportSpecs.Process(ctx);
     }
   }

@@ -48,6 +48,7 @@ struct Scan {
   int found = -1;    // the line read (its value may be blank)
   int decider = -1;  // the line that mentioned the key with another key left of "="
   std::string value;
+  bool optional = false;  // a key whose absence is normal: never listed as read as missing
 };
 
 // Why the reading of a section ended early (a failed check), if it did.
@@ -258,6 +259,9 @@ class Linter {
         }
       }
     }
+    // An optional key after them: its absence is no note.
+    Fresh("Output File", "InputEncoding", "");
+    scans_.back().optional = true;
     // The sheet names are looked up from the top of the file, above the first heading.
     Fresh("", "Sheet1Name", "");
     Fresh("", "Sheet2Name", "");
@@ -545,7 +549,8 @@ class Linter {
       if (l.valueBracket) {
         std::vector<std::string> lost;
         for (const Scan& s : scans_) {
-          if (s.found < 0 && s.to == i + 1 && s.from <= i && !Contains(lost, s.key)) {
+          if (s.found < 0 && !s.optional && s.to == i + 1 && s.from <= i &&
+              !Contains(lost, s.key)) {
             lost.push_back(s.key);
           }
         }

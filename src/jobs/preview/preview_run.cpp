@@ -9,6 +9,7 @@
 #include "engine/context.h"
 #include "engine/short_format.h"
 #include "jobs/conversion_job.h"
+#include "jobs/input_encoding.h"
 #include "jobs/preview/collecting_port.h"
 #include "jobs/preview/message_sections.h"
 #include "jobs/preview/preview_recorder.h"
@@ -239,6 +240,7 @@ PreviewResult RunPreview(const PreviewRequest& request) {
       form = FormOf(copy);
       if (form == RecipeForm::kLong) specPath = ctx.recipe.ExportSpecPath();
       ctx.periodLabel = PeriodLabel(ctx.recipe);
+      ApplyInputEncoding(ctx, ctx.recipe.InputEncoding);
 
       WorkbookSink sink;  // never opened on a file, never saved
       PreviewRecorder recorder(port, result);
