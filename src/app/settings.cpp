@@ -7,6 +7,7 @@
 #include "util/profile.h"
 #include "util/strings.h"
 #include "util/ui_port.h"
+#include "util/utf8_text.h"
 
 namespace kroveld {
 
@@ -14,6 +15,7 @@ namespace {
 
 constexpr std::string_view kGeneral = "General";
 constexpr std::string_view kFrame = "frmMainMDI";
+constexpr std::string_view kInputEncodingKey = "sInputEncoding";
 // The read buffer of a value holds 500 characters with its terminating NUL.
 constexpr std::size_t kMaxValue = 499;
 
@@ -82,6 +84,9 @@ bool Settings::Read(UiPort& ui) {
   sSheetTarget = Value(ini, kGeneral, "sSheetTarget", "1");
   lTabSize = Number(Value(ini, kGeneral, "lTabSize", "8"), 8);
   useRecipeFile = UpperAscii(Trim(Value(ini, kGeneral, "UseRecipeFile", "NO"))) == "YES";
+  // A value no run understands is as good as none.
+  sInputEncoding = LowerAscii(Trim(Value(ini, kGeneral, kInputEncodingKey, "")));
+  if (InputEncoding e; !ParseInputEncoding(sInputEncoding, e)) sInputEncoding.clear();
   inputs.Setup(clsMRU::kSlots, path_, "mruInputFile", ini);
   outputs.Setup(clsMRU::kSlots, path_, "mruOutputFile", ini);
   recipes.Setup(clsMRU::kSlots, path_, "mruRecipeFile", ini);
@@ -99,6 +104,9 @@ bool Settings::Save() {
   ini.Set(kGeneral, "sSheetTarget", sSheetTarget);
   ini.Set(kGeneral, "lTabSize", ToText(lTabSize));
   ini.Set(kGeneral, "UseRecipeFile", useRecipeFile ? "YES" : "NO");
+  if (!sInputEncoding.empty() || ini.Get(kGeneral, kInputEncodingKey, "\x01") != "\x01") {
+    ini.Set(kGeneral, kInputEncodingKey, sInputEncoding);
+  }
   if (!ini.Save(path_)) return false;
   bool ok = true;
   for (clsMRU* list : {&inputs, &outputs, &recipes}) ok = list->WriteCollectionToIniFile() && ok;

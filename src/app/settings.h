@@ -39,6 +39,9 @@ class Settings final {
   bool bClearOutputFileBeforeProcessing = false;
   std::string sSheetTarget;
   bool useRecipeFile = false;
+  // How reports are read: "auto", "utf-8", "cp1252", "latin1", or "" to leave it to the recipe.
+  // Kept in config.ini only once it has been set.
+  std::string sInputEncoding;
   clsMRU inputs, outputs, recipes;
 
   // ReadIniFile: a missing file shows path + " can not be found!", a wrong header the header

@@ -472,6 +472,7 @@ void MainWindow::Convert() {
   o.lTabSize = settings_.lTabSize;
   o.bClearOutputFileBeforeProcessing = settings_.bClearOutputFileBeforeProcessing;
   o.sSheetTarget = settings_.sSheetTarget;
+  ParseInputEncoding(settings_.sInputEncoding, o.inputEncoding);
   recipe_box_text_ = o.sRecipeFile;
   ctx_.run.stopRequested.store(false);
   BeginProcessing(ctx_, *this);

@@ -1,12 +1,14 @@
 #include "app/window/options_dialog.h"
 
 #include <QCheckBox>
+#include <QComboBox>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QVBoxLayout>
+#include <algorithm>
 
 #include "app/settings.h"
 #include "app/window/qt_port.h"
@@ -39,8 +41,10 @@ OptionsDialog::OptionsDialog(Settings& owner, QtPort& port, QWidget* parent)
       sheet_target_(Named(new QLineEdit(this), "txtSheetTarget")),
       clear_output_(Named(new QCheckBox(tr("&Clear sheet contents before processing"), this),
                           "cbClearOutputFileBeforeProcessing")),
-      show_excel_(Named(new QCheckBox(tr("Show Excel Application while processing"), this),
-                        "cbShowExcel")) {
+      show_excel_(
+          Named(new QCheckBox(tr("Show Excel Application while processing"), this), "cbShowExcel")),
+      input_encoding_(
+          Named(new QComboBox(this), "cboInputEncoding", QStringLiteral("Input encoding"))) {
   Named(this, "frmKROOptions");
   setWindowTitle(QStringLiteral("Kroveld Options"));
   setModal(true);
@@ -66,6 +70,19 @@ OptionsDialog::OptionsDialog(Settings& owner, QtPort& port, QWidget* parent)
       input));
   inputLayout->addWidget(
       Wrapped(QStringLiteral("Typical values are 2 to 16, with 8 used most commonly."), input));
+  auto* encodingRow = new QHBoxLayout;
+  auto* encodingLabel = new QLabel(tr("Input &encoding:"), input);
+  encodingLabel->setBuddy(input_encoding_);
+  input_encoding_->addItem(tr("As the recipe says (8-bit text when it says nothing)"), QString());
+  input_encoding_->addItem(tr("Automatic (UTF-8 when the whole report is UTF-8)"),
+                           QStringLiteral("auto"));
+  input_encoding_->addItem(tr("UTF-8 (positions count printed characters)"),
+                           QStringLiteral("utf-8"));
+  input_encoding_->addItem(tr("Windows-1252 (8-bit)"), QStringLiteral("cp1252"));
+  input_encoding_->addItem(tr("Latin-1 (8-bit)"), QStringLiteral("latin1"));
+  encodingRow->addWidget(encodingLabel);
+  encodingRow->addWidget(input_encoding_, 1);
+  inputLayout->addLayout(encodingRow);
   inputLayout->addStretch();
 
   QWidget* output = Page(tabs_, 2, QStringLiteral("Output Excel File"));
@@ -95,6 +112,8 @@ OptionsDialog::OptionsDialog(Settings& owner, QtPort& port, QWidget* parent)
   show_excel_->setChecked(owner_.bShowExcel);
   clear_output_->setChecked(owner_.bClearOutputFileBeforeProcessing);
   sheet_target_->setText(QString::fromStdString(owner_.sSheetTarget));
+  input_encoding_->setCurrentIndex(
+      std::max(0, input_encoding_->findData(QString::fromStdString(owner_.sInputEncoding))));
 
   connect(apply, &QPushButton::clicked, this, &OptionsDialog::Apply);
   connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
@@ -114,6 +133,7 @@ void OptionsDialog::Apply() {
   owner_.bShowExcel = show_excel_->isChecked();
   owner_.bClearOutputFileBeforeProcessing = clear_output_->isChecked();
   owner_.sSheetTarget = sheet_target_->text().toStdString();
+  owner_.sInputEncoding = input_encoding_->currentData().toString().toStdString();
   accept();
 }
 

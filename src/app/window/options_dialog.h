@@ -1,10 +1,12 @@
-// The options dialog frmKROOptions: the main window's four conversion settings on three tabs.
+// The options dialog frmKROOptions: the main window's conversion settings on three tabs (tab
+// size and input encoding on the input page).
 // Apply writes them back to the owner's settings (no file is written); Cancel leaves them.
 #pragma once
 
 #include <QDialog>
 
 class QCheckBox;
+class QComboBox;
 class QLineEdit;
 class QTabWidget;
 
@@ -29,6 +31,7 @@ class OptionsDialog : public QDialog {
   QLineEdit* sheet_target_;
   QCheckBox* clear_output_;
   QCheckBox* show_excel_;
+  QComboBox* input_encoding_;  // item data: the setting's text
 };
 
 }  // namespace kroveld
