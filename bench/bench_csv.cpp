@@ -1,13 +1,21 @@
 // Converts the detail table of a generated report (six amount columns) to CSV through the library,
 // as a conversion job does, and prints the elapsed time, the throughput and the peak memory of the
 // process. scripts/bench-csv compares the figures with cat, cp, gawk and pandas.
+// With --utf8-vs-default the same report is converted read as 8-bit text (the default) and read
+// as UTF-8, alternately, best of five each, and both throughputs are printed with their ratio;
+// the two outputs must be the same bytes (scripts/bench-encoding).
 //
-//   kroveld_bench_csv <report path> <csv output path>
+//   kroveld_bench_csv <report path> <csv output path> [--utf8-vs-default]
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
 #include <string>
 
 #include "engine/context.h"
@@ -42,22 +50,14 @@ kroveld::clsColumn Column(int start, int end, const char* letter) {
   return c;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: kroveld_bench_csv <report path> <csv output path>\n");
-    return 2;
-  }
-  const std::string report = argv[1];
-  const std::string output = argv[2];
-
-  QuietPort ui;
-  kroveld::Context ctx(ui, std::filesystem::current_path().string());
-  ctx.recipe.InputFileNames[0] = report;
-  ctx.recipe.InputFileFirst = 1;
-  ctx.recipe.InputFileLast = 1;
-  ctx.statusPrefix = "Converting";
+// A context that converts the detail table of `report`, read as UTF-8 when `utf8`.
+std::unique_ptr<kroveld::Context> DetailTable(QuietPort& ui, const std::string& report, bool utf8) {
+  auto ctx = std::make_unique<kroveld::Context>(ui, std::filesystem::current_path().string());
+  ctx->recipe.InputFileNames[0] = report;
+  ctx->recipe.InputFileFirst = 1;
+  ctx->recipe.InputFileLast = 1;
+  ctx->statusPrefix = "Converting";
+  ctx->lineProcessor.SetUtf8(utf8);
   kroveld::clsTable table;
   table.ReadStartLine = "*** DETAIL LEDGER BEGIN ***";
   table.ReadStartLineOffset = 1;
@@ -66,11 +66,15 @@ int main(int argc, char** argv) {
   const char* letters[] = {"A", "B", "C", "D", "E", "F"};
   for (int c = 0; c < 6; ++c) table.Columns.push_back(Column(43 + 16 * c, 58 + 16 * c, letters[c]));
   table.TotalColumns = 6;
-  auto& specs = ctx.recipe.ExportSpecs;
+  auto& specs = ctx->recipe.ExportSpecs;
   specs.Tables.push_back(std::move(table));
   specs.TableCount = 1;
   specs.SectionSequenceCollection = {"Table"};
+  return ctx;
+}
 
+// Seconds one conversion took, or a negative number after saying what went wrong.
+double Convert(QuietPort& ui, kroveld::Context& ctx, const std::string& output) {
   const auto t0 = std::chrono::steady_clock::now();
   std::string error;
   const bool ok = kroveld::ConvertToCsv(ctx, output, &error);
@@ -78,17 +82,66 @@ int main(int argc, char** argv) {
       std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
   if (!ok) {
     std::fprintf(stderr, "kroveld_bench_csv: %s\n", error.c_str());
-    return 1;
+    return -1;
   }
-  if (ui.messages > 0 || specs.Failed) {
+  if (ui.messages > 0 || ctx.recipe.ExportSpecs.Failed) {
     std::fprintf(stderr, "kroveld_bench_csv: the conversion showed %lld message(s), first: %s\n",
                  ui.messages, ui.first.c_str());
+    return -1;
+  }
+  return seconds;
+}
+
+std::string Contents(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+int CompareEncodings(const std::string& report, const std::string& output) {
+  const double megabytes = static_cast<double>(std::filesystem::file_size(report)) / 1e6;
+  const std::string utf8Output = output + ".utf8";
+  double best[2] = {1e300, 1e300};  // default, utf-8
+  for (int round = 0; round < 5; ++round) {
+    for (const bool utf8 : {false, true}) {
+      QuietPort ui;
+      auto ctx = DetailTable(ui, report, utf8);
+      const double seconds = Convert(ui, *ctx, utf8 ? utf8Output : output);
+      if (seconds < 0) return 1;
+      best[utf8] = std::min(best[utf8], seconds);
+    }
+  }
+  if (Contents(output) != Contents(utf8Output)) {
+    std::fprintf(stderr, "kroveld_bench_csv: the UTF-8 reading gave other bytes\n");
     return 1;
   }
+  std::filesystem::remove(utf8Output);
+  std::printf("default   seconds=%.3f mb_per_s=%.1f\n", best[0], megabytes / best[0]);
+  std::printf("utf-8     seconds=%.3f mb_per_s=%.1f\n", best[1], megabytes / best[1]);
+  std::printf("utf-8 / default throughput = %.3f\n", best[0] / best[1]);
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const bool compare = argc == 4 && std::strcmp(argv[3], "--utf8-vs-default") == 0;
+  if (argc != 3 && !compare) {
+    std::fprintf(stderr,
+                 "usage: kroveld_bench_csv <report path> <csv output path> [--utf8-vs-default]\n");
+    return 2;
+  }
+  const std::string report = argv[1];
+  const std::string output = argv[2];
+  if (compare) return CompareEncodings(report, output);
+
+  QuietPort ui;
+  auto ctx = DetailTable(ui, report, false);
+  const double seconds = Convert(ui, *ctx, output);
+  if (seconds < 0) return 1;
   struct rusage usage {};
   getrusage(RUSAGE_SELF, &usage);
   const double bytes = static_cast<double>(std::filesystem::file_size(report));
-  const auto& t = specs.Tables[0];
+  const auto& t = ctx->recipe.ExportSpecs.Tables[0];
   std::printf("seconds=%.3f mb_per_s=%.1f rows=%d peak_rss_kb=%ld status_updates=%lld\n", seconds,
               bytes / 1e6 / seconds, t.LastRowWritten - t.FirstRowWritten + 1, usage.ru_maxrss,
               ui.statuses);
