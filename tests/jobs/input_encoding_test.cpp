@@ -171,5 +171,25 @@ TEST(InputEncoding, TheRunsChoiceComesBeforeTheRecipes) {
   }
 }
 
+// Without a recipe the columns are worked out from the marked report: in UTF-8, by characters.
+TEST(InputEncoding, AutomaticRecipeWorksOutColumnsByCharacters) {
+  // Amounts right-aligned on the page; by bytes the names would overlap them.
+  const std::string marked = CrLf({">>1", "Name    Amount", "ÖZTÜRK  451.25", "SMITH    12.00",
+                                   "山田      7.00", "<<1", "-", ">>"});
+  std::string csv[2];
+  for (const bool utf8 : {false, true}) {
+    Conversion c;
+    c.ctx.options.bUseRecipe = false;
+    c.ctx.options.sInputFile = c.dir.Write("marked.txt", marked);
+    c.ctx.options.sOutputFile = c.dir.File("auto.csv");
+    c.ctx.options.inputEncoding = utf8 ? InputEncoding::kUtf8 : InputEncoding::kUnset;
+    RunRecipe(c.ctx, c.host);
+    EXPECT_TRUE(c.port.messages.empty()) << c.port.Texts().front();
+    csv[utf8] = ReadFile(c.dir.File("auto.csv"));
+  }
+  EXPECT_EQ(csv[1], CrLf({"ÖZTÜRK , 451.25", "SMITH  ,  12.00", "山田   ,   7.00"}));
+  EXPECT_NE(csv[0], csv[1]);
+}
+
 }  // namespace
 }  // namespace kroveld
