@@ -200,38 +200,6 @@ TEST(ConventionalCommandLine, RequiredOptionsOfAConversionAndOfTheCheck) {
   EXPECT_EQ(options.sInputFile, "/r/a.txt");
 }
 
-TEST(ConventionalCommandLine, EncodingTakesOneOfFourNames) {
-  const struct {
-    std::vector<std::string> args;
-    InputEncoding encoding;
-    std::string err;  // empty: accepted
-  } cases[] = {
-      {{}, InputEncoding::kUnset, ""},
-      {{"--encoding", "utf-8"}, InputEncoding::kUtf8, ""},
-      {{"--encoding=AUTO"}, InputEncoding::kAuto, ""},
-      {{"--encoding", "cp1252"}, InputEncoding::kCp1252, ""},
-      {{"--encoding", "latin1"}, InputEncoding::kLatin1, ""},
-      {{"--encoding", "utf8"}, InputEncoding::kUnset,
-       "--encoding \"utf8\" is not an encoding: use auto, utf-8, cp1252 or latin1"},
-      {{"--encoding", " "}, InputEncoding::kUnset,
-       "--encoding \" \" is not an encoding: use auto, utf-8, cp1252 or latin1"},
-  };
-  for (const auto& c : cases) {
-    clsConversionOptions options;
-    std::vector<std::string> args = {"-i", "a.txt", "-o", "b.csv"};
-    args.insert(args.end(), c.args.begin(), c.args.end());
-    const auto r = ParseConventionalCommandLine(args, options);
-    if (c.err.empty()) {
-      EXPECT_TRUE(r.job) << r.err;
-      EXPECT_EQ(options.inputEncoding, c.encoding);
-    } else {
-      EXPECT_FALSE(r.job);
-      EXPECT_EQ(r.exitCode, 2);
-      EXPECT_EQ(r.err, "kroveld: " + c.err + "\nRun with --help for more information.\n");
-    }
-  }
-}
-
 TEST(ConventionalCommandLine, LogCreatesItsFolder) {
   TempDir dir;
   clsConversionOptions options;
