@@ -133,6 +133,8 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
   app.add_option("--encoding", encodingName,
                  "How reports are read: auto, utf-8, cp1252 or latin1 (default: as the recipe "
                  "says, else 8-bit text)");
+  bool suggest = false;
+  app.add_flag("--suggest", suggest, "Print the row filters proposed for the tables of -i");
 
   if (const std::string unknown = FirstUnknownOption(app, args); !unknown.empty()) {
     result.exitCode = 2;
@@ -163,9 +165,14 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
       (Trim(encodingName).empty() || !ParseInputEncoding(encodingName, encoding))) {
     missing = "--encoding \"" + encodingName + "\" is not an encoding: use " +
               std::string(kInputEncodingChoices);
+  } else if (check && suggest) {
+    missing = "--check and --suggest are runs of their own: give one of them";
   } else if (check) {
     if (recipe.empty()) missing = "--check needs --recipe";
     if (!output.empty()) missing = "--check writes nothing: leave out --output";
+  } else if (suggest) {
+    if (input.empty()) missing = "--suggest needs --input";
+    if (!output.empty()) missing = "--suggest writes nothing: leave out --output";
   } else if (input.empty()) {
     missing = "--input is required";
   } else if (output.empty()) {
@@ -208,7 +215,8 @@ CliParseResult ParseConventionalCommandLine(const std::vector<std::string>& args
   if (suffix.empty()) suffix = EnvironmentOr("SIMPLE_BACKUP_SUFFIX", "~");
   if (suffix.find('/') == std::string::npos) options.backup.suffix = suffix;
   result.check = check;
-  result.job = !check;
+  result.suggest = suggest;
+  result.job = !check && !suggest;
   return result;
 }
 

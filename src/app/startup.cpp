@@ -20,6 +20,7 @@
 #include "app/startup_files.h"
 #include "engine/context.h"
 #include "jobs/batch.h"
+#include "jobs/filter_suggest.h"
 #include "jobs/recipe_check.h"
 #include "jobs/trace.h"
 #include "util/files.h"
@@ -114,6 +115,18 @@ int RunRecipeCheck(const Context& ctx, ConsolePort& port) {
   return port.MessageShown() || !notes.empty() ? 1 : 0;
 }
 
+// --suggest: the keys to paste on stdout, messages on stderr; 1 when a message was shown.
+int RunFilterSuggestions(const Context& ctx, ConsolePort& port) {
+  const std::string text = SuggestFilters(
+      port, FilterSuggestRequest{ctx.options.sInputFile,
+                                 ctx.options.bUseRecipe ? ctx.options.sRecipeFile : std::string(),
+                                 ctx.options.lTabSize});
+  std::fputs(text.c_str(), stdout);
+  std::fflush(stdout);
+  port.EraseProgress();
+  return port.MessageShown() ? 1 : 0;
+}
+
 // "2 files converted, 1 failed, 12,345 rows written, 3.4 MB read in 0.52 s (6.5 MB/s)"; sizes
 // under a megabyte in bytes.
 std::string RunSummary(const RunTally& tally, double seconds) {
@@ -159,14 +172,15 @@ int RunMain(int argc, char** argv) {
   }
   ConsolePort port(stderr, ::isatty(STDERR_FILENO) == 1);
   Context ctx(port, FindAppFolder());
-  // A check writes nothing either.
+  // A check writes nothing either, nor do suggestions.
   if (!args.empty() && args.front().starts_with('-') &&
-      std::find(args.begin(), args.end(), "--check") != args.end()) {
+      (std::find(args.begin(), args.end(), "--check") != args.end() ||
+       std::find(args.begin(), args.end(), "--suggest") != args.end())) {
     clsConversionOptions options = ctx.options;
     const CliParseResult parsed = ParseConventionalCommandLine(args, options);
-    if (parsed.check) {
+    if (parsed.check || parsed.suggest) {
       ctx.options = options;
-      return RunRecipeCheck(ctx, port);
+      return parsed.check ? RunRecipeCheck(ctx, port) : RunFilterSuggestions(ctx, port);
     }
   }
   const std::string configPath = PrepareApplicationFolder(ctx);
