@@ -99,14 +99,12 @@ void MarkJoiners(const std::vector<std::string>& lines, const std::vector<std::s
 }
 
 // Marks the lines that cross a column boundary the rows keep to, hold words in a column where
-// most rows hold numbers, or are repeated (`repeated`) with words and no number where the rows
-// have theirs. Rows are the lines of `rows`. `numbered` tells the lines with a number in a column
-// of numbers; false when the table has no such column.
+// most rows hold numbers. Rows are the lines of `rows`. `numbered` tells the lines with a number in
+// a column of numbers; false when the table has no such column.
 bool MarkColumnMisfits(const std::vector<std::string>& lines,
                        const std::vector<std::size_t>& candidates,
                        const std::vector<std::size_t>& rows, const std::vector<ColumnSpan>& spans,
-                       const std::vector<bool>& repeated, std::vector<bool>& misfit,
-                       std::vector<bool>& numbered) {
+                       std::vector<bool>& misfit, std::vector<bool>& numbered) {
   const std::size_t columns = spans.size();
   std::vector<bool> numeric(columns, false);
   std::vector<bool> clean(columns, false);  // boundary after column k
@@ -147,7 +145,6 @@ bool MarkColumnMisfits(const std::vector<std::string>& lines,
         misfit[i] = true;
       }
     }
-    if (anyNumeric && repeated[i] && !numbers && HasLetter(l)) misfit[i] = true;
     numbered[i] = numbers;
   }
   return anyNumeric;
@@ -301,8 +298,6 @@ BlockSurvey SurveyBlock(UiPort& ui, const clsTableParser& parser, std::string_vi
   }
   if (candidates.empty()) return survey;
 
-  std::vector<bool> repeated(n, false);
-  for (std::size_t i : candidates) repeated[i] = keyCounts[keys[i]] > 1;
   const std::vector<bool> seed = SeedRows(lines, candidates);
   std::vector<bool> misfit(n, false);
   const std::string code = UpperAscii(Trim(tmpl));
@@ -327,9 +322,9 @@ BlockSurvey SurveyBlock(UiPort& ui, const clsTableParser& parser, std::string_vi
     // Twice: the second time the kinds of the columns come from every line the first time left.
     std::vector<bool> first = misfit;
     std::vector<bool> numbered(n, false);
-    MarkColumnMisfits(lines, candidates, rows, survey.spans, repeated, first, numbered);
-    if (MarkColumnMisfits(lines, candidates, fitting(first, nullptr), survey.spans, repeated,
-                          misfit, numbered)) {
+    MarkColumnMisfits(lines, candidates, rows, survey.spans, first, numbered);
+    if (MarkColumnMisfits(lines, candidates, fitting(first, nullptr), survey.spans, misfit,
+                          numbered)) {
       MarkStrayLabels(lines, candidates, numbered, misfit);
     }
   }
