@@ -37,8 +37,7 @@ bool HasLetter(std::string_view text) {
 }
 
 // Occupied positions as the analyzer sees them (only ' ' is blank there), per position, from
-// 0. With `bridge`, a single blank between two occupied positions is occupied too, as the "="
-// template joins words of one column.
+// 0: a single blank between two occupied positions is made occupied, as words of one column.
 void Bridge(std::vector<int>& occupied) {
   for (std::size_t p = 1; p + 1 < occupied.size(); ++p) {
     if (occupied[p] == 0 && occupied[p - 1] > 0 && occupied[p + 1] > 0) occupied[p] = 1;
@@ -46,11 +45,12 @@ void Bridge(std::vector<int>& occupied) {
 }
 
 // Lines that join two columns of the template the seed rows make, each line measured against
-// the seeds other than itself. A heading repeated on every page would keep its own columns open
-// if only the line itself were left out, so the lines with the same heading key are left out
-// together.
+// the seeds other than itself. Words one blank apart count as one stretch on both sides, so only
+// a gap of two blanks or more is a gap between columns. A heading repeated on every page would keep
+// its own columns open if only the line itself were left out, so the lines with the same heading
+// key are left out together.
 void MarkJoiners(const std::vector<std::string>& lines, const std::vector<std::size_t>& candidates,
-                 const std::vector<bool>& seed, const std::vector<std::string>& keys, bool bridge,
+                 const std::vector<bool>& seed, const std::vector<std::string>& keys,
                  std::vector<bool>& misfit) {
   std::size_t width = 0;
   for (std::size_t i : candidates) width = std::max(width, lines[i].size());
@@ -72,7 +72,7 @@ void MarkJoiners(const std::vector<std::string>& lines, const std::vector<std::s
       if (!seed[i]) continue;
       for (std::size_t p = 0; p < lines[i].size(); ++p) others[p] -= lines[i][p] != ' ' ? 1 : 0;
     }
-    if (bridge) Bridge(others);
+    Bridge(others);
     int id = -1;
     for (std::size_t p = 0; p < width; ++p) {
       if (others[p] > 0 && (p == 0 || others[p - 1] == 0)) ++id;
@@ -83,7 +83,7 @@ void MarkJoiners(const std::vector<std::string>& lines, const std::vector<std::s
       const std::string& l = lines[i];
       own.assign(l.size(), 0);
       for (std::size_t p = 0; p < l.size(); ++p) own[p] = l[p] != ' ' ? 1 : 0;
-      if (bridge) Bridge(own);
+      Bridge(own);
       int runField = -1;
       for (std::size_t p = 0; p < l.size() && !misfit[i]; ++p) {
         if (own[p] == 0) {
@@ -150,32 +150,44 @@ bool MarkColumnMisfits(const std::vector<std::string>& lines,
   return anyNumeric;
 }
 
-// Lines of words only in a table of numbers belong to the rows when they stand next to a row
-// with numbers (a label wrapped onto the line above its figures, a note under its row, a group
-// label over its rows), at most two such lines away; otherwise they are an address, a title or
-// a footnote between the tables of the block.
+// Lines of words only in a table of numbers belong to the rows when they lead to a row with
+// numbers (a group label over its rows, a label wrapped onto the line above its figures), at
+// most two such lines away, or stand right under one (a note to that row; a line met more than
+// once, as "END OF STATEMENT", is a footer there instead). The others are an address, a title or
+// a banner between the tables of the block.
 void MarkStrayLabels(const std::vector<std::string>& lines,
                      const std::vector<std::size_t>& candidates, const std::vector<bool>& numbered,
-                     std::vector<bool>& misfit) {
+                     const std::vector<bool>& repeated, std::vector<bool>& misfit) {
   constexpr int kReach = 2;
   std::vector<bool> candidate(lines.size(), false);
   for (std::size_t i : candidates) candidate[i] = true;
-  auto reachesRow = [&](std::size_t i, int step) {
-    int labels = 0;
-    for (auto j = static_cast<std::ptrdiff_t>(i) + step;
-         j >= 0 && j < static_cast<std::ptrdiff_t>(lines.size()); j += step) {
+  // The next line that is not blank in the direction `step`, or -1.
+  auto next = [&lines](std::ptrdiff_t j, int step) -> std::ptrdiff_t {
+    for (j += step; j >= 0 && j < static_cast<std::ptrdiff_t>(lines.size()); j += step) {
+      if (!IsBlankLine(lines[static_cast<std::size_t>(j)])) return j;
+    }
+    return -1;
+  };
+  auto isRow = [&](std::ptrdiff_t j) {
+    const auto u = static_cast<std::size_t>(j);
+    return j >= 0 && candidate[u] && !misfit[u] && numbered[u];
+  };
+  auto leadsToRow = [&](std::size_t i) {
+    std::ptrdiff_t j = static_cast<std::ptrdiff_t>(i);
+    for (int labels = 0; labels <= kReach; ++labels) {
+      j = next(j, 1);
+      if (j < 0) return false;
       const auto u = static_cast<std::size_t>(j);
-      if (IsBlankLine(lines[u])) continue;
       if (!candidate[u] || misfit[u]) return false;
       if (numbered[u]) return true;
-      if (++labels > kReach) return false;
     }
     return false;
   };
   std::vector<bool> stray(lines.size(), false);
   for (std::size_t i : candidates) {
     if (misfit[i] || numbered[i]) continue;
-    stray[i] = !reachesRow(i, -1) && !reachesRow(i, 1);
+    const bool note = !repeated[i] && isRow(next(static_cast<std::ptrdiff_t>(i), -1));
+    stray[i] = !note && !leadsToRow(i);
   }
   for (std::size_t i : candidates) misfit[i] = misfit[i] || stray[i];
 }
@@ -301,7 +313,7 @@ BlockSurvey SurveyBlock(UiPort& ui, const clsTableParser& parser, std::string_vi
   const std::vector<bool> seed = SeedRows(lines, candidates);
   std::vector<bool> misfit(n, false);
   const std::string code = UpperAscii(Trim(tmpl));
-  if (code == "-" || code == "=") MarkJoiners(lines, candidates, seed, keys, code == "=", misfit);
+  if (code == "-" || code == "=") MarkJoiners(lines, candidates, seed, keys, misfit);
 
   // The columns are worked out from the seed rows that fit, as the recipe's template would work
   // them out from a block of rows only.
@@ -325,7 +337,9 @@ BlockSurvey SurveyBlock(UiPort& ui, const clsTableParser& parser, std::string_vi
     MarkColumnMisfits(lines, candidates, rows, survey.spans, first, numbered);
     if (MarkColumnMisfits(lines, candidates, fitting(first, nullptr), survey.spans, misfit,
                           numbered)) {
-      MarkStrayLabels(lines, candidates, numbered, misfit);
+      std::vector<bool> repeated(n, false);
+      for (std::size_t i : candidates) repeated[i] = keyCounts[keys[i]] > 1;
+      MarkStrayLabels(lines, candidates, numbered, repeated, misfit);
     }
   }
 
