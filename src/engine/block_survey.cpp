@@ -36,8 +36,9 @@ bool HasLetter(std::string_view text) {
   return std::any_of(text.begin(), text.end(), IsLetter);
 }
 
-// Occupied positions as the analyzer sees them (only ' ' is blank there), per position, from
-// 0: a single blank between two occupied positions is made occupied, as words of one column.
+// `occupied` counts, per position from 0, the lines with a character there (only ' ' is blank,
+// as in the analyzer). A single blank between two occupied positions becomes occupied: words one
+// blank apart belong to one column.
 void Bridge(std::vector<int>& occupied) {
   for (std::size_t p = 1; p + 1 < occupied.size(); ++p) {
     if (occupied[p] == 0 && occupied[p - 1] > 0 && occupied[p + 1] > 0) occupied[p] = 1;
@@ -98,9 +99,9 @@ void MarkJoiners(const std::vector<std::string>& lines, const std::vector<std::s
   }
 }
 
-// Marks the lines that cross a column boundary the rows keep to, hold words in a column where
-// most rows hold numbers. Rows are the lines of `rows`. `numbered` tells the lines with a number in
-// a column of numbers; false when the table has no such column.
+// Marks the lines that cross a column boundary the rows keep to, or hold words in a column where
+// most rows hold numbers; the rows are the lines of `rows`. `numbered` tells the lines with a
+// number in a column of numbers; false when the table has no such column.
 bool MarkColumnMisfits(const std::vector<std::string>& lines,
                        const std::vector<std::size_t>& candidates,
                        const std::vector<std::size_t>& rows, const std::vector<ColumnSpan>& spans,

@@ -16,7 +16,7 @@ namespace kroveld {
 enum class BlockLineKind {
   kRow,      // fits the template: a detail row (totals and wrapped labels included)
   kBlank,    // blanks only (form feeds and tabs count as blanks)
-  kRule,     // a line drawn with -, =, _, *, ~ or #, e.g. "-------  ------"
+  kRule,     // a line drawn with - = _ * ~ # . (and + | between runs): "-----  ----", "+---+"
   kHeading,  // does not fit the columns and is met more than once (digits aside)
   kMisfit,   // does not fit the columns, met once
 };

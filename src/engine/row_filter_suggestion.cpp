@@ -3,7 +3,6 @@
 #include <re2/re2.h>
 
 #include <algorithm>
-#include <memory>
 
 namespace kroveld {
 

@@ -73,11 +73,15 @@ std::string TableText(int n, std::int64_t firstLine, const BlockSurvey& survey,
                       const RowFilterSuggestion& s) {
   const std::size_t count = survey.kinds.size();
   const std::string name = "Table " + ToText(n);
-  const std::string block = "lines " + std::to_string(firstLine) + "-" +
-                            std::to_string(firstLine + static_cast<std::int64_t>(count) - 1);
+  const std::string block =
+      count == 1 ? "line " + std::to_string(firstLine)
+                 : "lines " + std::to_string(firstLine) + "-" +
+                       std::to_string(firstLine + static_cast<std::int64_t>(count) - 1);
   if (s.Empty() && s.uncovered.empty()) {
-    return "; " + name + ", " + block + ": all " + std::to_string(count) +
-           " lines fit the template; nothing to skip\n";
+    const std::string all = count == 1   ? "its one line fits"
+                            : count == 2 ? "both lines fit"
+                                         : "all " + std::to_string(count) + " lines fit";
+    return "; " + name + ", " + block + ": " + all + " the template; nothing to skip\n";
   }
   auto uncovered = [&s](std::size_t i) {
     return std::find(s.uncovered.begin(), s.uncovered.end(), i) != s.uncovered.end();

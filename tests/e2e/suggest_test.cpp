@@ -63,7 +63,7 @@ TEST(Suggest, PrintsTheKeysPerTableAndWritesNothing) {
             "SkipBlankLines=TRUE\n"
             "SkipLinesMatching=^\\s*(ACME|Account|-{5,})\n"
             "\n"
-            "; Table 2, lines 17-18: all 2 lines fit the template; nothing to skip\n");
+            "; Table 2, lines 17-18: both lines fit the template; nothing to skip\n");
   EXPECT_EQ(w.Entries(w.home), 0u);        // not even config.ini or the error log
   EXPECT_EQ(w.Entries(w.dir.path()), 2u);  // home and the report
 }
