@@ -55,7 +55,9 @@ void ExpectFiltersKeepExactlyTheRows(const Lines& lines, const Surveyed& s) {
   const RowFilterSuggestion& f = s.suggestion;
   const RE2 skip(f.skipPattern.empty() ? "(?!)" : f.skipPattern, RE2::Quiet);
   const RE2 keep(f.keepPattern.empty() ? "" : f.keepPattern, RE2::Quiet);
-  if (!f.skipPattern.empty()) ASSERT_TRUE(skip.ok()) << f.skipPattern;
+  if (!f.skipPattern.empty()) {
+    ASSERT_TRUE(skip.ok()) << f.skipPattern;
+  }
   ASSERT_TRUE(keep.ok()) << f.keepPattern;
   for (std::size_t i = 0; i < lines.size(); ++i) {
     SCOPED_TRACE("line " + std::to_string(i) + ": " + lines[i]);
