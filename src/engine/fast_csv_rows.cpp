@@ -1,12 +1,114 @@
-// Cutting CSV rows straight from the read buffer.
+// Cutting CSV rows straight from the line as read. A line is looked over once, sixteen bytes at a
+// time, for the bytes that decide how its fields are written (commas, double quotes, equal signs,
+// tabs); each field is then a copy, enclosed in quotes when its part of the line holds one.
 #include "engine/fast_csv_rows.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "engine/context.h"
 #include "util/utf8_text.h"
 
 namespace kroveld {
+
+// Bit i of a mask stands for byte i of the line.
+struct FastCsvRows::LineMarks {
+  static constexpr std::size_t kMaxBytes = 1024;  // longer lines are looked at field by field
+  static constexpr std::size_t kWords = kMaxBytes / 64;
+  std::uint64_t special[kWords];  // a comma or a double quote: the field goes in quotes
+  std::uint64_t quote[kWords];    // a double quote: doubled in the field
+  bool equalSign = false;         // the line holds an "=" somewhere
+  bool tab = false;               // the line holds a tab somewhere
+
+  // Marks the `n` bytes at p; n at most kMaxBytes.
+  void Mark(const char* p, std::size_t n) {
+    unsigned others = 0;  // equal signs and tabs
+    std::size_t i = 0;
+    for (; i + 16 <= n; i += 16) others |= Chunk(p + i, i);
+    if (i < n) {
+      char padded[16] = {};  // NUL bytes mean nothing here
+      std::memcpy(padded, p + i, n - i);
+      others |= Chunk(padded, i);
+    }
+    equalSign = (others & 1u) != 0;
+    tab = (others & 2u) != 0;
+  }
+
+  // Whether any bit of `mask` in [from, to) is set; from < to <= the marked length.
+  static bool Any(const std::uint64_t* mask, std::size_t from, std::size_t to) {
+    const std::size_t first = from / 64;
+    const std::size_t last = (to - 1) / 64;
+    const std::uint64_t low = ~std::uint64_t{0} << (from % 64);
+    const std::uint64_t high = ~std::uint64_t{0} >> (63 - (to - 1) % 64);
+    if (first == last) return (mask[first] & low & high) != 0;
+    if ((mask[first] & low) != 0) return true;
+    for (std::size_t w = first + 1; w < last; ++w) {
+      if (mask[w] != 0) return true;
+    }
+    return (mask[last] & high) != 0;
+  }
+
+ private:
+  // Marks the sixteen bytes at c as bytes at..at + 15 of the line; returns bit 0 for an equal
+  // sign among them, bit 1 for a tab.
+  [[gnu::always_inline]] unsigned Chunk(const char* c, std::size_t at) {
+    std::uint64_t commas = 0, quotes = 0;
+    unsigned others = 0;
+#if defined(__SSE2__)
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(c));
+    const auto bits = [&v](char b) {
+      return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_set1_epi8(b))));
+    };
+    commas = bits(',');
+    quotes = bits('"');
+    others = (bits('=') != 0 ? 1u : 0u) | (bits('\t') != 0 ? 2u : 0u);
+#else
+    for (int k = 0; k < 16; ++k) {
+      if (c[k] == ',') commas |= std::uint64_t{1} << k;
+      if (c[k] == '"') quotes |= std::uint64_t{1} << k;
+      if (c[k] == '=') others |= 1u;
+      if (c[k] == '\t') others |= 2u;
+    }
+#endif
+    const std::size_t word = at / 64;
+    const unsigned shift = static_cast<unsigned>(at % 64);
+    if (shift == 0) {
+      special[word] = quote[word] = 0;
+    }
+    special[word] |= (commas | quotes) << shift;
+    quote[word] |= quotes << shift;
+    return others;
+  }
+};
+
+namespace {
+
+// Copies n bytes; fields are short, so the usual sizes take two overlapping fixed-size moves
+// instead of a call.
+[[gnu::always_inline]] inline char* Put(char* out, const char* from, std::size_t n) {
+  if (n >= 8 && n <= 32) {
+    if (n >= 16) {
+      std::memcpy(out, from, 16);
+      std::memcpy(out + n - 16, from + n - 16, 16);
+    } else {
+      std::memcpy(out, from, 8);
+      std::memcpy(out + n - 8, from + n - 8, 8);
+    }
+  } else if (n > 0) {
+    std::memcpy(out, from, n);
+  }
+  return out + n;
+}
+
+}  // namespace
+
+FastCsvRows::FastCsvRows() : marks_(std::make_unique<LineMarks>()) {}
+FastCsvRows::~FastCsvRows() = default;
 
 // The cuts of every column, or false when some column must go through the line processor (an
 // operator that reads another slot, sums, or is unknown and reported per field).
@@ -23,8 +125,10 @@ bool FastCsvRows::Plan(const Context& ctx, const std::vector<clsColumn>& columns
 
 // One CSV row from `line` as slot 1 would hold it after ReadRowPeriod1Only (the line and, when it
 // is not empty and does not end in a blank, one blank more), without copying the line first.
-// `warned` is set when an equal-sign warning was shown.
-std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, bool& warned) {
+// `marks` is the line marked, or null for a line too long for that. `warned` is set when an
+// equal-sign warning was shown.
+std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, const LineMarks* marks,
+                                       bool& warned) {
   const long long size = static_cast<long long>(line.size());
   const bool blank = size > 0 && line.back() != ' ';
   const long long slotSize = size + (blank ? 1 : 0);
@@ -34,6 +138,8 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, bool
   char* const begin = row_.data();
   char* out = begin;
   warned = false;
+  // A line with an equal sign has its fields looked at one by one for the warning.
+  const bool byField = marks == nullptr || marks->equalSign;
   for (const ColumnCut& cut : cuts_) {
     if (out != begin) *out++ = ',';
     long long from = cut.from;
@@ -42,17 +148,33 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, bool
     if (to > slotSize) to = slotSize;
     if (from >= to) continue;  // an empty field
     const long long inLine = to < size ? to : size;
-    const std::string_view piece =
-        from < inLine
-            ? line.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(inLine - from))
-            : std::string_view();
-    bool equalSign = false;
-    out = clsColumn::PutCsvValue(piece, to > size, out, equalSign);
-    if (equalSign) {
-      ctx.lineProcessor.SetPeriod1Line(line, ctx.tabSize);
-      clsColumn::WarnEqualSign(ctx.ui);
-      warned = true;
+    const std::size_t a = static_cast<std::size_t>(from);
+    const std::size_t n = from < inLine ? static_cast<std::size_t>(inLine - from) : 0;
+    const char* const piece = line.data() + (n > 0 ? a : 0);
+    const bool blankAfter = to > size;
+    if (byField) {
+      bool equalSign = false;
+      out = clsColumn::PutCsvValue(std::string_view(piece, n), blankAfter, out, equalSign);
+      if (equalSign) {
+        ctx.lineProcessor.SetPeriod1Line(line, ctx.tabSize);
+        clsColumn::WarnEqualSign(ctx.ui);
+        warned = true;
+      }
+      continue;
     }
+    const bool quoted = n > 0 && LineMarks::Any(marks->special, a, a + n);
+    if (quoted && LineMarks::Any(marks->quote, a, a + n)) {
+      *out++ = '"';
+      for (std::size_t k = 0; k < n; ++k) {
+        *out++ = piece[k];
+        if (piece[k] == '"') *out++ = '"';
+      }
+    } else {
+      if (quoted) *out++ = '"';
+      out = Put(out, piece, n);
+    }
+    if (blankAfter) *out++ = ' ';
+    if (quoted) *out++ = '"';
   }
   return std::string_view(begin, static_cast<std::size_t>(out - begin));
 }
@@ -63,16 +185,20 @@ bool FastCsvRows::Cut(Context& ctx, const std::vector<clsColumn>& columns, std::
     fast_ = Plan(ctx, columns);
     planned_ = true;
   }
-  // A UTF-8 line beyond ASCII is cut by printed columns, in the line processor.
-  if (!fast_ || clsLineProcessor::ExpandsTabs(line, ctx.tabSize) ||
-      (ctx.lineProcessor.Utf8() && !IsAscii(line))) {
+  const bool marked = fast_ && line.size() <= LineMarks::kMaxBytes;
+  if (marked) marks_->Mark(line.data(), line.size());
+  // A tab is expanded by the line processor, and a UTF-8 line beyond ASCII is cut there by
+  // printed columns.
+  const bool tabs =
+      marked ? ctx.tabSize > 0 && marks_->tab : clsLineProcessor::ExpandsTabs(line, ctx.tabSize);
+  if (!fast_ || tabs || (ctx.lineProcessor.Utf8() && !IsAscii(line))) {
     planned_ = false;  // AppendCsvValue works the operators out again
     return false;
   }
   pending_ = line;
   has_pending_ = true;
   bool warned = false;
-  row = WriteRow(ctx, line, warned);
+  row = WriteRow(ctx, line, marked ? marks_.get() : nullptr, warned);
   if (warned) planned_ = false;  // the user interface had its turn
   return true;
 }

@@ -1,10 +1,12 @@
 // The quick way of writing a table's CSV rows: when every column reads slot 1 with a known
 // operator, the fields are cut straight from the line as read (the blank that ReadRowPeriod1Only
-// would append supplied on the fly) and written quoted into one reused row buffer. Slot 1 itself
+// would append supplied on the fly) and written quoted into one reused row buffer, the line looked
+// over once for the bytes that need quotes rather than field by field. Slot 1 itself
 // is given the line only when something outside the table could look at it: before any call to
 // the user interface, and at the end.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +19,11 @@ class Context;
 
 class FastCsvRows {
  public:
+  FastCsvRows();
+  ~FastCsvRows();
+  FastCsvRows(const FastCsvRows&) = delete;
+  FastCsvRows& operator=(const FastCsvRows&) = delete;
+
   // Cuts `line` into a CSV row, returned in `row` (valid until the next call). False when the row
   // must go through the line processor instead (a column that needs it, or a tab to expand).
   bool Cut(Context& ctx, const std::vector<clsColumn>& columns, std::string_view line,
@@ -34,10 +41,13 @@ class FastCsvRows {
     long long from = 0;
     long long width = 0;
   };
+  struct LineMarks;  // where a line holds the bytes that matter to its fields
   bool Plan(const Context& ctx, const std::vector<clsColumn>& columns);
-  std::string_view WriteRow(Context& ctx, std::string_view line, bool& warned);
+  std::string_view WriteRow(Context& ctx, std::string_view line, const LineMarks* marks,
+                            bool& warned);
 
   std::vector<ColumnCut> cuts_;
+  std::unique_ptr<LineMarks> marks_;
   std::string row_;
   bool planned_ = false;  // whether cuts_ and fast_ reflect the columns
   bool fast_ = false;

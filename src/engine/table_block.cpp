@@ -16,22 +16,29 @@ void FailTable(Context& ctx, const std::string& text) {
   ctx.recipe.ExportSpecs.Failed = true;
 }
 
-bool LocateTableBlock(Context& ctx, const clsTable& table, LocatedBlock& block) {
+bool LocateTableBlock(Context& ctx, const clsTable& table, TextFile* keyText, LocatedBlock& block) {
   UiPort& ui = ctx.ui;
   // Both keys are searched from line 1 of the first input file taking part, in one pass that
   // stops as soon as both are found.
   block.keyFile = ctx.recipe.InputFilePath(ctx.recipe.InputFileFirst);
   const std::string_view keys[] = {table.ReadStartLine, table.ReadEndLine};
   // A block of the search takes a millisecond or two: the window stays live through it.
+  const auto breathe = [&ui, &ctx, &table] {
+    RunProgress& progress = ctx.run.progress;
+    progress.table = table.Number;
+    progress.row = progress.rows = 0;
+    progress.phase = "reading";
+    ui.Progress(progress);
+    ui.ProcessEvents();
+  };
   const std::vector<KeyLine> found =
-      FindFirstLinesContaining(block.keyFile, keys, [&ui, &ctx, &table] {
-        RunProgress& progress = ctx.run.progress;
-        progress.table = table.Number;
-        progress.row = progress.rows = 0;
-        progress.phase = "reading";
-        ui.Progress(progress);
-        ui.ProcessEvents();
-      });
+      keyText != nullptr && keyText->IsMapped()
+          ? FindFirstLinesContaining(keyText->MappedBytes(), keys,
+                                     [&breathe, keyText](std::int64_t searched) {
+                                       keyText->ReleaseBefore(searched);
+                                       breathe();
+                                     })
+          : FindFirstLinesContaining(block.keyFile, keys, breathe);
   block.top = found[0];
   block.bottom = found[1];
   block.startLine = block.endLine = 0;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "util/line_search.h"
+#include "util/text_file.h"
 
 namespace kroveld {
 
@@ -25,9 +26,11 @@ struct LocatedBlock {
 // Shows a critical table message and marks the export failed.
 void FailTable(Context& ctx, const std::string& text);
 
-// Searches the key texts, tells the observer, and checks the block. False when the table writes
-// nothing: a key was not found or the end lies before the start (shown, the export marked
-// failed), or the block starts or ends before line 1 (silent).
-bool LocateTableBlock(Context& ctx, const clsTable& table, LocatedBlock& block);
+// Searches the key texts, tells the observer, and checks the block. The search runs on the bytes
+// of `keyText` when it is given mapped (the key file, already open for the rows too), otherwise
+// on the key file read from its start; its pages are given back as the search moves on. False
+// when the table writes nothing: a key was not found or the end lies before the start (shown, the
+// export marked failed), or the block starts or ends before line 1 (silent).
+bool LocateTableBlock(Context& ctx, const clsTable& table, TextFile* keyText, LocatedBlock& block);
 
 }  // namespace kroveld

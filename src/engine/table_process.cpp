@@ -1,6 +1,7 @@
 // Running a table section: locate the block by its two key texts, then stream the block's lines
-// from input file 1 through the row writer into sheet 1 or the CSV output. The file is read
-// sequentially with one buffer; each row reuses the same line and CSV buffers.
+// from input file 1 through the row writer into sheet 1 or the CSV output. When the keys are
+// searched in input file 1 itself, the file is opened once and mapped: the search and the rows
+// read the same pages, which the kernel reads from the disk once and copies nowhere.
 #include <string>
 #include <string_view>
 
@@ -12,34 +13,50 @@
 
 namespace kroveld {
 
-void clsTable::Process(Context& ctx) {
-  LocatedBlock block;
-  if (!LocateTableBlock(ctx, *this, block)) return;
-  const std::int64_t startLine = block.startLine;
-  const std::int64_t endLine = block.endLine;
-  TableRowWriter rows(ctx, *this, startLine, endLine);
+namespace {
 
-  // The rows always come from input file 1, whichever file the keys were found in.
-  const std::string inputPath = ctx.recipe.InputFilePath(1);
-  TextFile file;
-  if (!file.Open(inputPath)) {
-    FailTable(ctx, "Error in Table specs: Can not read input file: " + file.Error());
-    return;
-  }
-  // Lines before the start line are passed over. When the rows come from the file the keys were
-  // found in, reading starts at the nearest key line at or before the start line, whose byte
-  // offset the search gave; otherwise at line 1.
+// Puts `file` at the start line of the block. Lines before it are passed over: reading starts at
+// the nearest line whose byte offset is known (line 1, or a key line at or before the start
+// when the keys were found in this file) or, in a mapped file whose start lies before the top key
+// line, steps back from that key line when that is nearer. A block past the end of the file
+// reads as empty lines.
+void GoToStart(TextFile& file, const LocatedBlock& block, bool keysInFile) {
+  const std::int64_t startLine = block.startLine;
   KeyLine from{1, 0};
-  if (block.keyFile == inputPath) {
+  if (keysInFile) {
     for (const KeyLine& key : {block.top, block.bottom}) {
       if (key.line <= startLine && key.line > from.line) from = key;
     }
+    const std::int64_t back = block.top.line - startLine;
+    if (file.IsMapped() && back > 0 && back < startLine - from.line) {
+      const std::int64_t offset = StartOfLineBefore(file.MappedBytes(), block.top.offset, back);
+      if (offset >= 0 && file.SeekToLine(offset, startLine)) return;
+    }
   }
   if (from.line == 1 || !file.SeekToLine(from.offset, from.line)) from = KeyLine{1, 0};
-  file.SkipLines(startLine - from.line);  // a block past the end of the file reads as empty lines
+  file.SkipLines(startLine - from.line);
+}
+
+}  // namespace
+
+void clsTable::Process(Context& ctx) {
+  // The rows always come from input file 1, whichever file the keys were found in.
+  const std::string inputPath = ctx.recipe.InputFilePath(1);
+  const bool keysInFile = ctx.recipe.InputFilePath(ctx.recipe.InputFileFirst) == inputPath;
+  TextFile file;
+  if (keysInFile) file.OpenMapped(inputPath);  // a file it cannot open is reported below
+
+  LocatedBlock block;
+  if (!LocateTableBlock(ctx, *this, keysInFile ? &file : nullptr, block)) return;
+  TableRowWriter rows(ctx, *this, block.startLine, block.endLine);
+  if (!file.IsOpen() && !file.OpenMapped(inputPath)) {
+    FailTable(ctx, "Error in Table specs: Can not read input file: " + file.Error());
+    return;
+  }
+  GoToStart(file, block, keysInFile);
 
   std::int64_t pastEnd = 0;  // rows read past the end of the file
-  for (std::int64_t lineNumber = startLine; lineNumber <= endLine; ++lineNumber) {
+  for (std::int64_t lineNumber = block.startLine; lineNumber <= block.endLine; ++lineNumber) {
     if (!rows.Turn(lineNumber)) break;
     std::string_view line;
     if (!file.ReadLine(line)) {
@@ -59,7 +76,6 @@ void clsTable::Process(Context& ctx) {
     if (next == TableRowWriter::Next::Fail) return;
     if (next == TableRowWriter::Next::Stop) break;
   }
-  file.Close();
   rows.Finish();
 }
 

@@ -74,9 +74,67 @@ std::int64_t FindNextLine(TextFile& file, std::string_view text1, std::string_vi
   return 0;
 }
 
-std::vector<KeyLine> FindFirstLinesContaining(const std::string& path,
-                                              std::span<const std::string_view> keys,
-                                              const std::function<void()>& afterBlock) {
+namespace {
+
+// One block of the key search: [data, data + size), whose first `carry` bytes are the last bytes
+// of the block before; data[0] is byte `base` of the file.
+struct Block {
+  const char* data = nullptr;
+  std::size_t size = 0;
+  std::size_t carry = 0;
+  std::int64_t base = 0;
+};
+
+// Blocks read from a file into one buffer, the bytes carried moved to its front.
+class FileBlocks {
+ public:
+  explicit FileBlocks(const std::string& path) : file_(path) {}
+  bool ok() const { return file_.ok(); }
+  bool Next(std::size_t keep, Block& block) {
+    if (buf_.empty()) buf_.resize(kBlockSize + keep);
+    std::size_t carry = 0;
+    if (size_ > 0) {
+      carry = std::min(keep, size_);
+      std::memmove(buf_.data(), buf_.data() + size_ - carry, carry);
+      base_ += static_cast<std::int64_t>(size_ - carry);
+    }
+    const std::size_t n = file_.Read(buf_.data() + carry, kBlockSize);
+    if (n == 0) return false;
+    size_ = carry + n;
+    block = Block{buf_.data(), size_, carry, base_};
+    return true;
+  }
+
+ private:
+  RawFile file_;
+  std::vector<char> buf_;
+  std::size_t size_ = 0;
+  std::int64_t base_ = 0;
+};
+
+// Blocks of bytes already in memory: nothing is copied, the bytes carried are those before.
+class MemoryBlocks {
+ public:
+  explicit MemoryBlocks(std::string_view bytes) : bytes_(bytes) {}
+  bool Next(std::size_t keep, Block& block) {
+    if (pos_ >= bytes_.size()) return false;
+    const std::size_t carry = std::min(keep, pos_);
+    const std::size_t n = std::min(kBlockSize, bytes_.size() - pos_);
+    block = Block{bytes_.data() + pos_ - carry, carry + n, carry,
+                  static_cast<std::int64_t>(pos_ - carry)};
+    pos_ += n;
+    return true;
+  }
+
+ private:
+  std::string_view bytes_;
+  std::size_t pos_ = 0;
+};
+
+// The search over the blocks of `source`. `afterBlock` is told how far the search has come.
+template <typename Source>
+std::vector<KeyLine> SearchKeys(Source& source, std::span<const std::string_view> keys,
+                                const std::function<void(std::int64_t)>& afterBlock) {
   std::vector<KeyLine> found(keys.size());
   // A key holding a line end can never lie inside one line: it is not searched for.
   std::vector<bool> pending(keys.size());
@@ -89,41 +147,35 @@ std::vector<KeyLine> FindFirstLinesContaining(const std::string& path,
     longest = std::max(longest, keys[k].size());
   }
   if (left == 0) return found;
-  RawFile file(path);
-  if (!file.ok()) return found;
 
   // Each block is searched together with the last longest - 1 bytes of the block before, so a
-  // key that straddles two reads is still found; as a key holds no line end, those carried bytes
+  // key that straddles two blocks is still found; as a key holds no line end, those carried bytes
   // hold no line end after the start of such a match. Line ends are counted only up to the last
   // match needed, and the search ends as soon as every key is found.
   const std::size_t keep = longest > 0 ? longest - 1 : 0;
-  std::vector<char> buf(kBlockSize + keep);
-  std::vector<std::pair<std::size_t, std::size_t>> hits;  // (position in buf, key)
-  std::size_t carry = 0;
-  std::int64_t base = 0;  // file offset of buf[0]
+  std::vector<std::pair<std::size_t, std::size_t>> hits;  // (position in the block, key)
   std::int64_t ends = 0;
   std::int64_t lineStart = 0;
   bool prevCr = false;
-  for (;;) {
-    const std::size_t n = file.Read(buf.data() + carry, kBlockSize);
-    if (n == 0) return found;
-    const char* const b = buf.data();
-    const std::size_t len = carry + n;
+  Block block;
+  while (source.Next(keep, block)) {
+    const char* const b = block.data;
+    const std::size_t len = block.size;
     hits.clear();
     for (std::size_t k = 0; k < keys.size(); ++k) {
       if (!pending[k]) continue;
       // An empty key is found in the first line that is not empty.
-      const char* hit =
-          keys[k].empty() ? scan::FindNotCrLf(b + carry, b + len) : scan::FindKey(b, len, keys[k]);
+      const char* hit = keys[k].empty() ? scan::FindNotCrLf(b + block.carry, b + len)
+                                        : scan::FindKey(b, len, keys[k]);
       if (hit != nullptr && hit != b + len) hits.emplace_back(hit - b, k);
     }
     std::sort(hits.begin(), hits.end());
-    const char* counted = b + carry;
+    const char* counted = b + block.carry;
     const char* start = nullptr;
     auto countTo = [&](const char* to) {
       if (to <= counted) return;
       ends += scan::CountLineEnds(counted, to, prevCr, start);
-      if (start != nullptr) lineStart = base + (start - b);
+      if (start != nullptr) lineStart = block.base + (start - b);
       start = nullptr;
       counted = to;
     };
@@ -135,12 +187,43 @@ std::vector<KeyLine> FindFirstLinesContaining(const std::string& path,
     }
     if (left == 0) return found;
     countTo(b + len);
-    const std::size_t next = std::min(keep, len);
-    std::memmove(buf.data(), buf.data() + len - next, next);
-    base += static_cast<std::int64_t>(len - next);
-    carry = next;
-    if (afterBlock) afterBlock();
+    if (afterBlock) afterBlock(block.base + static_cast<std::int64_t>(len));
   }
+  return found;
+}
+
+}  // namespace
+
+std::vector<KeyLine> FindFirstLinesContaining(const std::string& path,
+                                              std::span<const std::string_view> keys,
+                                              const std::function<void()>& afterBlock) {
+  FileBlocks source(path);
+  if (!source.ok()) return std::vector<KeyLine>(keys.size());
+  std::function<void(std::int64_t)> told;
+  if (afterBlock) told = [&afterBlock](std::int64_t) { afterBlock(); };
+  return SearchKeys(source, keys, told);
+}
+
+std::vector<KeyLine> FindFirstLinesContaining(std::string_view bytes,
+                                              std::span<const std::string_view> keys,
+                                              const std::function<void(std::int64_t)>& afterBlock) {
+  MemoryBlocks source(bytes);
+  return SearchKeys(source, keys, afterBlock);
+}
+
+std::int64_t StartOfLineBefore(std::string_view bytes, std::int64_t offset, std::int64_t count) {
+  if (offset < 0 || static_cast<std::uint64_t>(offset) > bytes.size()) return -1;
+  std::size_t pos = static_cast<std::size_t>(offset);
+  for (std::int64_t i = 0; i < count; ++i) {
+    if (pos == 0) return -1;  // the text begins first
+    // The line end before `pos`: CR LF, LF or a lone CR.
+    std::size_t end = pos - 1;
+    if (bytes[end] == '\n' && end > 0 && bytes[end - 1] == '\r') --end;
+    // The line runs back to the line end before it, or to the start of the text.
+    while (end > 0 && bytes[end - 1] != '\n' && bytes[end - 1] != '\r') --end;
+    pos = end;
+  }
+  return static_cast<std::int64_t>(pos);
 }
 
 std::int64_t FindFirstLineContaining(const std::string& path, std::string_view key) {

@@ -1,5 +1,6 @@
-// Line searches on text files: FindNextLine with its signed result, and the fast
-// whole-file key search used to find tables.
+// Line searches on text files: FindNextLine with its signed result, the fast whole-file key search
+// used to find tables (on a file, or on a file mapped into memory), and the step back over lines
+// from a key line.
 #pragma once
 
 #include <cstdint>
@@ -37,6 +38,17 @@ struct KeyLine {
 std::vector<KeyLine> FindFirstLinesContaining(const std::string& path,
                                               std::span<const std::string_view> keys,
                                               const std::function<void()>& afterBlock = {});
+
+// The same search over bytes in memory (a mapped file): nothing is copied. `afterBlock`, when
+// given, is told after each block how many bytes from the start have been searched.
+std::vector<KeyLine> FindFirstLinesContaining(std::string_view bytes,
+                                              std::span<const std::string_view> keys,
+                                              const std::function<void(std::int64_t)>& afterBlock);
+
+// The byte offset at which the line `count` lines before the line beginning at `offset` begins,
+// found by reading `bytes` backwards; line ends as TextFile reads them (CR LF, LF, a lone CR).
+// -1 when the text begins first (or `offset` lies outside it).
+std::int64_t StartOfLineBefore(std::string_view bytes, std::int64_t offset, std::int64_t count);
 
 // Number (from 1) of the first line of the file at `path` that contains `key` as a substring
 // (case-sensitive). An empty key matches the first non-empty line. 0 when no line matches or the

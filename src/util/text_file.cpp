@@ -2,10 +2,12 @@
 // longer than the buffer is assembled in a separate string.
 #include "util/text_file.h"
 
+#include <sys/mman.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 
 #include "util/byte_scan.h"
@@ -16,6 +18,9 @@ namespace kroveld {
 namespace {
 constexpr std::size_t kBufferSize = 1u << 20;
 constexpr std::size_t kSmallBuffer = 4096;
+// A mapped file's pages are given back behind the reading position every this many bytes.
+constexpr std::size_t kReleaseStep = std::size_t{8} << 20;
+constexpr std::size_t kPage = 4096;
 }  // namespace
 
 TextFile::~TextFile() {
@@ -65,7 +70,41 @@ bool TextFile::Open(const std::string& path) {
   return true;
 }
 
+bool TextFile::OpenMapped(const std::string& path) {
+  if (!Open(path)) return false;
+  struct stat st {};
+  if (::fstat(fileno(file_), &st) != 0 || st.st_size <= 0 ||
+      static_cast<unsigned long long>(st.st_size) > SIZE_MAX) {
+    return true;  // read through the buffer
+  }
+  const std::size_t size = static_cast<std::size_t>(st.st_size);
+  void* map = ::mmap(nullptr, size, PROT_READ, MAP_SHARED, fileno(file_), 0);
+  if (map == MAP_FAILED) return true;
+  ::madvise(map, size, MADV_SEQUENTIAL);
+  map_ = static_cast<const char*>(map);
+  map_size_ = size;
+  map_pos_ = released_ = 0;
+  // The buffer is not needed; a small file's was small anyway.
+  buf_.clear();
+  buf_.shrink_to_fit();
+  return true;
+}
+
+void TextFile::ReleaseBefore(std::int64_t offset) {
+  if (map_ == nullptr || offset <= 0) return;
+  const std::size_t upTo =
+      std::min(static_cast<std::size_t>(offset), map_size_) / kPage * kPage;  // whole pages
+  if (upTo <= released_) return;
+  ::madvise(const_cast<char*>(map_) + released_, upTo - released_, MADV_DONTNEED);
+  released_ = upTo;
+}
+
 void TextFile::Close() {
+  if (map_ != nullptr) {
+    ::munmap(const_cast<char*>(map_), map_size_);
+    map_ = nullptr;
+    map_size_ = map_pos_ = released_ = 0;
+  }
   if (file_ != nullptr) {
     std::fclose(file_);
     file_ = nullptr;
@@ -103,8 +142,33 @@ void TextFile::FinishCrLf() {
   pending_cr_ = false;
 }
 
+// A line of the mapped file: a view into the map, cut at kMaxLineBytes like a buffered one.
+bool TextFile::ReadMappedLine(std::string_view& line) {
+  if (map_pos_ >= map_size_) return false;
+  const char* const s = map_ + map_pos_;
+  const std::size_t n = map_size_ - map_pos_;
+  const std::size_t k = static_cast<std::size_t>(scan::FindCrOrLf(s, s + n) - s);
+  std::size_t next = map_pos_ + k;
+  if (k < n) {
+    ++next;
+    if (s[k] == '\r' && next < map_size_ && map_[next] == '\n') ++next;
+  }
+  std::size_t length = k;
+  if (length > kMaxLineBytes) {
+    if (first_cut_line_ == 0) first_cut_line_ = lines_read_ + 1;
+    length = kMaxLineBytes;
+  }
+  line = std::string_view(s, length);
+  // The pages before this line are done with.
+  if (map_pos_ - released_ >= kReleaseStep) ReleaseBefore(static_cast<std::int64_t>(map_pos_));
+  map_pos_ = next;
+  ++lines_read_;
+  return true;
+}
+
 bool TextFile::ReadLine(std::string_view& line) {
   if (file_ == nullptr) return false;
+  if (map_ != nullptr) return ReadMappedLine(line);
   if (pending_cr_) FinishCrLf();
   bool in_long = false;
   for (;;) {
@@ -185,6 +249,14 @@ bool TextFile::SkipLines(std::int64_t count) {
 
 bool TextFile::SeekToLine(std::int64_t offset, std::int64_t lineNumber) {
   if (file_ == nullptr || offset < 0 || lineNumber < 1) return false;
+  if (map_ != nullptr) {
+    if (static_cast<std::uint64_t>(offset) > map_size_) return false;
+    map_pos_ = static_cast<std::size_t>(offset);
+    // Pages given back before are read in again from here on, and given back again after.
+    released_ = std::min(released_, map_pos_ / kPage * kPage);
+    lines_read_ = lineNumber - 1;
+    return true;
+  }
   if (::fseeko(file_, static_cast<off_t>(offset), SEEK_SET) != 0) {
     error_ = LastErrorText();
     return false;

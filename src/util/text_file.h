@@ -2,7 +2,9 @@
 // line end is not part of the line. A last line without a line end is still a line. Only regular
 // files are read (a pipe or a device is refused). A line is returned whole up to kMaxLineBytes
 // (far beyond any print-out); a longer one is cut there and the rest of it skipped, so memory
-// stays bounded whatever the file holds.
+// stays bounded whatever the file holds. OpenMapped reads the file through a memory map instead of
+// a buffer, where the file allows it, with the same lines; the pages read are given back to the
+// kernel as reading moves on, so that memory stays bounded there too.
 #pragma once
 
 #include <cstdint>
@@ -27,8 +29,18 @@ class TextFile {
   // Opens the file (path as typed; converted to the native form). False when it cannot be read
   // (missing, a folder, no permission); the reason is then in Error().
   bool Open(const std::string& path);
+  // Opens like Open and maps the file when it can (a regular file that is not empty and fits the
+  // address space); otherwise it is read through the buffer as Open reads it. A mapped file is
+  // read as long as it was when opened: a file that grows while it is read ends there.
+  bool OpenMapped(const std::string& path);
   void Close();
   bool IsOpen() const { return file_ != nullptr; }
+  bool IsMapped() const { return map_ != nullptr; }
+  // The whole file when it is mapped; empty otherwise.
+  std::string_view MappedBytes() const { return {map_, map_size_}; }
+  // Says that the bytes of the mapping before `offset` will not be looked at again soon: their
+  // pages are given back (looking at them later reads them in again). Nothing when not mapped.
+  void ReleaseBefore(std::int64_t offset);
 
   // Reads the next line into `line`, which stays valid until the next call. False at end of file.
   bool ReadLine(std::string_view& line);
@@ -47,6 +59,7 @@ class TextFile {
   const std::string& Error() const { return error_; }
 
  private:
+  bool ReadMappedLine(std::string_view& line);
   bool Fill();
   void FinishCrLf();  // called when pending_cr_ is set
   void AppendToLongLine(const char* s, std::size_t n);
@@ -61,6 +74,10 @@ class TextFile {
   std::int64_t lines_read_ = 0;
   std::int64_t first_cut_line_ = 0;
   std::string error_;
+  const char* map_ = nullptr;  // the mapped file, when it is read through a map
+  std::size_t map_size_ = 0;
+  std::size_t map_pos_ = 0;   // where the next line begins
+  std::size_t released_ = 0;  // the pages before this offset were given back
 };
 
 }  // namespace kroveld
