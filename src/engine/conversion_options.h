@@ -17,7 +17,7 @@ class clsConversionOptions {
   bool bDoSubfolders = false;
   bool bSaveInOriginalFolder = false;
   std::string sLogFile;   // accepted and stored only
-  bool bVerbose = false;  // accepted and stored only
+  bool bVerbose = false;  // the run summary, and notes on what a pass quietly leaves out
   bool bShowExcel = false;
   bool bClearOutputFileBeforeProcessing = true;
   std::string sSheetTarget = "1";

@@ -66,7 +66,18 @@ bool LocateTableBlock(Context& ctx, const clsTable& table, TextFile* keyText, Lo
                        "] was found before ReadStartLine key text [" + table.ReadStartLine + "]");
     return false;
   }
-  return block.startLine >= 1 && block.endLine >= 1;
+  // The end lies at or after the start: a block that ends before line 1 starts there too.
+  if (block.startLine < 1) {
+    if (ctx.options.bVerbose) {
+      ui.Note(section + " skipped: it would start on line " +
+              ToText(static_cast<long long>(block.startLine)) +
+              ", before the first line of the report (ReadStartLine found on line " +
+              ToText(static_cast<long long>(block.top.line)) + ", ReadStartLineOffset " +
+              ToText(static_cast<long long>(table.ReadStartLineOffset)) + ")");
+    }
+    return false;
+  }
+  return true;
 }
 
 }  // namespace kroveld

@@ -30,7 +30,8 @@ void FailTable(Context& ctx, const std::string& text);
 // of `keyText` when it is given mapped (the key file, already open for the rows too), otherwise
 // on the key file read from its start; its pages are given back as the search moves on. False
 // when the table writes nothing: a key was not found or the end lies before the start (shown, the
-// export marked failed), or the block starts or ends before line 1 (silent).
+// export marked failed), or the block starts before line 1 (no message; a verbose run or a check
+// gets a note).
 bool LocateTableBlock(Context& ctx, const clsTable& table, TextFile* keyText, LocatedBlock& block);
 
 }  // namespace kroveld

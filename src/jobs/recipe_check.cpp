@@ -75,6 +75,8 @@ std::vector<RecipeNote> CheckRecipe(UiPort& ui, const RecipeCheckRequest& reques
   ctx.currentRecipe = request.recipe;
   ctx.currentInput = request.report;
   ctx.tabSize = request.tabSize;
+  // A check says what a verbose run would: the notes on what the pass quietly leaves out.
+  ctx.options.bVerbose = true;
 
   const bool isShort = IsShortFormatRecipe(request.recipe);
   bool load = true;
