@@ -54,6 +54,31 @@ std::vector<int> TablesNeedingReport(const std::string& shortRecipe) {
   return tables;
 }
 
+// Passes everything on to the check's port but the notes of the conversion pass (a table it
+// skipped), which become notes of the check like the others.
+class PassNotes final : public UiPort {
+ public:
+  explicit PassNotes(UiPort& ui) : ui_(ui) {}
+  void Message(std::string_view text, Icon icon, std::string_view title) override {
+    ui_.Message(text, icon, title);
+  }
+  void Note(std::string_view text) override { notes.emplace_back(text); }
+  bool AskYesNo(std::string_view text, Icon icon, std::string_view title) override {
+    return ui_.AskYesNo(text, icon, title);
+  }
+  void Status(int panel, std::string_view text) override { ui_.Status(panel, text); }
+  std::string Caption() const override { return ui_.Caption(); }
+  void SetCaption(std::string_view text) override { ui_.SetCaption(text); }
+  void Beep() override { ui_.Beep(); }
+  void ProcessEvents() override { ui_.ProcessEvents(); }
+  void Progress(const RunProgress& where) override { ui_.Progress(where); }
+
+  std::vector<std::string> notes;
+
+ private:
+  UiPort& ui_;
+};
+
 }  // namespace
 
 std::vector<RecipeNote> CheckRecipe(UiPort& ui, const RecipeCheckRequest& request) {
@@ -71,7 +96,8 @@ std::vector<RecipeNote> CheckRecipe(UiPort& ui, const RecipeCheckRequest& reques
     ui.Message("Cannot make a temporary folder to check the recipe in", Icon::Critical);
     return notes;
   }
-  Context ctx(ui, folder.Path());
+  PassNotes port(ui);
+  Context ctx(port, folder.Path());
   ctx.currentRecipe = request.recipe;
   ctx.currentInput = request.report;
   ctx.tabSize = request.tabSize;
@@ -110,6 +136,9 @@ std::vector<RecipeNote> CheckRecipe(UiPort& ui, const RecipeCheckRequest& reques
       notes.insert(notes.end(), specNotes.begin(), specNotes.end());
     }
   }
+  // What the pass left out concerns the export definition (for a short recipe, the recipe).
+  const std::string spec = isShort ? request.recipe : ctx.recipe.ExportSpecPath();
+  for (const std::string& text : port.notes) notes.push_back({spec, 0, {}, text});
   return notes;
 }
 

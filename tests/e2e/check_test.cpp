@@ -77,6 +77,29 @@ TEST(Check, EachSlipGetsItsNoteAndExitOne) {
   }
 }
 
+// A table that would start before line 1 is skipped without a message; a verbose run says so in
+// a note, and so does a check (which then has something to say).
+TEST(Check, ATableStartingBeforeLineOneIsNotedByVerboseRunsAndChecksOnly) {
+  Work w;
+  w.Edit("trial-balance.krs", "ReadStartLineOffset=2\r\nReadEndLine=TOTAL",
+         "ReadStartLineOffset=-2000000000\r\nReadEndLine=TOTAL");
+  const std::string note =
+      "Table 1 skipped: it would start on line -1999999994, before the first line of the report "
+      "(ReadStartLine found on line 6, ReadStartLineOffset -2000000000)\n";
+  const auto plain = w.Run({"-i", "trial-balance.txt", "-o", "out.csv", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(plain.status, 0) << plain.err;
+  EXPECT_EQ(plain.err.find("skipped"), std::string::npos) << plain.err;
+  const auto verbose =
+      w.Run({"-i", "trial-balance.txt", "-o", "out.csv", "-r", "trial-balance.rcp", "-v"});
+  EXPECT_EQ(verbose.status, 0) << verbose.err;
+  EXPECT_NE(verbose.err.find("kroveld: note: " + note), std::string::npos) << verbose.err;
+  const auto check = w.Run({"--check", "-r", "trial-balance.rcp", "-i", "trial-balance.txt"});
+  EXPECT_EQ(check.status, 1);
+  EXPECT_NE(check.err.find("kroveld: note: " + w.F("trial-balance.krs") + ": " + note),
+            std::string::npos)
+      << check.err;
+}
+
 // The misspelt offset: the loader's messages as a conversion shows them, then the notes that
 // explain them, the placeholder one included.
 TEST(Check, MessagesFirstThenNotesInFileOrder) {

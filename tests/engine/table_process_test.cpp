@@ -94,18 +94,44 @@ TEST_F(TableTest, KeySearchProblemsAreReportedAndMarkTheExportFailed) {
   }
 }
 
-TEST_F(TableTest, AStartBeforeLineOneStopsSilently) {
-  f.UseReport(NumberedLines(10, {{2, "HEAD"}, {6, "END"}}));
-  for (int offset : {-2, -5}) {
-    clsTable table = MakeTable("HEAD", offset, "END", 0, {MakeColumn(1, 4)});
-    f.Run(table, true);
+// No message; a verbose run (and a recipe check, which runs as one) gets a note saying why.
+TEST_F(TableTest, AStartBeforeLineOneStopsSilentlyWithANoteWhenVerbose) {
+  struct Case {
+    int topOffset;
+    int bottomOffset;
+    std::string note;
+  };
+  const std::vector<Case> cases = {
+      {-2, 0,
+       "Table 4 skipped: it would start on line 0, before the first line of the report "
+       "(ReadStartLine found on line 2, ReadStartLineOffset -2)"},
+      {-2000000000, 0,
+       "Table 4 skipped: it would start on line -1999999998, before the first line of the report "
+       "(ReadStartLine found on line 2, ReadStartLineOffset -2000000000)"},
+      {-9, -6,  // the end on line 0 as well
+       "Table 4 skipped: it would start on line -7, before the first line of the report "
+       "(ReadStartLine found on line 2, ReadStartLineOffset -9)"},
+  };
+  for (const Case& c : cases) {
+    for (bool verbose : {false, true}) {
+      ExtractFixture g;
+      g.UseReport(NumberedLines(10, {{2, "HEAD"}, {6, "END"}}));
+      g.ctx->options.bVerbose = verbose;
+      clsTable table = MakeTable("HEAD", c.topOffset, "END", c.bottomOffset, {MakeColumn(1, 4)});
+      table.Number = 4;
+      g.Run(table, true);
+      if (verbose) {
+        ASSERT_EQ(1u, g.ui.messages.size());
+        EXPECT_TRUE(g.ui.messages[0].note);
+        EXPECT_EQ(c.note, g.ui.messages[0].text);
+      } else {
+        EXPECT_TRUE(g.ui.messages.empty());
+      }
+      EXPECT_FALSE(g.Failed());
+      EXPECT_TRUE(g.sink.rows.empty());
+      EXPECT_EQ(1, g.Pointer());
+    }
   }
-  clsTable endBefore = MakeTable("HEAD", -9, "END", -6, {MakeColumn(1, 4)});  // end line 0
-  f.Run(endBefore, true);
-  EXPECT_TRUE(f.ui.messages.empty());
-  EXPECT_FALSE(f.Failed());
-  EXPECT_TRUE(f.sink.rows.empty());
-  EXPECT_EQ(1, f.Pointer());
 }
 
 TEST_F(TableTest, CsvRowsKeepBlankLinesTrailingBlanksTabsAndShiftLeadingEmptyFields) {
@@ -272,6 +298,17 @@ TEST_F(TableTest, RowsAreTheLinesCountedFromLineOneWhateverTheLineEnds) {
       {"BOTTOM", 5, "no", 8},     // start after the bottom key line (found first)
       {"zed", 0, "zed", 2},       // the last line, then lines past the end: empty rows
       {"title", 0, "TOP", 0},
+      // Starts before the top key line: stepped back from it when that is nearer than line 1
+      // or the bottom key line, otherwise read forward from there.
+      {"c", -1, "zed", 0},      // one line back
+      {"c", -3, "zed", 0},      // three back, four forward: back
+      {"c", -4, "zed", 0},      // as far back as forward from line 1: forward
+      {"c", -8, "zed", 0},      // line 1 itself
+      {"zed", -2, "no", 9},     // back from the top key rather than on from the bottom key
+      {"zed", -10, "b", 10},    // on from line 1 rather than back from the top key
+      {"d", -3, "zed", 0},      // back over CR LF, a lone CR and an empty line
+      {"c", -9, "zed", 0},      // line 0: nothing, silently
+      {"title", -1, "zed", 0},  // the key on line 1, one back: nothing
   };
   for (const auto& c : cases) {
     ExtractFixture g;
@@ -287,6 +324,11 @@ TEST_F(TableTest, RowsAreTheLinesCountedFromLineOneWhateverTheLineEnds) {
       EXPECT_EQ(
           std::vector<std::string>{"Error in Table specs: Can not find ReadEndLine: " + c.bottom},
           g.ui.Texts());
+      continue;
+    }
+    if (top + c.topOffset < 1) {
+      EXPECT_TRUE(g.sink.rows.empty()) << c.top << c.topOffset;
+      EXPECT_TRUE(g.ui.messages.empty()) << c.top << c.topOffset;
       continue;
     }
     if (bottom + c.bottomOffset < top + c.topOffset) {
@@ -402,6 +444,49 @@ TEST_F(TableTest, CsvRowsBetweenStatusUpdatesMatchTheRowByRowPath) {
   EXPECT_EQ(std::vector<std::string>(63, warning), g.ui.Texts());  // rows 7, 18, ..., 689
   EXPECT_EQ(63, g.ui.beeps);
   EXPECT_EQ("x,y\" ", g.ctx->lineProcessor.Slot(1));  // the table's last line, blank added
+}
+
+// The fast path looks a line over sixteen bytes at a time for commas, quotes, equal signs and
+// tabs, keeping them in 64-bit words, and a line longer than 1024 bytes field by field: such bytes
+// just before, on and after every boundary, in fields that end or begin there, must give what the
+// row-by-row path gives.
+TEST_F(TableTest, SpecialBytesAtEveryWordBoundaryMatchTheRowByRowPath) {
+  std::string body;
+  std::size_t lines = 0;
+  for (std::size_t at : {0u, 1u, 15u, 16u, 62u, 63u, 64u, 65u, 127u, 128u, 1022u, 1023u, 1024u}) {
+    for (char special : {',', '"', '=', '\t'}) {
+      for (std::size_t length : {at + 1, at + 2, at + 70, std::size_t{1030}}) {
+        if (length <= at) continue;
+        std::string line(length, 'x');
+        for (std::size_t i = 7; i < length; i += 11) line[i] = ' ';
+        line[at] = special;
+        body += line + "\r\n";
+        ++lines;
+      }
+    }
+  }
+  const std::string report = "HEAD\r\n" + body + "FOOT\r\n";
+  const std::vector<clsColumn> columns = {
+      MakeColumn(1, 1),       MakeColumn(2, 16),     MakeColumn(17, 64),  MakeColumn(60, 70),
+      MakeColumn(64, 66),     MakeColumn(65, 65),    MakeColumn(66, 200), MakeColumn(1000, 1025),
+      MakeColumn(1024, 1024), MakeColumn(1025, 3000)};
+  std::vector<std::string> rows[2], texts[2];
+  std::string slot1[2];
+  for (int rowByRow = 0; rowByRow < 2; ++rowByRow) {
+    ExtractFixture g;
+    g.ui.SetAlwaysDue(rowByRow == 1);
+    g.UseReport(report);
+    clsTable table = MakeTable("HEAD", 1, "FOOT", -1, columns);
+    g.Run(table, true);
+    rows[rowByRow] = g.sink.rows;
+    texts[rowByRow] = g.ui.Texts();
+    slot1[rowByRow] = g.ctx->lineProcessor.Slot(1);
+    ASSERT_EQ(lines, g.sink.rows.size());
+  }
+  for (std::size_t i = 0; i < lines; ++i) EXPECT_EQ(rows[1][i], rows[0][i]) << "line " << i + 1;
+  EXPECT_EQ(texts[1], texts[0]);
+  EXPECT_FALSE(texts[0].empty());  // the equal signs were warned about
+  EXPECT_EQ(slot1[1], slot1[0]);
 }
 
 TEST_F(TableTest, EmptyAndMissingInputsAreReportedNotCrashed) {

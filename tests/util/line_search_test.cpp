@@ -11,10 +11,27 @@ namespace {
 using testing::CrLf;
 using testing::TempDir;
 
+// The search on the file and the search on its bytes in memory, which must agree.
+std::vector<KeyLine> Search(const std::string& path, std::span<const std::string_view> keys) {
+  const std::vector<KeyLine> found = FindFirstLinesContaining(path, keys);
+  TextFile file;
+  if (file.OpenMapped(path)) {
+    std::int64_t told = 0;
+    const std::vector<KeyLine> inMemory = FindFirstLinesContaining(
+        file.MappedBytes(), keys, [&told](std::int64_t searched) { told = searched; });
+    for (std::size_t k = 0; k < keys.size(); ++k) {
+      EXPECT_EQ(inMemory[k].line, found[k].line) << path << " key " << keys[k];
+      EXPECT_EQ(inMemory[k].offset, found[k].offset) << path << " key " << keys[k];
+    }
+    EXPECT_LE(told, static_cast<std::int64_t>(file.MappedBytes().size()));
+  }
+  return found;
+}
+
 // The line of the first occurrence of one key, as the table's key search finds it.
 std::int64_t FirstLine(const std::string& path, std::string_view key) {
   const std::string_view keys[] = {key};
-  return FindFirstLinesContaining(path, keys)[0].line;
+  return Search(path, keys)[0].line;
 }
 
 TEST(FindFirstLinesContaining, CountsLinesLikeTheReader) {
@@ -54,7 +71,7 @@ TEST(FindFirstLinesContaining, LinesAndOffsetsOfEveryKey) {
       std::string("head\r\n\rEND first\nx\r\rTOP\r\n") + "END again\n\n  tail TOP\rlast";
   const std::string path = dir.Write("m.txt", content);
   const std::vector<std::string_view> keys = {"TOP", "END", "", "absent", "a\nb", "tail", "last"};
-  const std::vector<KeyLine> found = FindFirstLinesContaining(path, keys);
+  const std::vector<KeyLine> found = Search(path, keys);
   ASSERT_EQ(found.size(), keys.size());
   const std::int64_t lines[] = {6, 3, 1, 0, 0, 9, 10};
   for (std::size_t k = 0; k < keys.size(); ++k) {
@@ -108,14 +125,45 @@ TEST(FindFirstLinesContaining, BlockBoundaries) {
   // The offset of a line that begins right after a CR LF split over the boundary, and of one
   // that begins in the second block, with a second key found in the first block.
   const std::string_view keys[] = {"second", "THE KEY", "xxx"};
-  const std::vector<KeyLine> found =
-      FindFirstLinesContaining(dir.Write("crlf2.txt", crlf_split), keys);
+  const std::vector<KeyLine> found = Search(dir.Write("crlf2.txt", crlf_split), keys);
   EXPECT_EQ(found[0].line, 2);
   EXPECT_EQ(found[0].offset, static_cast<std::int64_t>(kBlock + 1));
   EXPECT_EQ(found[1].line, 3);
   EXPECT_EQ(found[1].offset, static_cast<std::int64_t>(kBlock + 9));
   EXPECT_EQ(found[2].line, 1);
   EXPECT_EQ(found[2].offset, 0);
+}
+
+// Stepping back over lines from a line start: every line end TextFile knows, counted as it counts
+// them. Checked against the line starts that reading forward gives, for every line and count.
+TEST(StartOfLineBefore, StepsBackOverLinesAsTheReaderCountsThem) {
+  const std::string texts[] = {
+      "a\r\nbb\nccc\rdd\r\n",
+      "\r\n\r\n\n\r\r\nx",       // empty lines of every kind
+      "form\ffeed\r\r\nz\n\rq",  // a form feed is part of its line; CR CR LF is two ends
+      "one line",
+  };
+  TempDir dir;
+  int n = 0;
+  for (const std::string& text : texts) {
+    // Where each line begins, as the reader finds it going forward through the mapped file.
+    TextFile f;
+    ASSERT_TRUE(f.OpenMapped(dir.Write("b" + std::to_string(n++) + ".txt", text)));
+    ASSERT_TRUE(f.IsMapped());
+    const std::string_view bytes = f.MappedBytes();
+    std::vector<std::int64_t> starts;
+    for (std::string_view line; f.ReadLine(line);) starts.push_back(line.data() - bytes.data());
+    const std::int64_t lines = static_cast<std::int64_t>(starts.size());
+    for (std::int64_t from = 0; from < lines; ++from) {
+      for (std::int64_t back = 0; back <= from + 1; ++back) {
+        const std::int64_t expected =
+            back <= from ? starts[static_cast<std::size_t>(from - back)] : -1;
+        EXPECT_EQ(StartOfLineBefore(bytes, starts[static_cast<std::size_t>(from)], back), expected)
+            << ::testing::PrintToString(text) << " line " << from + 1 << " back " << back;
+      }
+    }
+  }
+  EXPECT_EQ(StartOfLineBefore("abc", 7, 1), -1);  // an offset outside the text
 }
 
 }  // namespace

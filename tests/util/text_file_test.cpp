@@ -15,13 +15,20 @@ namespace {
 
 using testing::TempDir;
 
-std::vector<std::string> ReadAll(const std::string& path) {
+std::vector<std::string> ReadAllOnce(const std::string& path, bool mapped) {
   TextFile f;
-  EXPECT_TRUE(f.Open(path)) << f.Error();
+  EXPECT_TRUE(mapped ? f.OpenMapped(path) : f.Open(path)) << f.Error();
   std::vector<std::string> lines;
   std::string_view line;
   while (f.ReadLine(line)) lines.emplace_back(line);
   EXPECT_EQ(f.LinesRead(), static_cast<std::int64_t>(lines.size()));
+  return lines;
+}
+
+// The lines of the file, read through the buffer; read through a memory map they must be the same.
+std::vector<std::string> ReadAll(const std::string& path) {
+  std::vector<std::string> lines = ReadAllOnce(path, false);
+  EXPECT_EQ(ReadAllOnce(path, true), lines) << path << " mapped";
   return lines;
 }
 
@@ -86,19 +93,23 @@ TEST(TextFile, LinesLongerThanTheBufferComeBackWholeUpToTheCap) {
   std::string huge(kMaxLineBytes + (5u << 20), 'h');
   const std::string content =
       "short\n" + big + "\r\nafter\n" + huge + "\nnext\n" + big;  // last one without end
-  TextFile f;
-  ASSERT_TRUE(f.Open(dir.Write("big.txt", content))) << f.Error();
-  Lines lines;
-  std::string_view line;
-  while (f.ReadLine(line)) lines.emplace_back(line);
-  ASSERT_EQ(lines.size(), 6u);
-  EXPECT_EQ(lines[0], "short");
-  EXPECT_EQ(lines[1], big);
-  EXPECT_EQ(lines[2], "after");
-  EXPECT_EQ(lines[3], huge.substr(0, kMaxLineBytes));  // cut, the rest skipped
-  EXPECT_EQ(lines[4], "next");
-  EXPECT_EQ(lines[5], big);
-  EXPECT_EQ(f.FirstCutLine(), 4);
+  const std::string path = dir.Write("big.txt", content);
+  for (bool mapped : {false, true}) {
+    TextFile f;
+    ASSERT_TRUE(mapped ? f.OpenMapped(path) : f.Open(path)) << f.Error();
+    EXPECT_EQ(f.IsMapped(), mapped);
+    Lines lines;
+    std::string_view line;
+    while (f.ReadLine(line)) lines.emplace_back(line);
+    ASSERT_EQ(lines.size(), 6u);
+    EXPECT_EQ(lines[0], "short");
+    EXPECT_EQ(lines[1], big);
+    EXPECT_EQ(lines[2], "after");
+    EXPECT_EQ(lines[3], huge.substr(0, kMaxLineBytes));  // cut, the rest skipped
+    EXPECT_EQ(lines[4], "next");
+    EXPECT_EQ(lines[5], big);
+    EXPECT_EQ(f.FirstCutLine(), 4);
+  }
   EXPECT_EQ(ReadAll(dir.Write("small.txt", "a\nb")).size(), 2u);
 }
 
@@ -140,6 +151,55 @@ TEST(TextFile, SeekToLineReadsOnFromThatLine) {
   EXPECT_FALSE(closed.SeekToLine(0, 1));
 }
 
+// A file that can be mapped is; one that cannot (an empty file) is read through the buffer. Both
+// give the lines, the line numbers of a seek and the cut of a long line as the buffer does, also
+// after the pages read were given back.
+TEST(TextFile, MappedReadingFallsBackAndSurvivesGivingPagesBack) {
+  TempDir dir;
+  struct Case {
+    std::string content;
+    bool mapped;
+  };
+  const Case cases[] = {
+      {"", false},
+      {"no final line end", true},
+      {"form\ffeed\r\nlast\r", true},
+      {std::string(5000, 'p') + "\r" + std::string(5000, 'q') + "\n\n", true},
+  };
+  int n = 0;
+  for (const Case& c : cases) {
+    const std::string path = dir.Write("m" + std::to_string(n++) + ".txt", c.content);
+    TextFile f;
+    ASSERT_TRUE(f.OpenMapped(path)) << f.Error();
+    EXPECT_EQ(f.IsMapped(), c.mapped) << n;
+    EXPECT_EQ(f.MappedBytes().size(), c.mapped ? c.content.size() : 0u);
+    const Lines first = ReadAll(path);
+    Lines lines;
+    for (std::string line; f.ReadLine(line);) lines.push_back(line);
+    EXPECT_EQ(lines, first) << n;
+    // Every page given back, then read again from line 1: the same lines.
+    f.ReleaseBefore(static_cast<std::int64_t>(c.content.size()));
+    ASSERT_TRUE(f.SeekToLine(0, 1));
+    lines.clear();
+    for (std::string line; f.ReadLine(line);) lines.push_back(line);
+    EXPECT_EQ(lines, first) << n;
+  }
+  // A seek in a mapped file counts lines from there; a seek beyond its end is refused.
+  const std::string path = dir.Write("seek.txt", "a\r\nbb\ncc\rdd");
+  TextFile f;
+  ASSERT_TRUE(f.OpenMapped(path));
+  ASSERT_TRUE(f.IsMapped());
+  ASSERT_TRUE(f.SeekToLine(6, 3));
+  std::string line;
+  EXPECT_TRUE(f.ReadLine(line));
+  EXPECT_EQ(line, "cc");
+  EXPECT_EQ(f.LinesRead(), 3);
+  EXPECT_FALSE(f.SeekToLine(100, 2));
+  f.Close();
+  EXPECT_FALSE(f.IsMapped());
+  EXPECT_TRUE(f.MappedBytes().empty());
+}
+
 TEST(TextFile, MissingFilesFoldersAndBackslashPaths) {
   TempDir dir;
   TextFile f;
@@ -156,6 +216,8 @@ TEST(TextFile, MissingFilesFoldersAndBackslashPaths) {
   ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
   for (const std::string& special : {fifo, std::string("/dev/zero")}) {
     EXPECT_FALSE(f.Open(special));
+    EXPECT_EQ(f.Error(), special + ": not a regular file");
+    EXPECT_FALSE(f.OpenMapped(special));
     EXPECT_EQ(f.Error(), special + ": not a regular file");
   }
 
