@@ -29,11 +29,14 @@ struct FastCsvRows::LineMarks {
   void Mark(const char* p, std::size_t n) {
     unsigned others = 0;  // equal signs and tabs
     std::size_t i = 0;
-    for (; i + 16 <= n; i += 16) others |= Chunk(p + i, i);
+    for (; i + 16 <= n; i += 16) others |= Chunk(p + i, i, 0);
     if (i < n) {
-      char padded[16] = {};  // NUL bytes mean nothing here
-      std::memcpy(padded, p + i, n - i);
-      others |= Chunk(padded, i);
+      if (n >= 16) {
+        // The last sixteen bytes of the line, of which those before i are marked already.
+        others |= Chunk(p + n - 16, i, 16 - (n - i));
+      } else {
+        others |= Bytes(p, n);
+      }
     }
     equalSign = (others & 1u) != 0;
     tab = (others & 2u) != 0;
@@ -54,11 +57,10 @@ struct FastCsvRows::LineMarks {
   }
 
  private:
-  // Marks the sixteen bytes at c as bytes at..at + 15 of the line; returns bit 0 for an equal
-  // sign among them, bit 1 for a tab.
-  [[gnu::always_inline]] unsigned Chunk(const char* c, std::size_t at) {
-    std::uint64_t commas = 0, quotes = 0;
-    unsigned others = 0;
+  // Marks the sixteen bytes at c but the first `skip` of them as bytes at, at + 1, ... of the
+  // line; returns bit 0 for an equal sign among them, bit 1 for a tab.
+  [[gnu::always_inline]] unsigned Chunk(const char* c, std::size_t at, unsigned skip) {
+    unsigned commas = 0, quotes = 0, equals = 0, tabs = 0;
 #if defined(__SSE2__)
     const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(c));
     const auto bits = [&v](char b) {
@@ -66,23 +68,39 @@ struct FastCsvRows::LineMarks {
     };
     commas = bits(',');
     quotes = bits('"');
-    others = (bits('=') != 0 ? 1u : 0u) | (bits('\t') != 0 ? 2u : 0u);
+    equals = bits('=');
+    tabs = bits('\t');
 #else
-    for (int k = 0; k < 16; ++k) {
-      if (c[k] == ',') commas |= std::uint64_t{1} << k;
-      if (c[k] == '"') quotes |= std::uint64_t{1} << k;
-      if (c[k] == '=') others |= 1u;
-      if (c[k] == '\t') others |= 2u;
+    for (unsigned k = 0; k < 16; ++k) {
+      commas |= (c[k] == ',' ? 1u : 0u) << k;
+      quotes |= (c[k] == '"' ? 1u : 0u) << k;
+      equals |= (c[k] == '=' ? 1u : 0u) << k;
+      tabs |= (c[k] == '\t' ? 1u : 0u) << k;
     }
 #endif
+    Place(commas >> skip, quotes >> skip, at);
+    return ((equals >> skip) != 0 ? 1u : 0u) | ((tabs >> skip) != 0 ? 2u : 0u);
+  }
+
+  // Marks a line shorter than sixteen bytes.
+  unsigned Bytes(const char* c, std::size_t n) {
+    unsigned commas = 0, quotes = 0, others = 0;
+    for (std::size_t k = 0; k < n; ++k) {
+      commas |= (c[k] == ',' ? 1u : 0u) << k;
+      quotes |= (c[k] == '"' ? 1u : 0u) << k;
+      others |= (c[k] == '=' ? 1u : 0u) | (c[k] == '\t' ? 2u : 0u);
+    }
+    Place(commas, quotes, 0);
+    return others;
+  }
+
+  // Puts the marks of up to sixteen bytes from byte `at` on (a multiple of sixteen) in place.
+  [[gnu::always_inline]] void Place(std::uint64_t commas, std::uint64_t quotes, std::size_t at) {
     const std::size_t word = at / 64;
     const unsigned shift = static_cast<unsigned>(at % 64);
-    if (shift == 0) {
-      special[word] = quote[word] = 0;
-    }
+    if (shift == 0) special[word] = quote[word] = 0;
     special[word] |= (commas | quotes) << shift;
     quote[word] |= quotes << shift;
-    return others;
   }
 };
 

@@ -18,10 +18,9 @@ TableRowWriter::TableRowWriter(Context& ctx, clsTable& table, std::int64_t start
       csv_(!ctx.sink->HoldsCells()),
       baseRow_(ctx.recipe.ExportSpecs.getWritePointer(ctx.ui, 1)) {}
 
-bool TableRowWriter::Turn(std::int64_t lineNumber) {
+// The port makes the per-row yield and status texts cheap by letting only some through.
+bool TableRowWriter::TakeTurn(std::int64_t lineNumber) {
   UiPort& ui = ctx_.ui;
-  // The port makes the per-row yield and status texts cheap by letting only some through.
-  due_ = ui.Due();
   if (due_) {
     fast_.Settle(ctx_);
     ui.ProcessEvents();

@@ -8,11 +8,11 @@
 #include <string>
 #include <string_view>
 
+#include "engine/context.h"
 #include "engine/fast_csv_rows.h"
 
 namespace kroveld {
 
-class Context;
 class clsTable;
 
 class TableRowWriter {
@@ -28,8 +28,12 @@ class TableRowWriter {
   };
 
   // The user interface's turn before line `lineNumber` is read. False when the user chose to
-  // stop: the table ends keeping its rows.
-  bool Turn(std::int64_t lineNumber);
+  // stop: the table ends keeping its rows. Most rows have nothing to show: that test is inline.
+  bool Turn(std::int64_t lineNumber) {
+    due_ = ctx_.ui.Due();
+    if (!due_ && !ctx_.run.stopRequested.load(std::memory_order_relaxed)) return true;
+    return TakeTurn(lineNumber);
+  }
   // Line `lineNumber` of the block (empty past the end of the report) becomes a row.
   Next Write(std::int64_t lineNumber, std::string_view line);
   // Before a message of the caller: slot 1 gets the line it is owed.
@@ -38,6 +42,7 @@ class TableRowWriter {
   void Finish();
 
  private:
+  bool TakeTurn(std::int64_t lineNumber);
   Next WriteThroughColumns(std::int64_t lineNumber, std::string_view line);
 
   Context& ctx_;
