@@ -1,6 +1,7 @@
 // Cutting CSV rows straight from the line as read. A line is looked over once, sixteen bytes at a
 // time, for the bytes that decide how its fields are written (commas, double quotes, equal signs,
-// tabs); each field is then a copy, enclosed in quotes when its part of the line holds one.
+// tabs, bytes beyond ASCII); each field is then a copy, enclosed in quotes when its part of the
+// line holds one.
 #include "engine/fast_csv_rows.h"
 
 #include <algorithm>
@@ -24,10 +25,11 @@ struct FastCsvRows::LineMarks {
   std::uint64_t quote[kWords];    // a double quote: doubled in the field
   bool equalSign = false;         // the line holds an "=" somewhere
   bool tab = false;               // the line holds a tab somewhere
+  bool beyondAscii = false;       // the line holds a byte above 127 somewhere
 
   // Marks the `n` bytes at p; n at most kMaxBytes.
   void Mark(const char* p, std::size_t n) {
-    unsigned others = 0;  // equal signs and tabs
+    unsigned others = 0;  // equal signs, tabs, bytes above 127
     std::size_t i = 0;
     for (; i + 16 <= n; i += 16) others |= Chunk(p + i, i, 0);
     if (i < n) {
@@ -40,6 +42,7 @@ struct FastCsvRows::LineMarks {
     }
     equalSign = (others & 1u) != 0;
     tab = (others & 2u) != 0;
+    beyondAscii = (others & 4u) != 0;
   }
 
   // Whether any bit of `mask` in [from, to) is set; from < to <= the marked length.
@@ -58,9 +61,9 @@ struct FastCsvRows::LineMarks {
 
  private:
   // Marks the sixteen bytes at c but the first `skip` of them as bytes at, at + 1, ... of the
-  // line; returns bit 0 for an equal sign among them, bit 1 for a tab.
+  // line; returns bit 0 for an equal sign among them, bit 1 for a tab, bit 2 for a byte above 127.
   [[gnu::always_inline]] unsigned Chunk(const char* c, std::size_t at, unsigned skip) {
-    unsigned commas = 0, quotes = 0, equals = 0, tabs = 0;
+    unsigned commas = 0, quotes = 0, equals = 0, tabs = 0, high = 0;
 #if defined(__SSE2__)
     const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(c));
     const auto bits = [&v](char b) {
@@ -70,16 +73,19 @@ struct FastCsvRows::LineMarks {
     quotes = bits('"');
     equals = bits('=');
     tabs = bits('\t');
+    high = static_cast<unsigned>(_mm_movemask_epi8(v));
 #else
     for (unsigned k = 0; k < 16; ++k) {
       commas |= (c[k] == ',' ? 1u : 0u) << k;
       quotes |= (c[k] == '"' ? 1u : 0u) << k;
       equals |= (c[k] == '=' ? 1u : 0u) << k;
       tabs |= (c[k] == '\t' ? 1u : 0u) << k;
+      high |= (static_cast<unsigned char>(c[k]) > 127 ? 1u : 0u) << k;
     }
 #endif
     Place(commas >> skip, quotes >> skip, at);
-    return ((equals >> skip) != 0 ? 1u : 0u) | ((tabs >> skip) != 0 ? 2u : 0u);
+    return ((equals >> skip) != 0 ? 1u : 0u) | ((tabs >> skip) != 0 ? 2u : 0u) |
+           ((high >> skip) != 0 ? 4u : 0u);
   }
 
   // Marks a line shorter than sixteen bytes.
@@ -88,7 +94,8 @@ struct FastCsvRows::LineMarks {
     for (std::size_t k = 0; k < n; ++k) {
       commas |= (c[k] == ',' ? 1u : 0u) << k;
       quotes |= (c[k] == '"' ? 1u : 0u) << k;
-      others |= (c[k] == '=' ? 1u : 0u) | (c[k] == '\t' ? 2u : 0u);
+      others |= (c[k] == '=' ? 1u : 0u) | (c[k] == '\t' ? 2u : 0u) |
+                (static_cast<unsigned char>(c[k]) > 127 ? 4u : 0u);
     }
     Place(commas, quotes, 0);
     return others;
@@ -209,7 +216,8 @@ bool FastCsvRows::Cut(Context& ctx, const std::vector<clsColumn>& columns, std::
   // printed columns.
   const bool tabs =
       marked ? ctx.tabSize > 0 && marks_->tab : clsLineProcessor::ExpandsTabs(line, ctx.tabSize);
-  if (!fast_ || tabs || (ctx.lineProcessor.Utf8() && !IsAscii(line))) {
+  if (!fast_ || tabs ||
+      (ctx.lineProcessor.Utf8() && (marked ? marks_->beyondAscii : !IsAscii(line)))) {
     planned_ = false;  // AppendCsvValue works the operators out again
     return false;
   }
