@@ -5,10 +5,11 @@
 // kroveld writes them (the line with one blank added unless it ends in one, fields enclosed in
 // quotes when they hold a comma or a quote, leading empty fields without a comma). Each round runs
 // cp, kroveld, the cutter, and the cutter once more flushing its output to the disk at the end as
-// kroveld does, in turn, as separate processes; the outputs of kroveld and the cutter are compared
-// after every round. Prints the medians of wall and CPU time and the peak memory of each.
+// kroveld does, in turn, as separate processes (and a baseline kroveld binary when one is given);
+// the outputs of kroveld and the cutter are compared after every round. Prints the medians of wall
+// and CPU time and the peak memory of each.
 //
-//   kroveld_bench_cutter <kroveld binary> <report> <work folder> [rounds]
+//   kroveld_bench_cutter <kroveld binary> <report> <work folder> [rounds [baseline kroveld]]
 //   kroveld_bench_cutter --cut <report> <csv output>       (the cutter alone)
 //   kroveld_bench_cutter --cut-durable <report> <csv output>
 #include <fcntl.h>
@@ -220,16 +221,17 @@ void WriteRecipe(const std::string& folder) {
 int main(int argc, char** argv) {
   if (argc == 4 && std::string_view(argv[1]) == "--cut") return Cut(argv[2], argv[3], false);
   if (argc == 4 && std::string_view(argv[1]) == "--cut-durable") return Cut(argv[2], argv[3], true);
-  if (argc != 4 && argc != 5) {
+  if (argc < 4 || argc > 6) {
     std::fprintf(stderr,
-                 "usage: kroveld_bench_cutter <kroveld binary> <report> <work folder> [rounds]\n"
+                 "usage: kroveld_bench_cutter <kroveld binary> <report> <work folder> [rounds "
+                 "[baseline kroveld binary]]\n"
                  "       kroveld_bench_cutter --cut|--cut-durable <report> <csv output>\n");
     return 2;
   }
   const std::string kroveld = argv[1];
   const std::string report = argv[2];
   const std::string work = argv[3];
-  const int rounds = argc == 5 ? std::max(1, std::atoi(argv[4])) : 5;
+  const int rounds = argc >= 5 ? std::max(1, std::atoi(argv[4])) : 5;
   char self[4096] = {};
   if (::readlink("/proc/self/exe", self, sizeof self - 1) <= 0) return 1;
   WriteRecipe(work);
@@ -242,46 +244,61 @@ int main(int argc, char** argv) {
   }
   { const std::string warm = Slurp(report); }  // page cache warm for everyone
 
-  constexpr int kTools = 4;
-  std::vector<double> wall[kTools], cpu[kTools];
-  long peak[kTools] = {};
-  const char* names[kTools] = {"cp", "kroveld", "cutter", "cutter+fsync"};
-  const std::string ours = work + "/kroveld.csv";
-  const std::string theirs = work + "/cutter.csv";
+  struct Tool {
+    std::string name;
+    std::vector<std::string> args;
+    std::string output;  // the CSV it writes, removed before each run ("" for cp)
+    std::vector<double> wall, cpu;
+    long peakKb = 0;
+  };
+  const std::string cutterCsv = work + "/cutter.csv";
+  const auto kroveldTool = [&](std::string name, const std::string& binary) {
+    const std::string out = work + "/" + name + ".csv";
+    return Tool{name, {binary, "-i", input, "-o", out, "-r", work + "/ledger.rcp"}, out, {}, {}, 0};
+  };
+  std::vector<Tool> tools;
+  tools.push_back(Tool{"cp", {"/bin/cp", report, work + "/copy.txt"}, "", {}, {}, 0});
+  tools.push_back(kroveldTool("kroveld", kroveld));
+  if (argc == 6) tools.push_back(kroveldTool("baseline", argv[5]));
+  tools.push_back(Tool{"cutter", {self, "--cut", report, cutterCsv}, cutterCsv, {}, {}, 0});
+  tools.push_back(
+      Tool{"cutter+fsync", {self, "--cut-durable", report, cutterCsv}, cutterCsv, {}, {}, 0});
   for (int round = 0; round < rounds; ++round) {
-    ::unlink((work + "/copy.txt").c_str());
-    ::unlink(ours.c_str());
-    ::unlink(theirs.c_str());
-    const Run runs[kTools] = {
-        Spawn({"/bin/cp", report, work + "/copy.txt"}),
-        Spawn({kroveld, "-i", input, "-o", ours, "-r", work + "/ledger.rcp"}),
-        Spawn({self, "--cut", report, theirs}),
-        Spawn({self, "--cut-durable", report, theirs}),
-    };
-    for (int t = 0; t < kTools; ++t) {
-      wall[t].push_back(runs[t].wall);
-      cpu[t].push_back(runs[t].cpu);
-      peak[t] = std::max(peak[t], runs[t].peakKb);
+    for (Tool& tool : tools) {
+      ::unlink((work + "/copy.txt").c_str());
+      if (!tool.output.empty()) ::unlink(tool.output.c_str());
+      const Run run = Spawn(tool.args);
+      tool.wall.push_back(run.wall);
+      tool.cpu.push_back(run.cpu);
+      tool.peakKb = std::max(tool.peakKb, run.peakKb);
     }
-    if (Slurp(ours) != Slurp(theirs)) {
-      std::fprintf(stderr, "kroveld_bench_cutter: the CSV of kroveld and the cutter differ\n");
-      return 1;
+    const std::string expected = Slurp(cutterCsv);
+    for (const Tool& tool : tools) {
+      if (tool.output.empty() || tool.output == cutterCsv) continue;
+      if (Slurp(tool.output) != expected) {
+        std::fprintf(stderr, "kroveld_bench_cutter: the CSV of %s and of the cutter differ\n",
+                     tool.name.c_str());
+        return 1;
+      }
     }
   }
   ::unlink((work + "/copy.txt").c_str());
   struct stat st {};
   ::stat(report.c_str(), &st);
   struct stat csv {};
-  ::stat(ours.c_str(), &csv);
-  std::printf("report %.1f MB, CSV %.1f MB (kroveld and cutter identical), %d rounds\n",
+  ::stat(cutterCsv.c_str(), &csv);
+  std::printf("report %.1f MB, CSV %.1f MB (the same from every tool), %d rounds\n",
               static_cast<double>(st.st_size) / 1e6, static_cast<double>(csv.st_size) / 1e6,
               rounds);
-  std::printf("%-13s %12s %12s %10s %12s\n", "tool", "median wall", "median CPU", "peak MB",
-              "wall/cutter");
-  const double cutterWall = Median(wall[2]);
-  for (int t = 0; t < kTools; ++t) {
-    std::printf("%-13s %11.3fs %11.3fs %10.1f %11.2fx\n", names[t], Median(wall[t]), Median(cpu[t]),
-                static_cast<double>(peak[t]) / 1024, Median(wall[t]) / cutterWall);
+  std::printf("%-13s %12s %12s %10s %12s %12s\n", "tool", "median wall", "median CPU", "peak MB",
+              "wall/cutter", "CPU/cutter");
+  const Tool& cutter = tools[tools.size() - 2];
+  const double cutterWall = Median(cutter.wall);
+  const double cutterCpu = Median(cutter.cpu);
+  for (const Tool& tool : tools) {
+    std::printf("%-13s %11.3fs %11.3fs %10.1f %11.2fx %11.2fx\n", tool.name.c_str(),
+                Median(tool.wall), Median(tool.cpu), static_cast<double>(tool.peakKb) / 1024,
+                Median(tool.wall) / cutterWall, Median(tool.cpu) / cutterCpu);
   }
   return 0;
 }
