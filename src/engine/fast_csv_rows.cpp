@@ -139,11 +139,13 @@ FastCsvRows::~FastCsvRows() = default;
 // operator that reads another slot, sums, or is unknown and reported per field).
 bool FastCsvRows::Plan(const Context& ctx, const std::vector<clsColumn>& columns) {
   cuts_.clear();
+  widest_ = 0;
   for (const clsColumn& column : columns) {
     if (column.SingleFileSlot(ctx) != 1) return false;
     const long long width =
         static_cast<long long>(column.ReadColumnEnd) - column.ReadColumnStart + 1;
     cuts_.push_back(ColumnCut{column.ReadColumnStart - 1LL, width < 1 ? 0 : width});
+    widest_ += width < 1 ? 0 : width;
   }
   return true;
 }
@@ -157,8 +159,10 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, cons
   const long long size = static_cast<long long>(line.size());
   const bool blank = size > 0 && line.back() != ' ';
   const long long slotSize = size + (blank ? 1 : 0);
-  // Each field holds at most the whole slot, doubled quotes, two quotes and a comma.
-  const std::size_t room = cuts_.size() * (2 * static_cast<std::size_t>(slotSize) + 5);
+  // Each field holds at most its width of the slot, doubled quotes, two quotes and a comma: a
+  // long line asks for room by its columns, not by its length times the columns.
+  const long long cut = std::min(widest_, static_cast<long long>(cuts_.size()) * slotSize);
+  const std::size_t room = 2 * static_cast<std::size_t>(cut) + 3 * cuts_.size();
   if (row_.size() < room) row_.resize(std::max(room, 2 * row_.size()));
   char* const begin = row_.data();
   char* out = begin;

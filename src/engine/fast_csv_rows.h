@@ -47,6 +47,7 @@ class FastCsvRows {
                             bool& warned);
 
   std::vector<ColumnCut> cuts_;
+  long long widest_ = 0;  // the widths of all cuts together: no row is longer than twice that
   std::unique_ptr<LineMarks> marks_;
   std::string row_;
   bool planned_ = false;  // whether cuts_ and fast_ reflect the columns
