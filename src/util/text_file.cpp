@@ -1,9 +1,10 @@
-// Buffered line reader: one large read buffer, lines handed out as views into it; only a line
-// longer than the buffer is assembled in a separate string.
+// Line reader: one large read buffer, lines handed out as views into it (only a line longer than
+// the buffer is assembled in a separate string), or, opened mapped, views into the mapped file.
 #include "util/text_file.h"
 
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -20,7 +21,11 @@ constexpr std::size_t kBufferSize = 1u << 20;
 constexpr std::size_t kSmallBuffer = 4096;
 // A mapped file's pages are given back behind the reading position every this many bytes.
 constexpr std::size_t kReleaseStep = std::size_t{8} << 20;
-constexpr std::size_t kPage = 4096;
+// Pages are given back whole.
+std::size_t PageFloor(std::size_t offset) {
+  static const std::size_t page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  return offset / page * page;
+}
 }  // namespace
 
 TextFile::~TextFile() {
@@ -92,8 +97,7 @@ bool TextFile::OpenMapped(const std::string& path) {
 
 void TextFile::ReleaseBefore(std::int64_t offset) {
   if (map_ == nullptr || offset <= 0) return;
-  const std::size_t upTo =
-      std::min(static_cast<std::size_t>(offset), map_size_) / kPage * kPage;  // whole pages
+  const std::size_t upTo = PageFloor(std::min(static_cast<std::size_t>(offset), map_size_));
   if (upTo <= released_) return;
   ::madvise(const_cast<char*>(map_) + released_, upTo - released_, MADV_DONTNEED);
   released_ = upTo;
@@ -253,7 +257,7 @@ bool TextFile::SeekToLine(std::int64_t offset, std::int64_t lineNumber) {
     if (static_cast<std::uint64_t>(offset) > map_size_) return false;
     map_pos_ = static_cast<std::size_t>(offset);
     // Pages given back before are read in again from here on, and given back again after.
-    released_ = std::min(released_, map_pos_ / kPage * kPage);
+    released_ = std::min(released_, PageFloor(map_pos_));
     lines_read_ = lineNumber - 1;
     return true;
   }
