@@ -4,13 +4,11 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <mutex>
@@ -175,30 +173,8 @@ bool FileContainsByte(std::string_view path, char c) {
   const std::string native = NativePath(path);
   const int fd = ::open(native.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return false;
-  bool found = false;
-  // A regular file is looked through a memory map, a slice at a time, each slice's pages given
-  // back after it: nothing is copied and memory stays small whatever the size.
-  struct stat st {};
-  void* map = MAP_FAILED;
-  if (::fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0 &&
-      static_cast<unsigned long long>(st.st_size) <= SIZE_MAX) {
-    map = ::mmap(nullptr, static_cast<std::size_t>(st.st_size), PROT_READ, MAP_SHARED, fd, 0);
-  }
-  if (map != MAP_FAILED) {
-    constexpr std::size_t kSlice = std::size_t{8} << 20;  // a multiple of the page size
-    const std::size_t size = static_cast<std::size_t>(st.st_size);
-    char* const bytes = static_cast<char*>(map);
-    ::madvise(map, size, MADV_SEQUENTIAL);
-    for (std::size_t at = 0; at < size && !found; at += kSlice) {
-      const std::size_t n = std::min(kSlice, size - at);
-      found = std::memchr(bytes + at, c, n) != nullptr;
-      ::madvise(bytes + at, n, MADV_DONTNEED);
-    }
-    ::munmap(map, size);
-    ::close(fd);
-    return found;
-  }
   std::string buf(kWriteBuffer, '\0');
+  bool found = false;
   for (;;) {
     const ssize_t n = ::read(fd, buf.data(), buf.size());
     if (n < 0 && errno == EINTR) continue;
