@@ -187,7 +187,8 @@ std::vector<KeyLine> SearchKeys(Source& source, std::span<const std::string_view
     }
     if (left == 0) return found;
     countTo(b + len);
-    if (afterBlock) afterBlock(block.base + static_cast<std::int64_t>(len));
+    // The bytes carried into the next block are looked at again; those before them are done with.
+    if (afterBlock) afterBlock(block.base + static_cast<std::int64_t>(len - std::min(keep, len)));
   }
   return found;
 }

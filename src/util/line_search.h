@@ -40,7 +40,7 @@ std::vector<KeyLine> FindFirstLinesContaining(const std::string& path,
                                               const std::function<void()>& afterBlock = {});
 
 // The same search over bytes in memory (a mapped file): nothing is copied. `afterBlock`, when
-// given, is told after each block how many bytes from the start have been searched.
+// given, is told after each block the offset before which the search will not look again.
 std::vector<KeyLine> FindFirstLinesContaining(std::string_view bytes,
                                               std::span<const std::string_view> keys,
                                               const std::function<void(std::int64_t)>& afterBlock);

@@ -19,8 +19,12 @@ namespace kroveld {
 namespace {
 constexpr std::size_t kBufferSize = 1u << 20;
 constexpr std::size_t kSmallBuffer = 4096;
-// A mapped file's pages are given back behind the reading position every this many bytes.
+// A mapped file's pages are given back behind the reading position every this many bytes, all
+// but the last megabyte before it: the line before the current one may still be looked at, and
+// a page looked at again after it was given back would be read in again with its neighbours and
+// stay.
 constexpr std::size_t kReleaseStep = std::size_t{8} << 20;
+constexpr std::size_t kReleaseLag = std::size_t{1} << 20;
 // Pages are given back whole.
 std::size_t PageFloor(std::size_t offset) {
   static const std::size_t page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
@@ -163,8 +167,9 @@ bool TextFile::ReadMappedLine(std::string_view& line) {
     length = kMaxLineBytes;
   }
   line = std::string_view(s, length);
-  // The pages before this line are done with.
-  if (map_pos_ - released_ >= kReleaseStep) ReleaseBefore(static_cast<std::int64_t>(map_pos_));
+  if (map_pos_ >= released_ + kReleaseStep + kReleaseLag) {
+    ReleaseBefore(static_cast<std::int64_t>(map_pos_ - kReleaseLag));
+  }
   map_pos_ = next;
   ++lines_read_;
   return true;
