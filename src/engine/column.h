@@ -3,9 +3,11 @@
 // the value into sheet 1; GetCsvValue returns it quoted for a CSV row.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
+#include "engine/column_type.h"
 #include "util/private_profile.h"
 #include "util/text_file.h"
 #include "util/ui_port.h"
@@ -24,6 +26,10 @@ class clsColumn {
   int ReadColumnEnd = 0;
   std::string WriteColumn;
   std::string PeriodOperator;
+  // Optional: what the field holds ("Number", "Text" or "Date", as written in the recipe) and, for
+  // a date, its layout ("MM/DD/YYYY"). Empty when not given: the field is written as it stands.
+  std::string Type;
+  std::string DateFormat;
 
   // Reads section "Table t Col c" from the open file (keys in order ReadColumnStart,
   // ReadColumnEnd, WriteColumn, PeriodOperator) and validates; false after a message.
@@ -32,10 +38,11 @@ class clsColumn {
   void WriteToFile(PrivateProfile& file, int tableNumber, int columnNumber) const;
   std::string PropertyPrint() const;
 
-  // Writes the field of the line now in the row buffer to sheet 1 at `row`.
-  void Process(Context& ctx, int row);
+  // Writes the field of the line now in the row buffer to sheet 1 at `row`. `reportLine` is the
+  // line of the report it came from (for the note on values of a typed column kept as text).
+  void Process(Context& ctx, int row, std::int64_t reportLine = 0);
   // Appends the field, quoted for CSV, to `out` (no allocation in the usual case).
-  void AppendCsvValue(Context& ctx, std::string& out);
+  void AppendCsvValue(Context& ctx, std::string& out, std::int64_t reportLine = 0);
   std::string GetCsvValue(Context& ctx);
 
   // Trims and upper-cases the operator in place and maps it: SUM 2, FIRST 1, blank/LAST/AVG 0;
@@ -53,11 +60,27 @@ class clsColumn {
   static char* PutCsvValue(std::string_view value, bool blankAfter, char* out, bool& equalSign);
   static void WarnEqualSign(UiPort& ui);
 
+  // Whether the column has a Type: its values are converted, and it keeps its place in a CSV row
+  // even when empty.
+  bool IsTyped() const { return converter_.Type() != ColumnType::kNone; }
+  // Before a table's rows: forgets the values kept as text by the last run. After them: one note
+  // (exclamation) when some were, naming the first and its line.
+  void StartTypedValues() { kept_as_text_ = KeptAsTextTally(); }
+  void NoteKeptAsText(UiPort& ui, int tableNumber, int columnNumber) const;
+
  private:
   // The field value for the current row, after the equal-sign warning.
   std::string_view Value(Context& ctx);
   // The field value for the current row (operator worked out, unknown ones reported), no warning.
   std::string_view FieldText(Context& ctx);
+  // Type and DateFormat from the section's optional keys; false after a message.
+  bool ReadTypeKeys(UiPort& ui, const SectionMap& keys, const std::string& section);
+  void WriteTypeKeys(PrivateProfile& file, const std::string& section) const;
+  void PrintTypeKeys(std::string& out) const;
+  // The typed value of a field, noting it when kept as text.
+  TypedField Typed(std::string_view value, std::int64_t reportLine);
+  ColumnConverter converter_;
+  KeptAsTextTally kept_as_text_;
   int write_column_number_ = 0;  // cached column number of WriteColumn (0: not yet worked out)
   // The operator code and column number are worked out again only when the texts they came from
   // change; an unknown operator is still reported for every field.

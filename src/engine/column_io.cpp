@@ -7,7 +7,7 @@
 namespace kroveld {
 
 bool clsColumn::ReadFromFileSequentially(UiPort& ui, TextFile& file, int tableNumber,
-                                         int columnNumber, const SectionMap* /*keys*/) {
+                                         int columnNumber, const SectionMap* keys) {
   const std::string section = "Table " + ToText(tableNumber) + " Col " + ToText(columnNumber);
   write_column_number_ = 0;
 
@@ -33,6 +33,8 @@ bool clsColumn::ReadFromFileSequentially(UiPort& ui, TextFile& file, int tableNu
     return false;
   }
   PeriodOperator = op;
+  // The optional keys after the fixed ones come from the map of the whole file.
+  if (keys != nullptr && !ReadTypeKeys(ui, *keys, section)) return false;
   return true;
 }
 
@@ -42,6 +44,7 @@ void clsColumn::WriteToFile(PrivateProfile& file, int tableNumber, int columnNum
   file.Set(section, "ReadColumnEnd", ToText(ReadColumnEnd));
   file.Set(section, "WriteColumn", WriteColumn);
   file.Set(section, "PeriodOperator", PeriodOperator);
+  WriteTypeKeys(file, section);
 }
 
 std::string clsColumn::PropertyPrint() const {
@@ -50,6 +53,7 @@ std::string clsColumn::PropertyPrint() const {
   out += "ReadColumnEnd = " + ToText(ReadColumnEnd) + "\n";
   out += "WriteColumn = " + WriteColumn + "\n";
   out += "PeriodOperator = " + PeriodOperator + "\n";
+  PrintTypeKeys(out);
   return out;
 }
 

@@ -100,7 +100,7 @@ std::string_view clsColumn::Value(Context& ctx) {
   return value;
 }
 
-void clsColumn::Process(Context& ctx, int row) {
+void clsColumn::Process(Context& ctx, int row, std::int64_t reportLine) {
   const std::string_view value = Value(ctx);
   if (write_column_number_ == 0 || WriteColumn != cached_write_column_) {
     const int number = AlphaToNum2(ctx.ui, WriteColumn);
@@ -113,13 +113,21 @@ void clsColumn::Process(Context& ctx, int row) {
     AlphaToNum2(ctx.ui, WriteColumn);
     return;
   }
+  if (IsTyped()) {
+    ctx.sink->SetValue(1, row, write_column_number_, Typed(value, reportLine).cell);
+    return;
+  }
   ctx.sink->SetCell(1, row, write_column_number_, value);
 }
 
-void clsColumn::AppendCsvValue(Context& ctx, std::string& out) {
-  const std::string_view value = FieldText(ctx);
-  const scan::CsvField field = scan::ScanCsvField(value);
+void clsColumn::AppendCsvValue(Context& ctx, std::string& out, std::int64_t reportLine) {
+  std::string_view value = FieldText(ctx);
+  scan::CsvField field = scan::ScanCsvField(value);
   if (field.firstNonBlank == '=') WarnEqualSign(ctx.ui);
+  if (IsTyped()) {
+    value = Typed(value, reportLine).csv;
+    field = scan::ScanCsvField(value);
+  }
   if (!field.needsQuotes) {
     out.append(value);  // the usual field, as it stands
     return;

@@ -141,7 +141,7 @@ bool FastCsvRows::Plan(const Context& ctx, const std::vector<clsColumn>& columns
   cuts_.clear();
   widest_ = 0;
   for (const clsColumn& column : columns) {
-    if (column.SingleFileSlot(ctx) != 1) return false;
+    if (column.SingleFileSlot(ctx) != 1 || column.IsTyped()) return false;
     const long long width =
         static_cast<long long>(column.ReadColumnEnd) - column.ReadColumnStart + 1;
     cuts_.push_back(ColumnCut{column.ReadColumnStart - 1LL, width < 1 ? 0 : width});

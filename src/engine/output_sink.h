@@ -4,10 +4,21 @@
 // of the two it is (HoldsCells) and writes accordingly.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace kroveld {
+
+// A value that already knows what it is (a typed column's): stored as such, not typed from its
+// text.
+struct CellValue {
+  enum class Kind : std::uint8_t { kEmpty, kNumber, kDate, kText };
+  Kind kind = Kind::kEmpty;
+  double number = 0;      // kNumber: the value; kDate: the spreadsheet's serial day number
+  std::string_view text;  // kNumber: as printed, whose look chooses the number format;
+                          // kDate: "YYYY-MM-DD"; kText: the text
+};
 
 class OutputSink {
  public:
@@ -24,6 +35,10 @@ class OutputSink {
   // Sheets are 1-based; rows and columns are 1-based. The value is text as the section computed
   // it; a workbook sink decides how the spreadsheet stores it (number or text).
   virtual void SetCell(int sheet, int row, int column, std::string_view value) = 0;
+  // A typed value. A sink without types of its own takes its text as SetCell does.
+  virtual void SetValue(int sheet, int row, int column, const CellValue& value) {
+    SetCell(sheet, row, column, value.text);
+  }
   // The cell's value as text ("" when empty). Numbers come back in plain form.
   virtual std::string GetCell(int sheet, int row, int column) = 0;
   virtual void RenameSheet(int sheet, std::string_view name) = 0;

@@ -16,7 +16,9 @@ TableRowWriter::TableRowWriter(Context& ctx, clsTable& table, std::int64_t start
       start_(startLine),
       total_(endLine - startLine + 1),
       csv_(!ctx.sink->HoldsCells()),
-      baseRow_(ctx.recipe.ExportSpecs.getWritePointer(ctx.ui, 1)) {}
+      baseRow_(ctx.recipe.ExportSpecs.getWritePointer(ctx.ui, 1)) {
+  for (clsColumn& column : table.Columns) column.StartTypedValues();
+}
 
 // The port makes the per-row yield and status texts cheap by letting only some through.
 bool TableRowWriter::TakeTurn(std::int64_t lineNumber) {
@@ -66,6 +68,7 @@ TableRowWriter::Next TableRowWriter::WriteThroughColumns(std::int64_t lineNumber
   UiPort& ui = ctx_.ui;
   ctx_.lineProcessor.SetPeriod1Line(line, ctx_.tabSize);
   csvLine_.clear();
+  bool placed = false;  // a typed column has taken its place in the CSV row
   const std::size_t columnCount = table_.Columns.size();
   for (std::size_t c = 0; c < columnCount; ++c) {
     clsColumn& column = table_.Columns[c];
@@ -85,11 +88,13 @@ TableRowWriter::Next TableRowWriter::WriteThroughColumns(std::int64_t lineNumber
       return Next::Fail;
     }
     if (csv_) {
-      // Joined on the text so far: leading empty fields take no comma and the rest move left.
-      if (!csvLine_.empty()) csvLine_.push_back(',');
-      column.AppendCsvValue(ctx_, csvLine_);
+      // Joined on the text so far: leading empty fields take no comma and the rest move left;
+      // a typed column keeps its place, empty or not.
+      if (!csvLine_.empty() || placed) csvLine_.push_back(',');
+      column.AppendCsvValue(ctx_, csvLine_, lineNumber);
+      placed = placed || column.IsTyped();
     } else {
-      column.Process(ctx_, baseRow_ + rowIndex_);
+      column.Process(ctx_, baseRow_ + rowIndex_, lineNumber);
     }
   }
   ++rowIndex_;
@@ -107,6 +112,9 @@ void TableRowWriter::Settle() {
 
 void TableRowWriter::Finish() {
   fast_.Settle(ctx_);
+  for (std::size_t c = 0; c < table_.Columns.size(); ++c) {
+    table_.Columns[c].NoteKeptAsText(ctx_.ui, table_.Number, static_cast<int>(c) + 1);
+  }
   ctx_.run.tally.rowsWritten += static_cast<std::uint64_t>(rowIndex_);
   ctx_.recipe.ExportSpecs.setWritePointer(ctx_.ui, 1, baseRow_ + rowIndex_);
   table_.FirstRowWritten = baseRow_;

@@ -723,6 +723,8 @@ class Linter {
   }
 
   std::string UnreadKey(std::size_t i, const std::string& key, const SectionState& st) const {
+    // Optional keys after a column's fixed ones: the loader finds them wherever they stand.
+    if (st.kind == "Col" && (key == "Type" || key == "DateFormat")) return "";
     std::string text;
     if (lines_[i].decided >= 0) {
       const Scan& s = scans_[static_cast<std::size_t>(lines_[i].decided)];

@@ -1,6 +1,7 @@
 // The numeric test and the fixed-point arithmetic and formats of report numbers.
 #include "util/numbers.h"
 
+#include <algorithm>
 #include <charconv>
 #include <clocale>
 #include <cmath>
@@ -34,6 +35,8 @@ struct Scanned {
   char digits[kKeptDigits];
   int count = 0;  // digits kept
   long long point = 0;
+  long long printedDecimals = 0;  // digits after the decimal point as printed
+  long long exponent = 0;
 };
 
 bool StartsWith(std::string_view s, std::string_view p) {
@@ -57,6 +60,7 @@ bool ScanBody(std::string_view s, const NumberLocale& loc, Scanned& out) {
     const char c = s[i];
     if (IsDigit(c)) {
       any_digit = true;
+      if (in_frac) ++out.printedDecimals;
       if (out.zero && c == '0') {
         if (in_frac) ++lead_frac0;
         continue;
@@ -95,6 +99,7 @@ bool ScanBody(std::string_view s, const NumberLocale& loc, Scanned& out) {
     if (exp_neg) exponent = -exponent;
   }
   out.point = (int_sig > 0 ? int_sig : -lead_frac0) + exponent;
+  out.exponent = exponent;
   return true;
 }
 
@@ -246,6 +251,28 @@ bool ParseDouble(std::string_view text, double& out, const NumberLocale& loc) {
     return false;
   }
   out = s.negative ? -v : v;
+  return true;
+}
+
+bool AppendPlainAsPrinted(std::string& out, std::string_view text, char point,
+                          const NumberLocale& loc) {
+  Scanned s;
+  if (!Scan(text, loc, s)) return false;
+  // value = 0.d1d2d3... * 10^point; the digit k places after the decimal point is d(point + k).
+  const long long decimals = std::max(0LL, s.printedDecimals - s.exponent);
+  // Beyond what a spreadsheet number holds ("1E99999"): not a number one can write out.
+  if (s.point > 309 || decimals > 330) return false;
+  auto digit = [&s](long long i) { return i >= 0 && i < s.count ? s.digits[i] : '0'; };
+  if (!s.zero && s.negative) out.push_back('-');
+  if (s.zero || s.point <= 0) {
+    out.push_back('0');
+  } else {
+    for (long long i = 0; i < s.point; ++i) out.push_back(digit(i));
+  }
+  if (decimals > 0) {
+    out.push_back(point);
+    for (long long k = 1; k <= decimals; ++k) out.push_back(s.zero ? '0' : digit(s.point + k - 1));
+  }
   return true;
 }
 

@@ -47,6 +47,13 @@ bool AddFixed(Fixed4 a, Fixed4 b, Fixed4& out);
 // Shortest plain text: no thousands separators, no trailing zeros, locale decimal point.
 void AppendPlain(std::string& out, Fixed4 v, const NumberLocale& loc = NumberLocale::Current());
 std::string FormatPlain(Fixed4 v, const NumberLocale& loc = NumberLocale::Current());
+// A numeric text in plain form with the decimals it was printed with: a leading minus, no
+// padding, no leading zeros, no thousands separators, no currency, `point` as the decimal point
+// ("  1,554.70-" -> "-1554.70", "(12.00)" -> "-12.00", "$0.50" -> "0.50", "1.5E3" -> "1500").
+// A zero never carries a minus. False (nothing appended) when the text is not numeric, or its
+// exponent takes it beyond the range of a spreadsheet number.
+bool AppendPlainAsPrinted(std::string& out, std::string_view text, char point = '.',
+                          const NumberLocale& loc = NumberLocale::Current());
 // A double in the shortest plain form that reads back the same (used for averages).
 std::string FormatPlainDouble(double v, const NumberLocale& loc = NumberLocale::Current());
 
