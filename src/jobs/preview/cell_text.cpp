@@ -3,6 +3,8 @@
 #include <cmath>
 #include <cstdio>
 
+#include "engine/column_type.h"
+
 namespace kroveld {
 
 namespace {
@@ -47,6 +49,13 @@ std::string CellDisplayText(const CellView& cell, const NumberLocale& loc) {
       return Grouped(cell.number, 0, loc);
     case NumberFormat::kGroupedDecimal2:
       return Grouped(cell.number, 2, loc);
+    case NumberFormat::kDate: {
+      CivilDate date;
+      if (!DateOfSerial(cell.number, date)) break;
+      std::string text;
+      AppendIsoDate(text, date);
+      return text;
+    }
     case NumberFormat::kGeneral:
       break;
   }

@@ -31,6 +31,14 @@ TypedCell TypeCellText(std::string_view text, const NumberLocale& loc) {
     if (IsDigit(next) || (loc.thousands_sep != '\0' && next == loc.thousands_sep)) return cell;
   }
 
+  cell.type = CellType::kNumber;
+  cell.number = value == 0 ? 0.0 : value;  // no "-0"
+  cell.format = FormatOfNumberText(text, loc);
+  return cell;
+}
+
+NumberFormat FormatOfNumberText(std::string_view text, const NumberLocale& loc) {
+  const std::size_t point = text.find(loc.decimal_point);
   const bool exponent = text.find_first_of("eE") != std::string_view::npos;
   const bool grouped = loc.thousands_sep != '\0' &&
                        text.substr(0, point).find(loc.thousands_sep) != std::string_view::npos;
@@ -38,19 +46,13 @@ TypedCell TypeCellText(std::string_view text, const NumberLocale& loc) {
   if (point != std::string_view::npos) {
     for (std::size_t i = point + 1; i < text.size() && IsDigit(text[i]); ++i) ++decimals;
   }
-
-  cell.type = CellType::kNumber;
-  cell.number = value == 0 ? 0.0 : value;  // no "-0"
-  if (exponent) {
-    cell.format = NumberFormat::kGeneral;
-  } else if (grouped) {
-    cell.format = decimals == 0   ? NumberFormat::kGroupedInteger
-                  : decimals <= 2 ? NumberFormat::kGroupedDecimal2
-                                  : NumberFormat::kGeneral;
-  } else {
-    cell.format = decimals == 2 ? NumberFormat::kDecimal2 : NumberFormat::kGeneral;
+  if (exponent) return NumberFormat::kGeneral;
+  if (grouped) {
+    return decimals == 0   ? NumberFormat::kGroupedInteger
+           : decimals <= 2 ? NumberFormat::kGroupedDecimal2
+                           : NumberFormat::kGeneral;
   }
-  return cell;
+  return decimals == 2 ? NumberFormat::kDecimal2 : NumberFormat::kGeneral;
 }
 
 }  // namespace kroveld

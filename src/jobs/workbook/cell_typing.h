@@ -20,4 +20,8 @@ struct TypedCell {
 
 TypedCell TypeCellText(std::string_view text, const NumberLocale& loc = NumberLocale::Current());
 
+// The format a number printed as `text` (numeric by the same test) is shown with, by its look.
+NumberFormat FormatOfNumberText(std::string_view text,
+                                const NumberLocale& loc = NumberLocale::Current());
+
 }  // namespace kroveld

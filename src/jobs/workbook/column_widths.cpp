@@ -20,6 +20,8 @@ int ShownLength(double v, NumberFormat format) {
     case NumberFormat::kGroupedDecimal2:
       n = std::snprintf(text, sizeof text, "%.2f", v);
       break;
+    case NumberFormat::kDate:
+      return 10;  // yyyy-mm-dd
     case NumberFormat::kGeneral:
       // General shows at most about eleven characters and switches to exponents beyond.
       n = std::min(11, std::snprintf(text, sizeof text, "%.10g", v));

@@ -17,13 +17,16 @@ std::string_view NumberFormatCode(NumberFormat f) {
       return "#,##0";
     case NumberFormat::kGroupedDecimal2:
       return "#,##0.00";
+    case NumberFormat::kDate:
+      return "yyyy-mm-dd";
   }
   return "General";
 }
 
 NumberFormat NumberFormatFromCode(std::string_view code) {
-  for (NumberFormat f : {NumberFormat::kInteger, NumberFormat::kDecimal2,
-                         NumberFormat::kGroupedInteger, NumberFormat::kGroupedDecimal2}) {
+  for (NumberFormat f :
+       {NumberFormat::kInteger, NumberFormat::kDecimal2, NumberFormat::kGroupedInteger,
+        NumberFormat::kGroupedDecimal2, NumberFormat::kDate}) {
     if (code == NumberFormatCode(f)) return f;
   }
   return NumberFormat::kGeneral;
@@ -102,6 +105,7 @@ bool Sheet::SetNumber(int row, int column, double value, NumberFormat format) {
   if (cell->type == CellType::kEmpty) ++filled_;
   cell->type = CellType::kNumber;
   cell->format = format;
+  if (format == NumberFormat::kDate) has_dates_ = true;
   cell->length = 0;
   cell->number = value;
   return true;
@@ -168,6 +172,7 @@ void Sheet::Clear() {
   std::string().swap(arena_);
   arena_garbage_ = 0;
   max_column_ = 0;
+  has_dates_ = false;
 }
 
 std::size_t Sheet::CellCount() const {

@@ -16,10 +16,11 @@ enum class CellType : std::uint8_t { kEmpty, kNumber, kText };
 // Number formats a cell can carry. kGeneral shows the number as it is.
 enum class NumberFormat : std::uint8_t {
   kGeneral,
-  kInteger,         // "0"
-  kDecimal2,        // "0.00"
-  kGroupedInteger,  // "#,##0"
-  kGroupedDecimal2  // "#,##0.00"
+  kInteger,          // "0"
+  kDecimal2,         // "0.00"
+  kGroupedInteger,   // "#,##0"
+  kGroupedDecimal2,  // "#,##0.00"
+  kDate              // "yyyy-mm-dd": the number is a serial day (days since 1899-12-30)
 };
 std::string_view NumberFormatCode(NumberFormat f);
 // The format whose code is `code`; kGeneral for any code outside the list.
@@ -63,6 +64,9 @@ class Sheet {
   CellView Get(int row, int column) const;
   // Empties every cell.
   void Clear();
+  // Whether a cell was given the date format since the sheet was made or cleared (the writers
+  // then add the date format to the file; files without dates stay as they always were).
+  bool HasDates() const { return has_dates_; }
 
   // Highest row and column holding a cell (0 when the sheet is empty).
   int MaxRow() const { return static_cast<int>(rows_.size()); }
@@ -111,6 +115,7 @@ class Sheet {
   std::string arena_;
   std::size_t arena_garbage_ = 0;  // bytes of texts that were overwritten
   int max_column_ = 0;
+  bool has_dates_ = false;
 };
 
 class Workbook {

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <fstream>
 
+#include "engine/column_type.h"
 #include "jobs/workbook/cell_typing.h"
 #include "jobs/workbook/text_encoding.h"
 #include "jobs/workbook/workbook_codecs.h"
@@ -126,17 +127,51 @@ void WorkbookSink::Close() {
   codec_ = nullptr;
 }
 
-void WorkbookSink::SetCell(int sheet, int row, int column, std::string_view value) {
-  if (sheet < 1 || sheet > kMaxSheets) return;
+Sheet* WorkbookSink::Target(int sheet, int row, int column) {
+  if (sheet < 1 || sheet > kMaxSheets) return nullptr;
   if (codec_ != nullptr && (row > codec_->maxRows || column > codec_->maxColumns)) {
     if (dropped_++ == 0) {
       refused_sheet_ = sheet;
       refused_row_ = row;
       refused_column_ = column;
     }
-    return;
+    return nullptr;
   }
-  Sheet& target = book_.GetSheet(sheet);
+  return &book_.GetSheet(sheet);
+}
+
+bool WorkbookSink::SetTextCell(Sheet& target, int row, int column, std::string_view text) {
+  if (IsValidUtf8(text)) return target.SetText(row, column, text);
+  scratch_.clear();
+  AppendAsUtf8(text, scratch_);
+  return target.SetText(row, column, scratch_);
+}
+
+void WorkbookSink::SetValue(int sheet, int row, int column, const CellValue& value) {
+  Sheet* target = Target(sheet, row, column);
+  if (target == nullptr) return;
+  bool kept = true;
+  switch (value.kind) {
+    case CellValue::Kind::kEmpty:
+      target->ClearCell(row, column);
+      break;
+    case CellValue::Kind::kNumber:
+      kept = target->SetNumber(row, column, value.number, FormatOfNumberText(value.text));
+      break;
+    case CellValue::Kind::kDate:
+      kept = target->SetNumber(row, column, value.number, NumberFormat::kDate);
+      break;
+    case CellValue::Kind::kText:
+      kept = SetTextCell(*target, row, column, value.text);
+      break;
+  }
+  if (!kept) ++dropped_;
+}
+
+void WorkbookSink::SetCell(int sheet, int row, int column, std::string_view value) {
+  Sheet* sheetPtr = Target(sheet, row, column);
+  if (sheetPtr == nullptr) return;
+  Sheet& target = *sheetPtr;
   const TypedCell typed = TypeCellText(value);
   bool kept = true;
   switch (typed.type) {
@@ -147,13 +182,7 @@ void WorkbookSink::SetCell(int sheet, int row, int column, std::string_view valu
       kept = target.SetNumber(row, column, typed.number, typed.format);
       break;
     case CellType::kText:
-      if (IsValidUtf8(value)) {
-        kept = target.SetText(row, column, value);
-      } else {
-        scratch_.clear();
-        AppendAsUtf8(value, scratch_);
-        kept = target.SetText(row, column, scratch_);
-      }
+      kept = SetTextCell(target, row, column, value);
       break;
   }
   if (!kept) ++dropped_;
@@ -163,8 +192,15 @@ std::string WorkbookSink::GetCell(int sheet, int row, int column) {
   if (sheet < 1 || sheet > book_.SheetCount()) return {};
   const CellView cell = book_.GetSheet(sheet).Get(row, column);
   switch (cell.type) {
-    case CellType::kNumber:
+    case CellType::kNumber: {
+      CivilDate date;
+      if (cell.format == NumberFormat::kDate && DateOfSerial(cell.number, date)) {
+        std::string text;
+        AppendIsoDate(text, date);
+        return text;
+      }
       return FormatPlainDouble(cell.number);
+    }
     case CellType::kText:
       return std::string(cell.text);
     case CellType::kEmpty:

@@ -34,6 +34,9 @@ class WorkbookSink final : public OutputSink {
 
   bool HoldsCells() const override { return true; }
   void SetCell(int sheet, int row, int column, std::string_view value) override;
+  // A number keeps the format its printed look gives it (as SetCell would), a date is shown as
+  // yyyy-mm-dd, and text stays text even when it looks like a number.
+  void SetValue(int sheet, int row, int column, const CellValue& value) override;
   std::string GetCell(int sheet, int row, int column) override;
   void RenameSheet(int sheet, std::string_view name) override;
   void SetStandardFont(std::string_view font) override;
@@ -43,6 +46,9 @@ class WorkbookSink final : public OutputSink {
 
  private:
   bool SaveBackupOfCorruptOutput();
+  // The sheet a cell write goes to, or null when the cell is refused (counted as dropped).
+  Sheet* Target(int sheet, int row, int column);
+  bool SetTextCell(Sheet& target, int row, int column, std::string_view text);
 
   Workbook book_;
   std::string path_;

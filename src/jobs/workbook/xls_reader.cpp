@@ -396,7 +396,9 @@ void ReadSheet(std::string_view all, std::uint32_t offset, const Globals& g, She
   if (!records.Next(r) || r.id != kBof) return;
   auto number = [&](std::uint16_t row, std::uint16_t column, std::uint16_t xf, double v) {
     const XfKind kind = xf < g.xfs.size() ? g.xfs[xf] : XfKind{};
-    if (kind.date) {
+    if (kind.format == NumberFormat::kDate && !g.base1904) {
+      sheet.SetNumber(row + 1, column + 1, v, kind.format);  // our own date format: kept a date
+    } else if (kind.date) {
       sheet.SetText(row + 1, column + 1, DateText(v, g.base1904));
     } else {
       sheet.SetNumber(row + 1, column + 1, v, kind.format);

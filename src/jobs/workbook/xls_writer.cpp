@@ -21,7 +21,8 @@ namespace {
 
 constexpr std::size_t kMaxRecordData = 8224;
 constexpr std::size_t kMaxStringUnits = 32767;
-constexpr std::uint16_t kFirstCellXf = 15;  // XFs 0..14 are styles, 15.. cell formats
+constexpr std::uint16_t kFirstCellXf = 15;       // XFs 0..14 are styles, 15.. cell formats
+constexpr std::uint16_t kDateFormatIndex = 164;  // the first index of a workbook's own formats
 
 enum : std::uint16_t {
   kBof = 0x0809,
@@ -29,6 +30,7 @@ enum : std::uint16_t {
   kCodepage = 0x0042,
   kWindow1 = 0x003D,
   kFont = 0x0031,
+  kFormat = 0x041E,
   kXf = 0x00E0,
   kStyle = 0x0293,
   kBoundSheet = 0x0085,
@@ -253,8 +255,23 @@ void PutGlobalsHead(std::string& out, const Workbook& book) {
     PutShortString(d, book.StandardFont());
     Record(out, kFont, d);
   }
+  // The date format (and its cell XF after the built-in ones) only where a sheet holds dates, so
+  // other workbooks stay as they were.
+  bool dates = false;
+  for (int s = 1; s <= book.SheetCount(); ++s) dates = dates || book.GetSheet(s).HasDates();
+  if (dates) {
+    const std::string_view code = NumberFormatCode(NumberFormat::kDate);
+    std::string d;
+    Put16(d, kDateFormatIndex);
+    Put16(d, static_cast<std::uint16_t>(code.size()));
+    Put8(d, 0);  // 8-bit characters
+    d += code;
+    Record(out, kFormat, d);
+  }
   for (int i = 0; i < kFirstCellXf; ++i) PutXf(out, 0, true);
   for (std::uint16_t f = 0; f <= 4; ++f) PutXf(out, f, false);  // built-in formats 0..4
+  static_assert(static_cast<int>(NumberFormat::kDate) == 5);
+  if (dates) PutXf(out, kDateFormatIndex, false);  // XF kFirstCellXf + 5
   {
     std::string d;
     Put16(d, 0x8000);  // built-in style of XF 0

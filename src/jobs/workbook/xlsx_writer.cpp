@@ -131,12 +131,23 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
     format_set_font_name(normal, font.c_str());
     format_set_font_size(normal, kStandardFontSize);
   }
-  lxw_format* formats[5] = {nullptr, nullptr, nullptr, nullptr, nullptr};
+  lxw_format* formats[6] = {nullptr, nullptr, nullptr, nullptr, nullptr, nullptr};
   for (int f = 1; f < 5; ++f) {
     formats[f] = workbook_add_format(wb);
     format_set_font_name(formats[f], font.c_str());
     format_set_font_size(formats[f], kStandardFontSize);
     format_set_num_format_index(formats[f], static_cast<uint8_t>(f));  // built-in 1..4
+  }
+  // The date format only where a sheet holds dates, so other workbooks keep their styles as they
+  // were.
+  bool dates = false;
+  for (int s = 1; s <= book.SheetCount(); ++s) dates = dates || book.GetSheet(s).HasDates();
+  if (dates) {
+    const int f = static_cast<int>(NumberFormat::kDate);
+    formats[f] = workbook_add_format(wb);
+    format_set_font_name(formats[f], font.c_str());
+    format_set_font_size(formats[f], kStandardFontSize);
+    format_set_num_format(formats[f], std::string(NumberFormatCode(NumberFormat::kDate)).c_str());
   }
 
   std::string text;  // NUL-terminated copy of a cell text
