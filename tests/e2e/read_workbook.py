@@ -3,7 +3,8 @@
 formatting information), openpyxl for .xlsx. Used by the tests to check our files cell by cell.
 
 Output (default): {"font": default font name, "sheets": [{"name": ..., "cells": [[row, column, type,
-value, number format], ...]}]} with 1-based rows and columns, type "n" (number) or "s" (text).
+value, number format], ...]}]} with 1-based rows and columns, type "n" (number), "d" (a number
+with a date format, given as "YYYY-MM-DD" or "YYYY-MM-DD HH:MM:SS") or "s" (text).
 With --lines: "font<TAB>name", then per sheet "sheet<TAB>name" followed by one line per cell
 "cell<TAB>row<TAB>column<TAB>type<TAB>value<TAB>format" (numbers as repr(float), texts in UTF-8
 with backslash, tab, CR and LF escaped), for callers without a JSON parser.
@@ -25,8 +26,13 @@ def read_xls(path):
                     continue
                 xf = book.xf_list[cell.xf_index]
                 fmt = book.format_map[xf.format_key].format_str
-                kind = "n" if cell.ctype == xlrd.XL_CELL_NUMBER else "s"
-                cells.append([r + 1, c + 1, kind, cell.value, fmt])
+                value = cell.value
+                if cell.ctype == xlrd.XL_CELL_DATE:
+                    kind = "d"
+                    value = day_text(xlrd.xldate.xldate_as_datetime(value, book.datemode))
+                else:
+                    kind = "n" if cell.ctype == xlrd.XL_CELL_NUMBER else "s"
+                cells.append([r + 1, c + 1, kind, value, fmt])
         result["sheets"].append({"name": sheet.name, "cells": cells})
     return result
 
@@ -42,10 +48,21 @@ def read_xlsx(path):
             for cell in row:
                 if cell.value is None:
                     continue
-                kind = "n" if cell.data_type == "n" else "s"
-                cells.append([cell.row, cell.column, kind, cell.value, cell.number_format])
+                value = cell.value
+                if cell.is_date:
+                    kind = "d"
+                    value = day_text(value)
+                else:
+                    kind = "n" if cell.data_type == "n" else "s"
+                cells.append([cell.row, cell.column, kind, value, cell.number_format])
         result["sheets"].append({"name": sheet.title, "cells": cells})
     return result
+
+
+def day_text(moment):
+    if moment.hour or moment.minute or moment.second:
+        return moment.strftime("%Y-%m-%d %H:%M:%S")
+    return moment.strftime("%Y-%m-%d")
 
 
 def escape(text):

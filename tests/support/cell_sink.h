@@ -20,6 +20,11 @@ class CellSink final : public OutputSink {
     cells[{sheet, row, column}] = std::string(value);
     ++cellWrites;
   }
+  // A typed value is kept as its text (as a sink without types would) and its kind and number.
+  void SetValue(int sheet, int row, int column, const CellValue& value) override {
+    SetCell(sheet, row, column, value.text);
+    typed[{sheet, row, column}] = {value.kind, value.number};
+  }
   std::string GetCell(int sheet, int row, int column) override { return Cell(sheet, row, column); }
   void RenameSheet(int sheet, std::string_view name) override {
     renames.emplace_back(sheet, std::string(name));
@@ -51,6 +56,7 @@ class CellSink final : public OutputSink {
   }
 
   std::map<std::tuple<int, int, int>, std::string> cells;
+  std::map<std::tuple<int, int, int>, std::pair<CellValue::Kind, double>> typed;
   std::vector<std::string> rows;
   std::vector<std::pair<int, std::string>> renames;
   std::vector<std::string> fonts;
