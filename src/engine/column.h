@@ -66,7 +66,17 @@ class clsColumn {
   // Before a table's rows: forgets the values kept as text by the last run. After them: one note
   // (exclamation) when some were, naming the first and its line.
   void StartTypedValues() { kept_as_text_ = KeptAsTextTally(); }
+  // Gives the column a Type and DateFormat (empty: none) as a recipe would, with the same checks
+  // and messages ("Error in <section> : ..."); false, leaving the column as it was, after one.
+  bool SetType(UiPort& ui, std::string_view type, std::string_view dateFormat,
+               const std::string& section);
   void NoteKeptAsText(UiPort& ui, int tableNumber, int columnNumber) const;
+  // For the table's fast CSV path: the CSV text (unquoted; at most the longer of `value` and
+  // kLongestTypedCsv) of a typed column's field `value` cut from report line `reportLine`, noted
+  // when kept as text; valid until the next call.
+  std::string_view TypedCsv(std::string_view value, std::int64_t reportLine) {
+    return Typed(value, reportLine, false).csv;
+  }
 
  private:
   // The field value for the current row, after the equal-sign warning.
@@ -78,7 +88,7 @@ class clsColumn {
   void WriteTypeKeys(PrivateProfile& file, const std::string& section) const;
   void PrintTypeKeys(std::string& out) const;
   // The typed value of a field, noting it when kept as text.
-  TypedField Typed(std::string_view value, std::int64_t reportLine);
+  TypedField Typed(std::string_view value, std::int64_t reportLine, bool forCell);
   ColumnConverter converter_;
   KeptAsTextTally kept_as_text_;
   int write_column_number_ = 0;  // cached column number of WriteColumn (0: not yet worked out)

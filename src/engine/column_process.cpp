@@ -114,7 +114,7 @@ void clsColumn::Process(Context& ctx, int row, std::int64_t reportLine) {
     return;
   }
   if (IsTyped()) {
-    ctx.sink->SetValue(1, row, write_column_number_, Typed(value, reportLine).cell);
+    ctx.sink->SetValue(1, row, write_column_number_, Typed(value, reportLine, true).cell);
     return;
   }
   ctx.sink->SetCell(1, row, write_column_number_, value);
@@ -125,7 +125,7 @@ void clsColumn::AppendCsvValue(Context& ctx, std::string& out, std::int64_t repo
   scan::CsvField field = scan::ScanCsvField(value);
   if (field.firstNonBlank == '=') WarnEqualSign(ctx.ui);
   if (IsTyped()) {
-    value = Typed(value, reportLine).csv;
+    value = Typed(value, reportLine, false).csv;
     field = scan::ScanCsvField(value);
   }
   if (!field.needsQuotes) {

@@ -11,6 +11,13 @@ namespace kroveld {
 
 namespace {
 
+// Blanks and tabs (a tab stays in a field when tab expansion is off).
+std::string_view TrimField(std::string_view s) {
+  while (!s.empty() && (s.front() == ' ' || s.front() == '\t')) s.remove_prefix(1);
+  while (!s.empty() && (s.back() == ' ' || s.back() == '\t')) s.remove_suffix(1);
+  return s;
+}
+
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
@@ -185,9 +192,9 @@ void AppendIsoDate(std::string& out, const CivilDate& date) {
   out.append(buf, 10);
 }
 
-TypedField ColumnConverter::Convert(std::string_view raw) {
+TypedField ColumnConverter::Convert(std::string_view raw, bool forCell) {
   TypedField field;
-  const std::string_view text = Trim(raw);
+  const std::string_view text = TrimField(raw);
   if (text.empty()) return field;  // blanks only: an empty cell
   field.cell.kind = CellValue::Kind::kText;
   field.cell.text = text;
@@ -199,7 +206,10 @@ TypedField ColumnConverter::Convert(std::string_view raw) {
     case ColumnType::kNumber: {
       csv_.clear();
       double value = 0;
-      if (!AppendPlainAsPrinted(csv_, text) || !ParseDouble(text, value) || !std::isfinite(value)) {
+      // The plain form exists only for numbers a spreadsheet can hold, so a CSV row needs no
+      // double.
+      if (!AppendPlainAsPrinted(csv_, text) ||
+          (forCell && (!ParseDouble(text, value) || !std::isfinite(value)))) {
         csv_.clear();
         field.keptAsText = true;
         return field;
@@ -241,10 +251,12 @@ std::string KeptAsTextNote(std::string_view section, ColumnType type, std::strin
     text += " is not a number";
   }
   text += " and is kept as text";
-  if (tally.count > 1) {
+  if (tally.count == 2) {
+    text += ", as is 1 more value of this column";
+  } else if (tally.count > 2) {
     text += ", as are ";
     AppendInt(text, static_cast<long long>(tally.count - 1));
-    text += tally.count == 2 ? " more value of this column" : " more values of this column";
+    text += " more values of this column";
   }
   return text;
 }

@@ -46,6 +46,10 @@ bool DateOfSerial(double serial, CivilDate& out);
 // "YYYY-MM-DD".
 void AppendIsoDate(std::string& out, const CivilDate& date);
 
+// The longest CSV text a typed field gives beyond the field's own length: a number's plain form
+// holds at most 309 digits before the point and 330 after it.
+inline constexpr std::size_t kLongestTypedCsv = 1 + 309 + 1 + 330;
+
 // One typed value: what goes to a cell, and the text of the same value for a CSV row.
 struct TypedField {
   CellValue cell;
@@ -61,7 +65,8 @@ class ColumnConverter {
     layout_ = layout;
   }
   ColumnType Type() const { return type_; }
-  TypedField Convert(std::string_view raw);
+  // `forCell` false (a CSV row) leaves the cell's number unset for numbers.
+  TypedField Convert(std::string_view raw, bool forCell = true);
 
  private:
   ColumnType type_ = ColumnType::kNone;

@@ -8,30 +8,34 @@
 namespace kroveld {
 
 bool clsColumn::ReadTypeKeys(UiPort& ui, const SectionMap& keys, const std::string& section) {
-  Type = std::string(keys.Find(section, "Type"));
-  DateFormat = std::string(keys.Find(section, "DateFormat"));
-  converter_ = ColumnConverter();
+  return SetType(ui, keys.Find(section, "Type"), keys.Find(section, "DateFormat"), section);
+}
+
+bool clsColumn::SetType(UiPort& ui, std::string_view typeText, std::string_view dateFormat,
+                        const std::string& section) {
   ColumnType type = ColumnType::kNone;
-  if (!Type.empty() && !ParseColumnType(Type, type)) {
+  if (!typeText.empty() && !ParseColumnType(typeText, type)) {
     ShowSectionError(ui, section, " : Type must be Number, Text or Date!");
     return false;
   }
   DateLayout layout;
   if (type == ColumnType::kDate) {
-    if (DateFormat.empty()) {
+    if (dateFormat.empty()) {
       ShowSectionError(ui, section, " : Type Date needs a DateFormat such as MM/DD/YYYY!");
       return false;
     }
-    if (!ParseDateLayout(DateFormat, layout)) {
+    if (!ParseDateLayout(dateFormat, layout)) {
       ShowSectionError(ui, section,
                        " : DateFormat must be DD, MM and YY or YYYY in some order, separated by "
                        ". / - or a blank (such as MM/DD/YYYY or DD.MM.YY)!");
       return false;
     }
-  } else if (!DateFormat.empty()) {
+  } else if (!dateFormat.empty()) {
     ShowSectionError(ui, section, " : DateFormat is only for Type Date!");
     return false;
   }
+  Type = std::string(typeText);
+  DateFormat = std::string(dateFormat);
   converter_.Configure(type, layout);
   return true;
 }
@@ -46,8 +50,8 @@ void clsColumn::PrintTypeKeys(std::string& out) const {
   if (!DateFormat.empty()) out += "DateFormat = " + DateFormat + "\n";
 }
 
-TypedField clsColumn::Typed(std::string_view value, std::int64_t reportLine) {
-  const TypedField field = converter_.Convert(value);
+TypedField clsColumn::Typed(std::string_view value, std::int64_t reportLine, bool forCell) {
+  const TypedField field = converter_.Convert(value, forCell);
   if (field.keptAsText) kept_as_text_.Note(field.csv, reportLine);
   return field;
 }

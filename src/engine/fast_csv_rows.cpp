@@ -13,6 +13,7 @@
 #endif
 
 #include "engine/context.h"
+#include "util/byte_scan.h"
 #include "util/utf8_text.h"
 
 namespace kroveld {
@@ -137,15 +138,19 @@ FastCsvRows::~FastCsvRows() = default;
 
 // The cuts of every column, or false when some column must go through the line processor (an
 // operator that reads another slot, sums, or is unknown and reported per field).
-bool FastCsvRows::Plan(const Context& ctx, const std::vector<clsColumn>& columns) {
+bool FastCsvRows::Plan(const Context& ctx, std::vector<clsColumn>& columns) {
   cuts_.clear();
   widest_ = 0;
-  for (const clsColumn& column : columns) {
-    if (column.SingleFileSlot(ctx) != 1 || column.IsTyped()) return false;
+  typed_room_ = 0;
+  for (clsColumn& column : columns) {
+    if (column.SingleFileSlot(ctx) != 1) return false;
     const long long width =
         static_cast<long long>(column.ReadColumnEnd) - column.ReadColumnStart + 1;
-    cuts_.push_back(ColumnCut{column.ReadColumnStart - 1LL, width < 1 ? 0 : width});
+    cuts_.push_back(ColumnCut{column.ReadColumnStart - 1LL, width < 1 ? 0 : width,
+                              column.IsTyped() ? &column : nullptr});
     widest_ += width < 1 ? 0 : width;
+    // A converted value may be longer than its field ("1E5" -> "100000", a date in ISO form).
+    if (column.IsTyped()) typed_room_ += 2 * kLongestTypedCsv + 4;
   }
   return true;
 }
@@ -154,23 +159,25 @@ bool FastCsvRows::Plan(const Context& ctx, const std::vector<clsColumn>& columns
 // is not empty and does not end in a blank, one blank more), without copying the line first.
 // `marks` is the line marked, or null for a line too long for that. `warned` is set when an
 // equal-sign warning was shown.
-std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, const LineMarks* marks,
-                                       bool& warned) {
+std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, std::int64_t lineNumber,
+                                       const LineMarks* marks, bool& warned) {
   const long long size = static_cast<long long>(line.size());
   const bool blank = size > 0 && line.back() != ' ';
   const long long slotSize = size + (blank ? 1 : 0);
   // Each field holds at most its width of the slot, doubled quotes, two quotes and a comma: a
   // long line asks for room by its columns, not by its length times the columns.
   const long long cut = std::min(widest_, static_cast<long long>(cuts_.size()) * slotSize);
-  const std::size_t room = 2 * static_cast<std::size_t>(cut) + 3 * cuts_.size();
+  const std::size_t room = 2 * static_cast<std::size_t>(cut) + 3 * cuts_.size() + typed_room_;
   if (row_.size() < room) row_.resize(std::max(room, 2 * row_.size()));
   char* const begin = row_.data();
   char* out = begin;
   warned = false;
   // A line with an equal sign has its fields looked at one by one for the warning.
   const bool byField = marks == nullptr || marks->equalSign;
+  bool placed = false;  // a typed column keeps its place in the row, empty or not
   for (const ColumnCut& cut : cuts_) {
-    if (out != begin) *out++ = ',';
+    if (out != begin || placed) *out++ = ',';
+    placed = placed || cut.typed != nullptr;
     long long from = cut.from;
     long long to = from + cut.width;
     if (from < 0) from = 0;
@@ -181,6 +188,18 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, cons
     const std::size_t n = from < inLine ? static_cast<std::size_t>(inLine - from) : 0;
     const char* const piece = line.data() + (n > 0 ? a : 0);
     const bool blankAfter = to > size;
+    if (cut.typed != nullptr) {
+      // Converted from the field as it stands (the appended blank is trimmed away anyway).
+      const std::string_view field(piece, n);
+      if (byField && scan::ScanCsvField(field).firstNonBlank == '=') {
+        ctx.lineProcessor.SetPeriod1Line(line, ctx.tabSize);
+        clsColumn::WarnEqualSign(ctx.ui);
+        warned = true;
+      }
+      bool unused = false;
+      out = clsColumn::PutCsvValue(cut.typed->TypedCsv(field, lineNumber), false, out, unused);
+      continue;
+    }
     if (byField) {
       bool equalSign = false;
       out = clsColumn::PutCsvValue(std::string_view(piece, n), blankAfter, out, equalSign);
@@ -208,8 +227,8 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, cons
   return std::string_view(begin, static_cast<std::size_t>(out - begin));
 }
 
-bool FastCsvRows::Cut(Context& ctx, const std::vector<clsColumn>& columns, std::string_view line,
-                      std::string_view& row) {
+bool FastCsvRows::Cut(Context& ctx, std::vector<clsColumn>& columns, std::string_view line,
+                      std::int64_t lineNumber, std::string_view& row) {
   if (!planned_) {
     fast_ = Plan(ctx, columns);
     planned_ = true;
@@ -228,7 +247,7 @@ bool FastCsvRows::Cut(Context& ctx, const std::vector<clsColumn>& columns, std::
   pending_ = line;
   has_pending_ = true;
   bool warned = false;
-  row = WriteRow(ctx, line, marked ? marks_.get() : nullptr, warned);
+  row = WriteRow(ctx, line, lineNumber, marked ? marks_.get() : nullptr, warned);
   if (warned) planned_ = false;  // the user interface had its turn
   return true;
 }

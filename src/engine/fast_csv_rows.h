@@ -6,6 +6,7 @@
 // the user interface, and at the end.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -26,8 +27,9 @@ class FastCsvRows {
 
   // Cuts `line` into a CSV row, returned in `row` (valid until the next call). False when the row
   // must go through the line processor instead (a column that needs it, or a tab to expand).
-  bool Cut(Context& ctx, const std::vector<clsColumn>& columns, std::string_view line,
-           std::string_view& row);
+  // `lineNumber` is the report line, for the note on values a typed column keeps as text.
+  bool Cut(Context& ctx, std::vector<clsColumn>& columns, std::string_view line,
+           std::int64_t lineNumber, std::string_view& row);
   // Gives slot 1 the line it still owes it, and plans the columns again afterwards: to be called
   // before the user interface has its turn and when the table ends.
   void Settle(Context& ctx);
@@ -40,14 +42,16 @@ class FastCsvRows {
   struct ColumnCut {
     long long from = 0;
     long long width = 0;
+    clsColumn* typed = nullptr;  // the column, when it has a Type: its value is converted
   };
   struct LineMarks;  // where a line holds the bytes that matter to its fields
-  bool Plan(const Context& ctx, const std::vector<clsColumn>& columns);
-  std::string_view WriteRow(Context& ctx, std::string_view line, const LineMarks* marks,
-                            bool& warned);
+  bool Plan(const Context& ctx, std::vector<clsColumn>& columns);
+  std::string_view WriteRow(Context& ctx, std::string_view line, std::int64_t lineNumber,
+                            const LineMarks* marks, bool& warned);
 
   std::vector<ColumnCut> cuts_;
-  long long widest_ = 0;  // the widths of all cuts together: no row is longer than twice that
+  long long widest_ = 0;        // the widths of all cuts together: no row is longer than twice that
+  std::size_t typed_room_ = 0;  // row room the converted values may need beyond their fields
   std::unique_ptr<LineMarks> marks_;
   std::string row_;
   bool planned_ = false;  // whether cuts_ and fast_ reflect the columns

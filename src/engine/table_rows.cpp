@@ -52,7 +52,7 @@ TableRowWriter::Next TableRowWriter::Write(std::int64_t lineNumber, std::string_
   // from the line when the columns allow it.
   if (csv_ && !due_ && lineNumber != start_) {
     std::string_view row;
-    if (fast_.Cut(ctx_, table_.Columns, line, row)) {
+    if (fast_.Cut(ctx_, table_.Columns, line, lineNumber, row)) {
       ++rowIndex_;
       ctx_.sink->WriteCsvRow(row);
       return Next::Row;

@@ -182,5 +182,43 @@ TEST_F(TypedTable, CellsGetTypedValues) {
   EXPECT_EQ(f.ui.messages.size(), 2u);
 }
 
+TEST(TypedTableFastPath, GivesTheRowsAndNotesOfTheRowByRowPath) {
+  // Rows of every kind, short lines and an equal sign among them, many times over.
+  const char* lines[] = {
+      "A-1      Cash         1,554.73- 05.03.23  ",
+      "         Rent               n/a 31.02.23  ",
+      "A-3                     (12.00) 29.02.24",
+      "",
+      "=B       Short",
+      "         Loan         1.5E3     010324",
+      "X        \"quoted\",       1,000 1.1.24",
+  };
+  std::string report = "TOP\r\n";
+  for (int i = 0; i < 300; ++i) report += std::string(lines[i % std::size(lines)]) + "\r\n";
+  report += "END\r\n";
+  std::vector<std::string> rows[2], texts[2];
+  for (int rowByRow = 0; rowByRow < 2; ++rowByRow) {
+    ExtractFixture f;
+    f.ui.SetAlwaysDue(rowByRow == 1);
+    f.UseReport(report);
+    clsTable table;
+    ASSERT_TRUE(ReadTable(
+        f, TableText({{"Type=Text"}, {}, {"Type=Number"}, {"Type=Date", "DateFormat=DD.MM.YY"}}),
+        table));
+    table.Number = 1;
+    f.Run(table, true);
+    rows[rowByRow] = f.sink.rows;
+    texts[rowByRow] = f.ui.Texts();
+  }
+  ASSERT_EQ(rows[0].size(), 300u);
+  EXPECT_EQ(rows[0], rows[1]);
+  EXPECT_EQ(texts[0], texts[1]);
+  EXPECT_EQ(std::vector<std::string>(rows[0].begin() + 3, rows[0].begin() + 7),
+            (std::vector<std::string>{",,,", "=B,Short ,,", ",Loan       ,1500,010324",
+                                      "X,\"\"\"quoted\"\",  \",1000,.1.24"}));
+  // The notes of the two paths (compared above) name the first value kept as text.
+  EXPECT_EQ(texts[0].back().substr(0, 40), "Table 1 Col 4 : \"31.02.23\" on line 3 is ");
+}
+
 }  // namespace
 }  // namespace kroveld::testing
