@@ -147,5 +147,39 @@ TEST(TypedColumns, TheCheckKnowsTypeAndDateFormat) {
   EXPECT_NE((r.out + r.err).find("unknown key 'Tpye'"), std::string::npos) << r.out << r.err;
 }
 
+// Every part of an .xlsx but its creation time, as "name sha256" lines.
+std::string XlsxParts(const std::string& path) {
+  int status = 0;
+  const std::string out = testing::RunCapture(
+      "/usr/bin/python3 -c \"import hashlib, sys, zipfile; z = zipfile.ZipFile(sys.argv[1]); "
+      "[print(n, hashlib.sha256(z.read(n)).hexdigest()) for n in z.namelist() "
+      "if n != 'docProps/core.xml']\" '" +
+          path + "' 2>&1",
+      &status);
+  EXPECT_EQ(status, 0) << out;
+  return out;
+}
+
+TEST(TypedColumns, RecipesWithoutTypeWriteTheWorkbooksTheyAlwaysWrote) {
+  const std::string data = std::string(KROVELD_TEST_DATA) + "/e2e/";
+  for (const char* example : {"trial-balance", "departments"}) {
+    testing::ExampleWork w(example);
+    for (const char* suffix : {".xls", ".xlsx"}) {
+      const std::string out = std::string("out") + suffix;
+      const auto r = w.Run(
+          {"-i", std::string(example) + ".txt", "-r", std::string(example) + ".rcp", "-o", out});
+      ASSERT_EQ(r.status, 0) << r.err;
+      const std::string before = data + example + suffix;
+      if (std::string(suffix) == ".xls") {
+        EXPECT_TRUE(ReadFile(w.F(out)) == ReadFile(before)) << example << suffix;
+      } else {
+        const std::string parts = XlsxParts(before);
+        EXPECT_NE(parts.find("xl/styles.xml "), std::string::npos) << parts;
+        EXPECT_EQ(XlsxParts(w.F(out)), parts) << example << suffix;
+      }
+    }
+  }
+}
+
 }  // namespace
 }  // namespace kroveld
