@@ -24,6 +24,9 @@ class clsColumn {
   int ReadColumnEnd = 0;
   std::string WriteColumn;
   std::string PeriodOperator;
+  // Optional: a pattern. The column then cuts its positions from the latest line of the block
+  // (the current one included) that matched it, not from the current line.
+  std::string CarryFrom;
 
   // Reads section "Table t Col c" from the open file (keys in order ReadColumnStart,
   // ReadColumnEnd, WriteColumn, PeriodOperator) and validates; false after a message.

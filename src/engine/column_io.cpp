@@ -1,5 +1,6 @@
 // Reading, writing and listing of column fields ("Table t Col c" sections).
 #include "engine/column.h"
+#include "engine/optional_keys.h"
 #include "engine/section_keys.h"
 #include "util/profile.h"
 #include "util/strings.h"
@@ -7,7 +8,7 @@
 namespace kroveld {
 
 bool clsColumn::ReadFromFileSequentially(UiPort& ui, TextFile& file, int tableNumber,
-                                         int columnNumber, const SectionMap* /*keys*/) {
+                                         int columnNumber, const SectionMap* keys) {
   const std::string section = "Table " + ToText(tableNumber) + " Col " + ToText(columnNumber);
   write_column_number_ = 0;
 
@@ -33,7 +34,7 @@ bool clsColumn::ReadFromFileSequentially(UiPort& ui, TextFile& file, int tableNu
     return false;
   }
   PeriodOperator = op;
-  return true;
+  return ReadPatternKey(ui, keys, section, "CarryFrom", CarryFrom);
 }
 
 void clsColumn::WriteToFile(PrivateProfile& file, int tableNumber, int columnNumber) const {
@@ -42,6 +43,7 @@ void clsColumn::WriteToFile(PrivateProfile& file, int tableNumber, int columnNum
   file.Set(section, "ReadColumnEnd", ToText(ReadColumnEnd));
   file.Set(section, "WriteColumn", WriteColumn);
   file.Set(section, "PeriodOperator", PeriodOperator);
+  if (!CarryFrom.empty()) file.Set(section, "CarryFrom", CarryFrom);
 }
 
 std::string clsColumn::PropertyPrint() const {
@@ -50,6 +52,7 @@ std::string clsColumn::PropertyPrint() const {
   out += "ReadColumnEnd = " + ToText(ReadColumnEnd) + "\n";
   out += "WriteColumn = " + WriteColumn + "\n";
   out += "PeriodOperator = " + PeriodOperator + "\n";
+  if (!CarryFrom.empty()) out += "CarryFrom = " + CarryFrom + "\n";
   return out;
 }
 
