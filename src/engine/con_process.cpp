@@ -56,7 +56,6 @@ std::string FoundBeforeMessage(const DepartmentKey& top, const DepartmentKey& bo
          KeyWords(top.name, top.text);
 }
 
-
 std::string AccountKey(std::string_view name) {
   return UpperAscii(Trim(name));
 }
@@ -131,8 +130,7 @@ void clsDepartment::Process(Context& ctx, int firstRow, int lastRow,
 
   DepartmentKey top;
   DepartmentKey bottom;
-  if (!PrepareKey(ctx, top, "ReadStartLine", ReadStartLine, "ReadStartPattern",
-                  ReadStartPattern) ||
+  if (!PrepareKey(ctx, top, "ReadStartLine", ReadStartLine, "ReadStartPattern", ReadStartPattern) ||
       !PrepareKey(ctx, bottom, "ReadEndLine", ReadEndLine, "ReadEndPattern", ReadEndPattern)) {
     return;
   }

@@ -152,6 +152,57 @@ Analysis Analyse(std::string_view p) {
   return a;
 }
 
+// The pattern cut at its outer "|"s (none: the pattern alone).
+std::vector<std::string_view> SplitAlternatives(std::string_view p) {
+  std::vector<std::string_view> parts;
+  std::size_t from = 0;
+  std::size_t i = 0;
+  while (i < p.size()) {
+    const char c = p[i];
+    if (c == '\\') {
+      i += 2;
+    } else if (c == '[') {
+      i = SkipClass(p, i);
+      if (i == std::string_view::npos) return {p};
+    } else if (c == '(') {
+      i = SkipGroup(p, i);
+      if (i == std::string_view::npos) return {p};
+    } else {
+      if (c == '|') {
+        parts.push_back(p.substr(from, i - from));
+        from = i + 1;
+      }
+      ++i;
+    }
+  }
+  parts.push_back(p.substr(std::min(from, p.size())));
+  return parts;
+}
+
+// The longest literal run a pattern without outer "|" needs, and whether it opens an anchored
+// pattern; empty when there is none to rely on.
+std::string LongestRun(std::string_view p, bool& atStart) {
+  atStart = false;
+  const Analysis a = Analyse(p);
+  if (!a.usable) return {};
+  std::string best;
+  std::string run;
+  bool inFirstRun = true;
+  for (const Atom& atom : a.atoms) {
+    if (atom.literal) {
+      run.push_back(atom.c);
+      if (run.size() > best.size()) {
+        best = run;
+        atStart = inFirstRun && a.anchoredStart;
+      }
+    } else {
+      inFirstRun = false;
+      run.clear();
+    }
+  }
+  return best;
+}
+
 bool Contains(std::string_view line, std::string_view literal) {
   if (literal.empty()) return true;
   return memmem(line.data(), line.size(), literal.data(), literal.size()) != nullptr;
@@ -206,16 +257,24 @@ bool Pattern::Compile(std::string_view text, std::string& error) {
   compiled_ = true;
 
   const Analysis a = Analyse(text);
-  if (!a.usable) return true;
+  if (!a.usable) {
+    PlanAlternatives(text);
+    return true;
+  }
   // The longest run of literal bytes is what the prefilter looks for.
   std::string run;
   bool allLiteral = true;
+  bool inFirstRun = true;  // the run being read starts at the first atom
   for (const Atom& atom : a.atoms) {
     if (atom.literal) {
       run.push_back(atom.c);
-      if (run.size() > required_.size()) required_ = run;
+      if (run.size() > required_.size()) {
+        required_ = run;
+        requiredAtStart_ = inFirstRun && a.anchoredStart;
+      }
     } else {
       allLiteral = false;
+      inFirstRun = false;
       run.clear();
     }
   }
@@ -233,6 +292,41 @@ bool Pattern::Compile(std::string_view text, std::string& error) {
   return true;
 }
 
+// A pattern of alternatives, each opening with a group of alternatives or not ("^(A|B)|C"): the
+// literal each one needs. One alternative without a literal leaves the pattern to the matcher.
+void Pattern::PlanAlternatives(std::string_view text) {
+  const std::vector<std::string_view> parts = SplitAlternatives(text);
+  if (parts.size() < 2 && !(text.starts_with("(") || text.starts_with("^("))) return;
+  std::vector<Alternative> plan;
+  for (const std::string_view part : parts) {
+    const bool anchored = part.starts_with("^");
+    const std::string_view body = anchored ? part.substr(1) : part;
+    std::vector<std::string> branches;
+    // A leading group of alternatives: each of its own alternatives opens the match (what
+    // follows the group is only dropped, which keeps the test a necessary one).
+    if (body.starts_with("(") && !body.starts_with("(?")) {
+      const std::size_t end = SkipGroup(body, 0);
+      if (end == std::string_view::npos) return;
+      for (const std::string_view inner : SplitAlternatives(body.substr(1, end - 2))) {
+        branches.push_back((anchored ? "^" : "") + std::string(inner));
+      }
+      if (end < body.size() && std::string_view("*?{").find(body[end]) != std::string_view::npos) {
+        return;  // an optional group: nothing of it is needed
+      }
+    } else {
+      branches.emplace_back(part);
+    }
+    for (const std::string& branch : branches) {
+      if (SplitAlternatives(branch).size() > 1) return;
+      Alternative alt;
+      alt.literal = LongestRun(branch, alt.atStart);
+      if (alt.literal.empty()) return;
+      plan.push_back(std::move(alt));
+    }
+  }
+  alternatives_ = std::move(plan);
+}
+
 bool Pattern::Matches(std::string_view line) const {
   if (!compiled_) return false;
   switch (kind_) {
@@ -247,7 +341,18 @@ bool Pattern::Matches(std::string_view line) const {
     case Kind::Regex:
       break;
   }
-  if (!Contains(line, required_)) return false;
+  if (!alternatives_.empty()) {
+    bool possible = false;
+    for (const Alternative& alt : alternatives_) {
+      if (alt.atStart ? line.starts_with(alt.literal) : Contains(line, alt.literal)) {
+        possible = true;
+        break;
+      }
+    }
+    if (!possible) return false;
+  }
+  // An anchored pattern that opens with a literal is turned away by its first bytes.
+  if (requiredAtStart_ ? !line.starts_with(required_) : !Contains(line, required_)) return false;
   return RE2::PartialMatch(re2::StringPiece(line.data(), line.size()), *re_);
 }
 

@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace re2 {
 class RE2;
@@ -38,6 +39,8 @@ class Pattern {
   const std::string& RequiredLiteral() const { return required_; }
 
  private:
+  void PlanAlternatives(std::string_view text);
+
   enum class Kind {
     Regex,          // run the matcher (after the required-literal test, if any)
     Literal,        // the pattern is one literal: a substring search settles it
@@ -50,6 +53,13 @@ class Pattern {
   bool compiled_ = false;
   Kind kind_ = Kind::Regex;
   std::string required_;
+  bool requiredAtStart_ = false;  // the literal is where every match begins, at the line's start
+  // For a pattern of alternatives: a literal each alternative needs (a match needs one of them).
+  struct Alternative {
+    std::string literal;
+    bool atStart = false;
+  };
+  std::vector<Alternative> alternatives_;
   std::shared_ptr<const re2::RE2> re_;  // shared: copies of a table share one compiled pattern
 };
 

@@ -39,6 +39,61 @@ bool IsBlankLine(std::string_view line) {
   return true;
 }
 
+bool QuickFixed(std::string_view text, Fixed4& out, const NumberLocale& loc) {
+  std::size_t i = 0;
+  std::size_t n = text.size();
+  while (i < n && text[i] == ' ') ++i;
+  while (n > i && text[n - 1] == ' ') --n;
+  if (i == n) return false;
+  bool negative = false;
+  if (text[i] == '-') {
+    negative = true;
+    ++i;
+  } else if (text[i] == '(') {
+    if (text[n - 1] != ')') return false;
+    negative = true;
+    ++i;
+    --n;
+  }
+  std::int64_t whole = 0;
+  int digits = 0;       // whole digits
+  int groupDigits = 0;  // digits since the last separator
+  bool grouped = false;
+  for (; i < n; ++i) {
+    const char c = text[i];
+    if (c >= '0' && c <= '9') {
+      whole = whole * 10 + (c - '0');
+      ++digits;
+      ++groupDigits;
+      if (digits > 14) return false;  // near the end of the fixed-point range: the general test
+    } else if (c == loc.thousands_sep && loc.thousands_sep != loc.decimal_point) {
+      // Groups of three after a first group of one to three digits.
+      if (grouped ? groupDigits != 3 : (groupDigits < 1 || groupDigits > 3)) return false;
+      grouped = true;
+      groupDigits = 0;
+    } else {
+      break;
+    }
+  }
+  if (digits == 0 || (grouped && groupDigits != 3)) return false;
+  std::int64_t fraction = 0;
+  if (i < n) {
+    if (text[i] != loc.decimal_point) return false;
+    ++i;
+    int decimals = 0;
+    for (; i < n; ++i) {
+      const char c = text[i];
+      if (c < '0' || c > '9' || ++decimals > 4) return false;
+      fraction = fraction * 10 + (c - '0');
+    }
+    if (decimals == 0) return false;
+    for (int d = decimals; d < 4; ++d) fraction *= 10;
+  }
+  const std::int64_t raw = whole * Fixed4::kScale + fraction;
+  out.raw = negative ? -raw : raw;
+  return true;
+}
+
 bool RowRules::Prepare(const clsTable& table, int tabSize, bool utf8, std::string& error) {
   *this = RowRules();
   tableNumber_ = table.Number;
@@ -158,9 +213,13 @@ std::string_view RowRules::Field(std::string_view line, std::size_t column) {
 
 void RowRules::AddRow(std::string_view line) {
   line = Prepared(line);
+  const NumberLocale& loc = NumberLocale::Current();
   for (std::size_t c = 0; c < summed_.size(); ++c) {
     Fixed4 value;
-    if (ParseFixed(Field(line, c), value) != NumberParse::kOk) continue;
+    const std::string_view field = Field(line, c);
+    if (!QuickFixed(field, value, loc) && ParseFixed(field, value, loc) != NumberParse::kOk) {
+      continue;
+    }
     Sum& sum = sums_[c];
     sum.numeric = true;
     if (!AddFixed(sum.total, value, sum.total)) sum.overflow = true;

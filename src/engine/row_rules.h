@@ -22,6 +22,13 @@ class clsTable;
 // The blank test of the row filters: nothing but blanks, tabs and form feeds.
 bool IsBlankLine(std::string_view line);
 
+// The amounts of a report in their usual printed form, read without the general numeric test:
+// blanks around, a leading minus or parentheses, digits grouped by threes with the locale's
+// separator (or not grouped), the locale's decimal point and at most four decimals. True with the
+// value when the text has that form (the general test then gives the same value); false when it
+// does not, and the caller asks ParseFixed.
+bool QuickFixed(std::string_view text, Fixed4& out, const NumberLocale& loc);
+
 class RowRules {
  public:
   // Compiles the table's patterns. False when one does not compile: `error` then holds the

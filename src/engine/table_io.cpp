@@ -110,7 +110,8 @@ std::string clsTable::PropertyPrint() const {
   };
   printIf("ReadStartPattern", ReadStartPattern);
   printIf("ReadEndPattern", ReadEndPattern);
-  if (SkipBlankLines) out += std::string("SkipBlankLines = ") + (*SkipBlankLines ? "TRUE" : "FALSE") + "\n";
+  if (SkipBlankLines)
+    out += std::string("SkipBlankLines = ") + (*SkipBlankLines ? "TRUE" : "FALSE") + "\n";
   printIf("SkipLinesMatching", SkipLinesMatching);
   printIf("KeepLinesMatching", KeepLinesMatching);
   printIf("TotalLinesMatching", TotalLinesMatching);

@@ -272,3 +272,51 @@ TEST(RowRulesBlankTest, FormFeedsTabsAndBlanksOnly) {
 
 }  // namespace
 }  // namespace kroveld::testing
+
+namespace kroveld::testing {
+namespace {
+
+// The quick reading of amounts must give what the general numeric test gives, or leave the text
+// to it.
+TEST(QuickAmounts, AgreeWithTheNumericTestOrStepAside) {
+  const NumberLocale loc;  // '.', ',' and "$"
+  struct Case {
+    const char* text;
+    bool quick;  // read by the quick path
+  } cases[] = {
+      {"  12,500.00 ", true},
+      {"(450.00)", true},
+      {"-3.5", true},
+      {"0", true},
+      {"1234567.8901", true},
+      {"  (1,234)  ", true},
+      {"007", true},
+      {"1,2,3", false},
+      {"12,34.00", false},
+      {"1,234,", false},
+      {"1.", false},
+      {".5", false},
+      {"1.23456", false},
+      {"$5.00", false},
+      {"5-", false},
+      {"(5", false},
+      {"1e3", false},
+      {"", false},
+      {"   ", false},
+      {"12 34", false},
+      {"999999999999999", false},
+  };
+  for (const Case& c : cases) {
+    Fixed4 quick;
+    Fixed4 general;
+    const bool read = QuickFixed(c.text, quick, loc);
+    EXPECT_EQ(read, c.quick) << c.text;
+    if (read) {
+      ASSERT_EQ(ParseFixed(c.text, general, loc), NumberParse::kOk) << c.text;
+      EXPECT_EQ(quick.raw, general.raw) << c.text;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace kroveld::testing
