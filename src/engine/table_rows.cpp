@@ -54,7 +54,10 @@ TableRowWriter::Next TableRowWriter::Write(std::int64_t lineNumber, std::string_
       fast_.Settle(ctx_);
       rules_->ShowMessages(ctx_);
     }
-    if (!row) return Next::Row;
+    if (!row) {
+      ++filtered_;
+      return Next::Row;
+    }
   }
   // The usual CSV row (no status text due, the columns checked on the first row) is cut straight
   // from the line when the columns allow it.
@@ -131,8 +134,10 @@ void TableRowWriter::Finish() {
   ctx_.recipe.ExportSpecs.setWritePointer(ctx_.ui, 1, baseRow_ + rowIndex_);
   table_.FirstRowWritten = baseRow_;
   table_.LastRowWritten = baseRow_ + rowIndex_ - 1;
-  if (ctx_.observer != nullptr)
+  if (ctx_.observer != nullptr) {
     ctx_.observer->TableRowsWritten(table_, table_.FirstRowWritten, table_.LastRowWritten);
+    if (rules_ != nullptr) ctx_.observer->TableLinesFiltered(table_, filtered_);
+  }
 }
 
 }  // namespace kroveld

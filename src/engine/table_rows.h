@@ -56,7 +56,8 @@ class TableRowWriter {
   const bool csv_;
   const int baseRow_;
   int rowIndex_ = 0;
-  bool due_ = false;  // this row shows a status text
+  std::int64_t filtered_ = 0;  // lines of the block the row filters passed over
+  bool due_ = false;           // this row shows a status text
   std::string csvLine_;
   std::string status_;
   FastCsvRows fast_;
