@@ -320,3 +320,39 @@ TEST(QuickAmounts, AgreeWithTheNumericTestOrStepAside) {
 
 }  // namespace
 }  // namespace kroveld::testing
+
+namespace kroveld::testing {
+namespace {
+
+// A UTF-8 report: the carried heading and the total line hold characters beyond ASCII, so their
+// positions count printed columns, as the other fields' do.
+TEST(RowRulesUtf8, CarriedFieldsAndTotalsAreCutByPrintedColumns) {
+  for (const bool csv : {false, true}) {
+    ExtractFixture f;
+    f.ctx->lineProcessor.SetUtf8(true);
+    f.UseReport(
+        "TOP\r\n"
+        "Dépt: 10 Genève\r\n"
+        "1000 Café       12.25\r\n"
+        "1010 Thé         7.55\r\n"
+        "Total ééé       19.80\r\n"
+        "END\r\n");
+    clsColumn department = MakeColumn(7, 8, "A");  // "10", after "Dépt: " (6 columns)
+    department.CarryFrom = "^Dépt: ";
+    clsTable table = MakeTable("TOP", 1, "END", -1,
+                               {department, MakeColumn(1, 4, "B"), MakeColumn(16, 21, "C")});
+    table.Number = 1;
+    table.KeepLinesMatching = "^[0-9]";
+    table.TotalLinesMatching = "Total";
+    f.Run(table, csv);
+    EXPECT_TRUE(f.ui.messages.empty()) << f.ui.messages[0].text;
+    // 12.25 + 7.55 against 19.80; cut by bytes the fields would read 12.2, 7.5 and 19.
+    EXPECT_EQ(f.ctx->run.tally.totalsChecked, 1u);
+    const Strings expected = csv ? Strings{"10,1000, 12.25", "10,1010,  7.55"}
+                                 : Strings{"10|1000| 12.25", "10|1010|  7.55"};
+    EXPECT_EQ(Rows(f, table, csv), expected) << (csv ? "csv" : "sheet");
+  }
+}
+
+}  // namespace
+}  // namespace kroveld::testing
