@@ -32,7 +32,7 @@ std::string SumText(Fixed4 sum) {
 
 }  // namespace
 
-bool IsBlankLine(std::string_view line) {
+bool IsFilterBlank(std::string_view line) {
   for (const char c : line) {
     if (c != ' ' && c != '\t' && c != '\f') return false;
   }
@@ -168,7 +168,7 @@ bool RowRules::Admit(Context& ctx, std::int64_t lineNumber, std::string_view lin
   const bool isTotal = !total_.Empty() && total_.Matches(tested);
   if (isTotal) CheckTotals(ctx, lineNumber, line);
   bool row = true;
-  if (skipBlank_ && IsBlankLine(line)) {
+  if (skipBlank_ && IsFilterBlank(line)) {
     row = false;
   } else if (!keep_.Empty() && !keep_.Matches(tested)) {
     row = false;

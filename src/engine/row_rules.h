@@ -20,7 +20,7 @@ class Context;
 class clsTable;
 
 // The blank test of the row filters: nothing but blanks, tabs and form feeds.
-bool IsBlankLine(std::string_view line);
+bool IsFilterBlank(std::string_view line);
 
 // The amounts of a report in their usual printed form, read without the general numeric test:
 // blanks around, a leading minus or parentheses, digits grouped by threes with the locale's

@@ -264,10 +264,10 @@ TEST(RowRulesBadPatterns, FailTheTableWithTheKeyAndTheLibrarysReason) {
 }
 
 TEST(RowRulesBlankTest, FormFeedsTabsAndBlanksOnly) {
-  EXPECT_TRUE(IsBlankLine(""));
-  EXPECT_TRUE(IsBlankLine(" \t\f "));
-  EXPECT_FALSE(IsBlankLine(" \f.\t"));
-  EXPECT_FALSE(IsBlankLine("\r"));
+  EXPECT_TRUE(IsFilterBlank(""));
+  EXPECT_TRUE(IsFilterBlank(" \t\f "));
+  EXPECT_FALSE(IsFilterBlank(" \f.\t"));
+  EXPECT_FALSE(IsFilterBlank("\r"));
 }
 
 }  // namespace
