@@ -10,7 +10,7 @@ out="${1:-$root/build-fz}"
 cxx="${CXX_FUZZ:-clang++-14}"
 mkdir -p "$out/obj"
 
-pkgs="xlsxwriter libzip libgsf-1 pugixml"
+pkgs="xlsxwriter libzip libgsf-1 pugixml re2"
 cflags="-std=c++20 -g -O1 -fno-omit-frame-pointer -fsanitize=address,undefined,fuzzer-no-link \
  -Wall -Wextra -I$root/src -I$here $(pkg-config --cflags $pkgs) -DKROVELD_VERSION=\"fuzz\""
 libs="$(pkg-config --libs $pkgs) -lpthread"

@@ -144,6 +144,20 @@ std::string RunSummary(const RunTally& tally, double seconds) {
          (tally.rowsWritten == 1 ? " row written, " : " rows written, ") + read + figures;
 }
 
+// The totals check in one line, when a table checked any: "all 12 printed totals agree with
+// their rows", or "3 of 12 printed totals differ from their rows" (each was shown as it was met).
+std::string TotalsSummary(const RunTally& tally) {
+  if (tally.totalsChecked == 0) return {};
+  auto grouped = [](std::uint64_t n) { return FormatGroupedCount(static_cast<std::int64_t>(n)); };
+  const bool one = tally.totalsChecked == 1;
+  if (tally.totalsDiffering == 0) {
+    return one ? "the printed total agrees with its rows"
+               : "all " + grouped(tally.totalsChecked) + " printed totals agree with their rows";
+  }
+  return grouped(tally.totalsDiffering) + " of " + grouped(tally.totalsChecked) +
+         (one ? " printed total differs" : " printed totals differ") + " from their rows";
+}
+
 }  // namespace
 
 std::string PrepareApplicationFolder(Context& ctx) {
@@ -222,7 +236,11 @@ int RunMain(int argc, char** argv) {
 
   // The process ends without saving settings: the lists stay as config.ini had them.
   ReportStop(ctx, port, stop);
-  if (conventional && ctx.options.bVerbose) port.Summary(RunSummary(ctx.run.tally, seconds));
+  if (conventional && ctx.options.bVerbose) {
+    port.Summary(RunSummary(ctx.run.tally, seconds));
+    const std::string totals = TotalsSummary(ctx.run.tally);
+    if (!totals.empty()) port.Summary(totals);
+  }
   port.EraseProgress();
   return port.MessageShown() ? 1 : 0;
 }

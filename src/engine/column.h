@@ -26,6 +26,9 @@ class clsColumn {
   int ReadColumnEnd = 0;
   std::string WriteColumn;
   std::string PeriodOperator;
+  // Optional: a pattern. The column then cuts its positions from the latest line of the block
+  // (the current one included) that matched it, not from the current line.
+  std::string CarryFrom;
   // Optional: what the field holds ("Number", "Text" or "Date", as written in the recipe) and, for
   // a date, its layout ("MM/DD/YYYY"). Empty when not given: the field is written as it stands.
   std::string Type;

@@ -1,5 +1,6 @@
 // Reading, writing and listing of column fields ("Table t Col c" sections).
 #include "engine/column.h"
+#include "engine/optional_keys.h"
 #include "engine/section_keys.h"
 #include "util/profile.h"
 #include "util/strings.h"
@@ -33,6 +34,7 @@ bool clsColumn::ReadFromFileSequentially(UiPort& ui, TextFile& file, int tableNu
     return false;
   }
   PeriodOperator = op;
+  if (!ReadPatternKey(ui, keys, section, "CarryFrom", CarryFrom)) return false;
   // The optional keys after the fixed ones come from the map of the whole file.
   if (keys != nullptr && !ReadTypeKeys(ui, *keys, section)) return false;
   return true;
@@ -44,6 +46,7 @@ void clsColumn::WriteToFile(PrivateProfile& file, int tableNumber, int columnNum
   file.Set(section, "ReadColumnEnd", ToText(ReadColumnEnd));
   file.Set(section, "WriteColumn", WriteColumn);
   file.Set(section, "PeriodOperator", PeriodOperator);
+  if (!CarryFrom.empty()) file.Set(section, "CarryFrom", CarryFrom);
   WriteTypeKeys(file, section);
 }
 
@@ -53,6 +56,7 @@ std::string clsColumn::PropertyPrint() const {
   out += "ReadColumnEnd = " + ToText(ReadColumnEnd) + "\n";
   out += "WriteColumn = " + WriteColumn + "\n";
   out += "PeriodOperator = " + PeriodOperator + "\n";
+  if (!CarryFrom.empty()) out += "CarryFrom = " + CarryFrom + "\n";
   PrintTypeKeys(out);
   return out;
 }

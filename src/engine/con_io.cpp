@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "engine/con.h"
+#include "engine/optional_keys.h"
 #include "engine/section_keys.h"
 #include "util/profile.h"
 #include "util/strings.h"
@@ -82,28 +83,45 @@ std::string clsCon::PropertyPrint() const {
 }
 
 bool clsDepartment::ReadFromFileSequentially(UiPort& ui, TextFile& file, int conNumber,
-                                             int deptNumber, const SectionMap* /*keys*/) {
+                                             int deptNumber, const SectionMap* keys) {
   const std::string section = DepartmentSection(conNumber, deptNumber);
-  ReadStartLine = GetProfileValue(file, section, "ReadStartLine", kMissing);
+  // A department found by a pattern may leave out the key text: its fixed keys are then looked up
+  // by name, since the sequential lookup would run past the missing one.
+  if (!ReadPatternKey(ui, keys, section, "ReadStartPattern", ReadStartPattern) ||
+      !ReadPatternKey(ui, keys, section, "ReadEndPattern", ReadEndPattern)) {
+    return false;
+  }
+  FixedKeys fixed(file, keys, section, !ReadStartPattern.empty() || !ReadEndPattern.empty());
+  ReadStartLine = fixed.Get("ReadStartLine", kMissing);
   if (ReadStartLine == kMissing) {
-    ShowSectionError(ui, section, " : Missing ReadStartLine text!");
-    return false;
+    if (ReadStartPattern.empty()) {
+      ShowSectionError(ui, section, " : Missing ReadStartLine text!");
+      return false;
+    }
+    ReadStartLine.clear();
   }
-  if (!ReadOffsetKey(ui, file, section, "ReadStartLineOffset", ReadStartLineOffset)) return false;
-  ReadEndLine = GetProfileValue(file, "", "ReadEndLine", kMissing);
+  if (!fixed.Offset(ui, "ReadStartLineOffset", ReadStartLineOffset)) return false;
+  ReadEndLine = fixed.Get("ReadEndLine", kMissing);
   if (ReadEndLine == kMissing) {
-    ShowSectionError(ui, section, " : Missing ReadEndLine text!");
-    return false;
+    if (ReadEndPattern.empty()) {
+      ShowSectionError(ui, section, " : Missing ReadEndLine text!");
+      return false;
+    }
+    ReadEndLine.clear();
   }
-  return ReadOffsetKey(ui, file, section, "ReadEndLineOffset", ReadEndLineOffset);
+  return fixed.Offset(ui, "ReadEndLineOffset", ReadEndLineOffset);
 }
 
 void clsDepartment::WriteToFile(PrivateProfile& file, int conNumber, int deptNumber) const {
   const std::string section = DepartmentSection(conNumber, deptNumber);
-  file.Set(section, "ReadStartLine", ReadStartLine);
+  // A key text left out for a pattern stays out; the patterns follow the fixed keys when set.
+  if (!ReadStartLine.empty() || ReadStartPattern.empty())
+    file.Set(section, "ReadStartLine", ReadStartLine);
   file.Set(section, "ReadStartLineOffset", ToText(ReadStartLineOffset));
-  file.Set(section, "ReadEndLine", ReadEndLine);
+  if (!ReadEndLine.empty() || ReadEndPattern.empty()) file.Set(section, "ReadEndLine", ReadEndLine);
   file.Set(section, "ReadEndLineOffset", ToText(ReadEndLineOffset));
+  if (!ReadStartPattern.empty()) file.Set(section, "ReadStartPattern", ReadStartPattern);
+  if (!ReadEndPattern.empty()) file.Set(section, "ReadEndPattern", ReadEndPattern);
 }
 
 std::string clsDepartment::PropertyPrint() const {
@@ -112,6 +130,8 @@ std::string clsDepartment::PropertyPrint() const {
   out += "ReadStartLineOffset = " + ToText(ReadStartLineOffset) + "\n";
   out += "ReadEndLine = " + ReadEndLine + "\n";
   out += "ReadEndLineOffset = " + ToText(ReadEndLineOffset) + "\n";
+  if (!ReadStartPattern.empty()) out += "ReadStartPattern = " + ReadStartPattern + "\n";
+  if (!ReadEndPattern.empty()) out += "ReadEndPattern = " + ReadEndPattern + "\n";
   for (std::size_t i = 0; i < AccountNames.size() && i < AccountRows.size(); ++i) {
     out += ToText(AccountRows[i]) + " " + AccountNames[i] + "\n";
   }

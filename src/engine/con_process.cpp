@@ -7,6 +7,7 @@
 
 #include "engine/con.h"
 #include "engine/context.h"
+#include "engine/pattern.h"
 #include "engine/section_keys.h"
 #include "util/column_letters.h"
 #include "util/numbers.h"
@@ -18,22 +19,41 @@ namespace {
 
 // First row in first..last (clipped to the sheet) of `column` on `sheet` whose text contains
 // `key` (case-sensitive); 0 when none does.
+// With a pattern that is not empty, the first row whose text matches it instead.
 int FindKeyRow(OutputSink& sink, int sheet, int column, long long first, long long last,
-               std::string_view key) {
+               std::string_view key, const Pattern& pattern) {
   if (column < 1) return 0;
   first = std::max<long long>(first, 1);
   last = std::min<long long>(last, kMaxSheetRow);
   for (long long row = first; row <= last; ++row) {
-    if (sink.GetCell(sheet, static_cast<int>(row), column).find(key) != std::string::npos) {
+    const std::string text = sink.GetCell(sheet, static_cast<int>(row), column);
+    if (pattern.Empty() ? text.find(key) != std::string::npos : pattern.Matches(text)) {
       return static_cast<int>(row);
     }
   }
   return 0;
 }
 
-std::string FoundBeforeMessage(const std::string& top, const std::string& bottom) {
-  return "Error in Table specs: ReadEndLine key text [" + bottom + "]" +
-         " was found before ReadStartLine key text [" + top + "]";
+// The department's key as its messages name it: the pattern when it has one, else the key text.
+struct DepartmentKey {
+  std::string name;  // "ReadStartLine" or "ReadStartPattern", ...
+  std::string text;
+  Pattern pattern;
+};
+
+bool PrepareKey(Context& ctx, DepartmentKey& key, std::string_view line, const std::string& text,
+                std::string_view patternName, const std::string& patternText) {
+  key.name = patternText.empty() ? std::string(line) : std::string(patternName);
+  key.text = patternText.empty() ? text : patternText;
+  std::string why;
+  if (key.pattern.Compile(patternText, why)) return true;
+  ctx.ui.Message(PatternError("The department", patternName, patternText, why), Icon::Critical);
+  return false;
+}
+
+std::string FoundBeforeMessage(const DepartmentKey& top, const DepartmentKey& bottom) {
+  return "Error in Table specs: " + KeyWords(bottom.name, bottom.text) + " was found before " +
+         KeyWords(top.name, top.text);
 }
 
 std::string AccountKey(std::string_view name) {
@@ -108,24 +128,33 @@ void clsDepartment::Process(Context& ctx, int firstRow, int lastRow,
   AccountRows.clear();
   const int column = AlphaToNum2(ctx.ui, accountColumn);
 
-  const int startFound = FindKeyRow(*ctx.sink, 1, column, firstRow, lastRow, ReadStartLine);
+  DepartmentKey top;
+  DepartmentKey bottom;
+  if (!PrepareKey(ctx, top, "ReadStartLine", ReadStartLine, "ReadStartPattern", ReadStartPattern) ||
+      !PrepareKey(ctx, bottom, "ReadEndLine", ReadEndLine, "ReadEndPattern", ReadEndPattern)) {
+    return;
+  }
+
+  const int startFound =
+      FindKeyRow(*ctx.sink, 1, column, firstRow, lastRow, ReadStartLine, top.pattern);
   if (startFound == 0) {
-    ctx.ui.Message("Error in Department specs: Can not find ReadStartLine: " + ReadStartLine,
+    ctx.ui.Message("Error in Department specs: Can not find " + top.name + ": " + top.text,
                    Icon::Critical);
-    NoteMissingKey(ctx.ui, "The department", "ReadStartLine", ReadStartLine);
+    NoteMissingKey(ctx.ui, "The department", top.name, top.text);
     return;
   }
   const long long startRow = static_cast<long long>(startFound) + ReadStartLineOffset;
-  const int endFound = FindKeyRow(*ctx.sink, 1, column, firstRow, lastRow, ReadEndLine);
+  const int endFound =
+      FindKeyRow(*ctx.sink, 1, column, firstRow, lastRow, ReadEndLine, bottom.pattern);
   if (endFound == 0) {
-    ctx.ui.Message("Error in Department specs: Can not find ReadEndLine: " + ReadEndLine,
+    ctx.ui.Message("Error in Department specs: Can not find " + bottom.name + ": " + bottom.text,
                    Icon::Critical);
-    NoteMissingKey(ctx.ui, "The department", "ReadEndLine", ReadEndLine);
+    NoteMissingKey(ctx.ui, "The department", bottom.name, bottom.text);
     return;
   }
   // The bottom key's row is compared before its offset is added (tables compare after).
   if (endFound < startRow) {
-    ctx.ui.Message(FoundBeforeMessage(ReadStartLine, ReadEndLine), Icon::Critical);
+    ctx.ui.Message(FoundBeforeMessage(top, bottom), Icon::Critical);
     return;
   }
   const long long endRow = static_cast<long long>(endFound) + ReadEndLineOffset;

@@ -23,6 +23,9 @@ struct RunTally {
   std::uint64_t filesFailed = 0;  // files whose conversion showed a message
   std::uint64_t rowsWritten = 0;  // table rows, to sheet 1 or as CSV lines
   std::uint64_t bytesRead = 0;    // the sizes of the reports converted
+  // Printed totals compared with the sum of their rows, and how many of them differed.
+  std::uint64_t totalsChecked = 0;
+  std::uint64_t totalsDiffering = 0;
 };
 
 struct RunState {

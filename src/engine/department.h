@@ -22,6 +22,9 @@ class clsDepartment {
   int ReadStartLineOffset = 0;
   std::string ReadEndLine;
   int ReadEndLineOffset = 0;
+  // Optional: patterns that find the key rows in place of the key texts.
+  std::string ReadStartPattern;
+  std::string ReadEndPattern;
 
   bool ReadFromFileSequentially(UiPort& ui, TextFile& file, int conNumber, int deptNumber,
                                 const SectionMap* keys = nullptr);

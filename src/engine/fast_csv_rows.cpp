@@ -13,6 +13,7 @@
 #endif
 
 #include "engine/context.h"
+#include "engine/row_rules.h"
 #include "util/byte_scan.h"
 #include "util/utf8_text.h"
 
@@ -138,17 +139,21 @@ FastCsvRows::~FastCsvRows() = default;
 
 // The cuts of every column, or false when some column must go through the line processor (an
 // operator that reads another slot, sums, or is unknown and reported per field).
-bool FastCsvRows::Plan(const Context& ctx, std::vector<clsColumn>& columns) {
+bool FastCsvRows::Plan(const Context& ctx, std::vector<clsColumn>& columns, const RowRules* rules) {
   cuts_.clear();
   widest_ = 0;
   typed_room_ = 0;
-  for (clsColumn& column : columns) {
+  carries_ = false;
+  for (std::size_t c = 0; c < columns.size(); ++c) {
+    clsColumn& column = columns[c];
     if (column.SingleFileSlot(ctx) != 1) return false;
     const long long width =
         static_cast<long long>(column.ReadColumnEnd) - column.ReadColumnStart + 1;
+    const bool carried = rules != nullptr && rules->Carries(c);
     cuts_.push_back(ColumnCut{column.ReadColumnStart - 1LL, width < 1 ? 0 : width,
-                              column.IsTyped() ? &column : nullptr});
+                              column.IsTyped() ? &column : nullptr, carried});
     widest_ += width < 1 ? 0 : width;
+    carries_ = carries_ || carried;
     // A converted value may be longer than its field ("1E5" -> "100000", a date in ISO form).
     if (column.IsTyped()) typed_room_ += 2 * kLongestTypedCsv + 4;
   }
@@ -157,16 +162,18 @@ bool FastCsvRows::Plan(const Context& ctx, std::vector<clsColumn>& columns) {
 
 // One CSV row from `line` as slot 1 would hold it after ReadRowPeriod1Only (the line and, when it
 // is not empty and does not end in a blank, one blank more), without copying the line first.
-// `marks` is the line marked, or null for a line too long for that. `warned` is set when an
-// equal-sign warning was shown.
-std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, std::int64_t lineNumber,
-                                       const LineMarks* marks, bool& warned) {
-  const long long size = static_cast<long long>(line.size());
-  const bool blank = size > 0 && line.back() != ' ';
-  const long long slotSize = size + (blank ? 1 : 0);
+// `marks` is the line marked, or null for a line too long for that. Columns that carry are cut
+// from their carried lines (`rules`), field by field. `warned` is set when an equal-sign warning
+// was shown.
+std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view current,
+                                       std::int64_t lineNumber, const LineMarks* marks,
+                                       const RowRules* rules, bool& warned) {
+  const long long currentSize = static_cast<long long>(current.size());
+  const long long currentSlot = currentSize + (currentSize > 0 && current.back() != ' ' ? 1 : 0);
   // Each field holds at most its width of the slot, doubled quotes, two quotes and a comma: a
   // long line asks for room by its columns, not by its length times the columns.
-  const long long cut = std::min(widest_, static_cast<long long>(cuts_.size()) * slotSize);
+  const long long cut =
+      carries_ ? widest_ : std::min(widest_, static_cast<long long>(cuts_.size()) * currentSlot);
   const std::size_t room = 2 * static_cast<std::size_t>(cut) + 3 * cuts_.size() + typed_room_;
   if (row_.size() < room) row_.resize(std::max(room, 2 * row_.size()));
   char* const begin = row_.data();
@@ -175,7 +182,12 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, std:
   // A line with an equal sign has its fields looked at one by one for the warning.
   const bool byField = marks == nullptr || marks->equalSign;
   bool placed = false;  // a typed column keeps its place in the row, empty or not
-  for (const ColumnCut& cut : cuts_) {
+  for (std::size_t c = 0; c < cuts_.size(); ++c) {
+    const ColumnCut& cut = cuts_[c];
+    const std::string_view line = cut.carried ? rules->CarriedLine(c) : current;
+    const long long size = cut.carried ? static_cast<long long>(line.size()) : currentSize;
+    const long long slotSize =
+        cut.carried ? size + (size > 0 && line.back() != ' ' ? 1 : 0) : currentSlot;
     if (out != begin || placed) *out++ = ',';
     placed = placed || cut.typed != nullptr;
     long long from = cut.from;
@@ -191,8 +203,8 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, std:
     if (cut.typed != nullptr) {
       // Converted from the field as it stands (the appended blank is trimmed away anyway).
       const std::string_view field(piece, n);
-      if (byField && scan::ScanCsvField(field).firstNonBlank == '=') {
-        ctx.lineProcessor.SetPeriod1Line(line, ctx.tabSize);
+      if ((byField || cut.carried) && scan::ScanCsvField(field).firstNonBlank == '=') {
+        ctx.lineProcessor.SetPeriod1Line(current, ctx.tabSize);
         clsColumn::WarnEqualSign(ctx.ui);
         warned = true;
       }
@@ -200,11 +212,11 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, std:
       out = clsColumn::PutCsvValue(cut.typed->TypedCsv(field, lineNumber), false, out, unused);
       continue;
     }
-    if (byField) {
+    if (byField || cut.carried) {
       bool equalSign = false;
       out = clsColumn::PutCsvValue(std::string_view(piece, n), blankAfter, out, equalSign);
       if (equalSign) {
-        ctx.lineProcessor.SetPeriod1Line(line, ctx.tabSize);
+        ctx.lineProcessor.SetPeriod1Line(current, ctx.tabSize);
         clsColumn::WarnEqualSign(ctx.ui);
         warned = true;
       }
@@ -228,9 +240,9 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view line, std:
 }
 
 bool FastCsvRows::Cut(Context& ctx, std::vector<clsColumn>& columns, std::string_view line,
-                      std::int64_t lineNumber, std::string_view& row) {
+                      std::int64_t lineNumber, std::string_view& row, const RowRules* rules) {
   if (!planned_) {
-    fast_ = Plan(ctx, columns);
+    fast_ = Plan(ctx, columns, rules);
     planned_ = true;
   }
   const bool marked = fast_ && line.size() <= LineMarks::kMaxBytes;
@@ -239,15 +251,18 @@ bool FastCsvRows::Cut(Context& ctx, std::vector<clsColumn>& columns, std::string
   // printed columns.
   const bool tabs =
       marked ? ctx.tabSize > 0 && marks_->tab : clsLineProcessor::ExpandsTabs(line, ctx.tabSize);
+  // So is a carried line that needs either.
   if (!fast_ || tabs ||
-      (ctx.lineProcessor.Utf8() && (marked ? marks_->beyondAscii : !IsAscii(line)))) {
+      (ctx.lineProcessor.Utf8() && (marked ? marks_->beyondAscii : !IsAscii(line))) ||
+      (carries_ &&
+       (rules->CarriedTabs() || (ctx.lineProcessor.Utf8() && !rules->CarriedAscii())))) {
     planned_ = false;  // AppendCsvValue works the operators out again
     return false;
   }
   pending_ = line;
   has_pending_ = true;
   bool warned = false;
-  row = WriteRow(ctx, line, lineNumber, marked ? marks_.get() : nullptr, warned);
+  row = WriteRow(ctx, line, lineNumber, marked ? marks_.get() : nullptr, rules, warned);
   if (warned) planned_ = false;  // the user interface had its turn
   return true;
 }

@@ -17,6 +17,7 @@
 namespace kroveld {
 
 class Context;
+class RowRules;
 
 class FastCsvRows {
  public:
@@ -27,9 +28,10 @@ class FastCsvRows {
 
   // Cuts `line` into a CSV row, returned in `row` (valid until the next call). False when the row
   // must go through the line processor instead (a column that needs it, or a tab to expand).
-  // `lineNumber` is the report line, for the note on values a typed column keeps as text.
+  // `lineNumber` is the report line, for the note on values a typed column keeps as text. With
+  // `rules`, the columns that carry are cut from their carried lines.
   bool Cut(Context& ctx, std::vector<clsColumn>& columns, std::string_view line,
-           std::int64_t lineNumber, std::string_view& row);
+           std::int64_t lineNumber, std::string_view& row, const RowRules* rules = nullptr);
   // Gives slot 1 the line it still owes it, and plans the columns again afterwards: to be called
   // before the user interface has its turn and when the table ends.
   void Settle(Context& ctx);
@@ -43,13 +45,15 @@ class FastCsvRows {
     long long from = 0;
     long long width = 0;
     clsColumn* typed = nullptr;  // the column, when it has a Type: its value is converted
+    bool carried = false;        // cut from the column's carried line, not the current one
   };
   struct LineMarks;  // where a line holds the bytes that matter to its fields
-  bool Plan(const Context& ctx, std::vector<clsColumn>& columns);
-  std::string_view WriteRow(Context& ctx, std::string_view line, std::int64_t lineNumber,
-                            const LineMarks* marks, bool& warned);
+  bool Plan(const Context& ctx, std::vector<clsColumn>& columns, const RowRules* rules);
+  std::string_view WriteRow(Context& ctx, std::string_view current, std::int64_t lineNumber,
+                            const LineMarks* marks, const RowRules* rules, bool& warned);
 
   std::vector<ColumnCut> cuts_;
+  bool carries_ = false;        // some column is cut from a carried line
   long long widest_ = 0;        // the widths of all cuts together: no row is longer than twice that
   std::size_t typed_room_ = 0;  // row room the converted values may need beyond their fields
   std::unique_ptr<LineMarks> marks_;

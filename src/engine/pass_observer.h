@@ -32,6 +32,9 @@ class PassObserver {
   virtual void TableKeysSearched(const clsTable& table, const TableBlock& block) = 0;
   // The table wrote its rows: sheet 1 rows firstRow..lastRow (lastRow < firstRow: none).
   virtual void TableRowsWritten(const clsTable& table, int firstRow, int lastRow) = 0;
+  // The table's row filters passed over `lines` lines of its block (called after TableRowsWritten,
+  // only for a table with row filters).
+  virtual void TableLinesFiltered(const clsTable& /*table*/, std::int64_t /*lines*/) {}
   // The title wrote its lines from row `firstRow` of its sheet.
   virtual void TitleWritten(const clsTitle& title, int firstRow) = 0;
 };

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,16 @@ class clsTable {
   int ReadEndLineOffset = 0;
   int TotalColumns = 0;
   std::vector<clsColumn> Columns;
+
+  // Optional keys, after the fixed ones (empty / unset: not in the recipe). Row filters: which
+  // lines of the block become rows. Pattern keys: the first line matching the pattern is the key
+  // line, in place of the key text. Totals: lines that print the totals of the rows above them.
+  std::optional<bool> SkipBlankLines;
+  std::string SkipLinesMatching;
+  std::string KeepLinesMatching;
+  std::string ReadStartPattern;
+  std::string ReadEndPattern;
+  std::string TotalLinesMatching;
 
   // Opens the file, reads section "Table n" and its columns, closes it. False after a message.
   bool ReadFromFile(UiPort& ui, const std::string& path, int number);

@@ -1,10 +1,12 @@
 // The key search of a table and the checks on the block it gives.
 #include "engine/table_block.h"
 
+#include <functional>
 #include <string_view>
 #include <vector>
 
 #include "engine/context.h"
+#include "engine/pattern.h"
 #include "engine/section_keys.h"
 #include "engine/table.h"
 #include "util/strings.h"
@@ -16,14 +18,48 @@ void FailTable(Context& ctx, const std::string& text) {
   ctx.recipe.ExportSpecs.Failed = true;
 }
 
+namespace {
+
+// The first line (from 1) of the file matching each pattern that is not empty; the byte offset of
+// a line found this way is not known (-1), so reading the rows starts from line 1.
+void FindFirstLinesMatching(const std::string& path, const Pattern* patterns[2], KeyLine found[2],
+                            const std::function<void()>& afterBlock) {
+  TextFile file;
+  if (!file.Open(path)) return;
+  int wanted = 0;
+  for (int k = 0; k < 2; ++k) wanted += patterns[k]->Empty() ? 0 : 1;
+  std::string_view line;
+  std::int64_t number = 0;
+  while (wanted > 0 && file.ReadLine(line)) {
+    ++number;
+    for (int k = 0; k < 2; ++k) {
+      if (found[k].line == 0 && !patterns[k]->Empty() && patterns[k]->Matches(line)) {
+        found[k] = KeyLine{number, -1};
+        --wanted;
+      }
+    }
+    if ((number & 0xFFFF) == 0) afterBlock();
+  }
+}
+
+}  // namespace
+
 bool LocateTableBlock(Context& ctx, const clsTable& table, TextFile* keyText, LocatedBlock& block) {
   UiPort& ui = ctx.ui;
-  // Both keys are searched from line 1 of the first input file taking part, in one pass that
-  // stops as soon as both are found.
-  block.keyFile = ctx.recipe.InputFilePath(ctx.recipe.InputFileFirst);
-  const std::string_view keys[] = {table.ReadStartLine, table.ReadEndLine};
+  const std::string section = "Table " + ToText(static_cast<long long>(table.Number));
+  // A pattern key takes the place of its key text.
+  Pattern patterns[2];
+  const std::string* patternTexts[2] = {&table.ReadStartPattern, &table.ReadEndPattern};
+  const char* patternNames[2] = {"ReadStartPattern", "ReadEndPattern"};
+  for (int k = 0; k < 2; ++k) {
+    std::string why;
+    if (!patterns[k].Compile(*patternTexts[k], why)) {
+      FailTable(ctx, PatternError(section, patternNames[k], *patternTexts[k], why));
+      return false;
+    }
+  }
   // A block of the search takes a millisecond or two: the window stays live through it.
-  const auto breathe = [&ui, &ctx, &table] {
+  const auto afterBlock = [&ui, &ctx, &table] {
     RunProgress& progress = ctx.run.progress;
     progress.table = table.Number;
     progress.row = progress.rows = 0;
@@ -31,14 +67,31 @@ bool LocateTableBlock(Context& ctx, const clsTable& table, TextFile* keyText, Lo
     ui.Progress(progress);
     ui.ProcessEvents();
   };
-  const std::vector<KeyLine> found =
-      keyText != nullptr && keyText->IsMapped()
-          ? FindFirstLinesContaining(keyText->MappedBytes(), keys,
-                                     [&breathe, keyText](std::int64_t searched) {
-                                       keyText->ReleaseBefore(searched);
-                                       breathe();
-                                     })
-          : FindFirstLinesContaining(block.keyFile, keys, breathe);
+  // Both keys are searched from line 1 of the first input file taking part, in one pass that
+  // stops as soon as both are found.
+  block.keyFile = ctx.recipe.InputFilePath(ctx.recipe.InputFileFirst);
+  KeyLine found[2];
+  if (patterns[0].Empty() || patterns[1].Empty()) {
+    std::vector<std::string_view> texts;
+    if (patterns[0].Empty()) texts.push_back(table.ReadStartLine);
+    if (patterns[1].Empty()) texts.push_back(table.ReadEndLine);
+    const std::vector<KeyLine> lines =
+        keyText != nullptr && keyText->IsMapped()
+            ? FindFirstLinesContaining(keyText->MappedBytes(), texts,
+                                       [&afterBlock, keyText](std::int64_t searched) {
+                                         keyText->ReleaseBefore(searched);
+                                         afterBlock();
+                                       })
+            : FindFirstLinesContaining(block.keyFile, texts, afterBlock);
+    std::size_t next = 0;
+    for (int k = 0; k < 2; ++k) {
+      if (patterns[k].Empty()) found[k] = lines[next++];
+    }
+  }
+  if (!patterns[0].Empty() || !patterns[1].Empty()) {
+    const Pattern* both[2] = {&patterns[0], &patterns[1]};
+    FindFirstLinesMatching(block.keyFile, both, found, afterBlock);
+  }
   block.top = found[0];
   block.bottom = found[1];
   block.startLine = block.endLine = 0;
@@ -50,20 +103,24 @@ bool LocateTableBlock(Context& ctx, const clsTable& table, TextFile* keyText, Lo
     ctx.observer->TableKeysSearched(
         table, TableBlock{block.top.line, block.bottom.line, block.startLine, block.endLine});
   }
-  const std::string section = "Table " + ToText(static_cast<long long>(table.Number));
+  // The messages name the pattern when the key is one.
+  const std::string topName = patterns[0].Empty() ? "ReadStartLine" : "ReadStartPattern";
+  const std::string& topText = patterns[0].Empty() ? table.ReadStartLine : table.ReadStartPattern;
+  const std::string bottomName = patterns[1].Empty() ? "ReadEndLine" : "ReadEndPattern";
+  const std::string& bottomText = patterns[1].Empty() ? table.ReadEndLine : table.ReadEndPattern;
   if (block.top.line == 0) {
-    FailTable(ctx, "Error in Table specs: Can not find ReadStartLine: " + table.ReadStartLine);
-    NoteMissingKey(ui, section, "ReadStartLine", table.ReadStartLine);
+    FailTable(ctx, "Error in Table specs: Can not find " + topName + ": " + topText);
+    NoteMissingKey(ui, section, topName, topText);
     return false;
   }
   if (block.bottom.line == 0) {
-    FailTable(ctx, "Error in Table specs: Can not find ReadEndLine: " + table.ReadEndLine);
-    NoteMissingKey(ui, section, "ReadEndLine", table.ReadEndLine);
+    FailTable(ctx, "Error in Table specs: Can not find " + bottomName + ": " + bottomText);
+    NoteMissingKey(ui, section, bottomName, bottomText);
     return false;
   }
   if (block.endLine < block.startLine) {
-    FailTable(ctx, "Error in Table specs: ReadEndLine key text [" + table.ReadEndLine +
-                       "] was found before ReadStartLine key text [" + table.ReadStartLine + "]");
+    FailTable(ctx, "Error in Table specs: " + KeyWords(bottomName, bottomText) +
+                       " was found before " + KeyWords(topName, topText));
     return false;
   }
   // The end lies at or after the start: a block that ends before line 1 starts there too.

@@ -1,4 +1,5 @@
 // Reading, writing and listing of table sections ("Table n" and their column sections).
+#include "engine/optional_keys.h"
 #include "engine/section_keys.h"
 #include "engine/table.h"
 #include "util/profile.h"
@@ -18,19 +19,36 @@ bool clsTable::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number,
   Number = number;
   Columns.clear();
 
-  ReadStartLine = GetProfileValue(file, section, "ReadStartLine", kMissing);
+  // A table that finds its block by a pattern may leave out the key text: its fixed keys are then
+  // looked up by name, since the sequential lookup would run past the missing one.
+  std::string startPattern;
+  std::string endPattern;
+  if (!ReadPatternKey(ui, keys, section, "ReadStartPattern", startPattern) ||
+      !ReadPatternKey(ui, keys, section, "ReadEndPattern", endPattern)) {
+    return false;
+  }
+  FixedKeys fixed(file, keys, section, !startPattern.empty() || !endPattern.empty());
+  ReadStartLine = fixed.Get("ReadStartLine", kMissing);
   if (ReadStartLine == kMissing) {
-    ShowSectionError(ui, section, " : Invalid ReadStartLine!");
-    return false;
+    if (startPattern.empty()) {
+      ShowSectionError(ui, section, " : Invalid ReadStartLine!");
+      return false;
+    }
+    ReadStartLine.clear();
   }
-  if (!ReadOffsetKey(ui, file, section, "ReadStartLineOffset", ReadStartLineOffset)) return false;
-  ReadEndLine = GetProfileValue(file, "", "ReadEndLine", kMissing);
+  if (!fixed.Offset(ui, "ReadStartLineOffset", ReadStartLineOffset)) return false;
+  ReadEndLine = fixed.Get("ReadEndLine", kMissing);
   if (ReadEndLine == kMissing) {
-    ShowSectionError(ui, section, " : Invalid ReadEndLine!");
-    return false;
+    if (endPattern.empty()) {
+      ShowSectionError(ui, section, " : Invalid ReadEndLine!");
+      return false;
+    }
+    ReadEndLine.clear();
   }
-  if (!ReadOffsetKey(ui, file, section, "ReadEndLineOffset", ReadEndLineOffset)) return false;
-  TotalColumns = ValidatedNumber(GetProfileValue(file, "", "TotalColumns", kMissing));
+  if (!fixed.Offset(ui, "ReadEndLineOffset", ReadEndLineOffset)) return false;
+  ReadStartPattern = startPattern;
+  ReadEndPattern = endPattern;
+  TotalColumns = ValidatedNumber(fixed.Get("TotalColumns", kMissing));
   if (TotalColumns < 1) {
     ShowSectionError(ui, section, "Number of Columns must be > 0!");
     return false;
@@ -38,6 +56,13 @@ bool clsTable::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number,
   if (TotalColumns > kMaxTableColumns) {
     ShowSectionError(ui, section,
                      " : Number of columns must be at most " + ToText(kMaxTableColumns) + "!");
+    return false;
+  }
+
+  if (!ReadSwitchKey(ui, keys, section, "SkipBlankLines", SkipBlankLines) ||
+      !ReadPatternKey(ui, keys, section, "SkipLinesMatching", SkipLinesMatching) ||
+      !ReadPatternKey(ui, keys, section, "KeepLinesMatching", KeepLinesMatching) ||
+      !ReadPatternKey(ui, keys, section, "TotalLinesMatching", TotalLinesMatching)) {
     return false;
   }
 
@@ -50,11 +75,24 @@ bool clsTable::ReadFromFileSequentially(UiPort& ui, TextFile& file, int number,
 
 void clsTable::WriteToFile(PrivateProfile& file, int number) const {
   const std::string section = "Table " + ToText(number);
-  file.Set(section, "ReadStartLine", ReadStartLine);
+  // A key text left out for a pattern stays out.
+  if (!ReadStartLine.empty() || ReadStartPattern.empty())
+    file.Set(section, "ReadStartLine", ReadStartLine);
   file.Set(section, "ReadStartLineOffset", ToText(ReadStartLineOffset));
-  file.Set(section, "ReadEndLine", ReadEndLine);
+  if (!ReadEndLine.empty() || ReadEndPattern.empty()) file.Set(section, "ReadEndLine", ReadEndLine);
   file.Set(section, "ReadEndLineOffset", ToText(ReadEndLineOffset));
   file.Set(section, "TotalColumns", ToText(static_cast<long long>(Columns.size())));
+  // The optional keys only when set, after the fixed ones, so an older recipe writes itself back
+  // as it was.
+  const auto setIf = [&](std::string_view key, const std::string& value) {
+    if (!value.empty()) file.Set(section, std::string(key), value);
+  };
+  setIf("ReadStartPattern", ReadStartPattern);
+  setIf("ReadEndPattern", ReadEndPattern);
+  if (SkipBlankLines) file.Set(section, "SkipBlankLines", *SkipBlankLines ? "TRUE" : "FALSE");
+  setIf("SkipLinesMatching", SkipLinesMatching);
+  setIf("KeepLinesMatching", KeepLinesMatching);
+  setIf("TotalLinesMatching", TotalLinesMatching);
   for (std::size_t c = 0; c < Columns.size(); ++c) {
     Columns[c].WriteToFile(file, number, static_cast<int>(c + 1));
   }
@@ -67,6 +105,16 @@ std::string clsTable::PropertyPrint() const {
   out += "ReadEndLine = " + ReadEndLine + "\n";
   out += "ReadEndLineOffset = " + ToText(ReadEndLineOffset) + "\n";
   out += "TotalColumns = " + ToText(TotalColumns) + "\n";
+  const auto printIf = [&out](std::string_view key, const std::string& value) {
+    if (!value.empty()) out += std::string(key) + " = " + value + "\n";
+  };
+  printIf("ReadStartPattern", ReadStartPattern);
+  printIf("ReadEndPattern", ReadEndPattern);
+  if (SkipBlankLines)
+    out += std::string("SkipBlankLines = ") + (*SkipBlankLines ? "TRUE" : "FALSE") + "\n";
+  printIf("SkipLinesMatching", SkipLinesMatching);
+  printIf("KeepLinesMatching", KeepLinesMatching);
+  printIf("TotalLinesMatching", TotalLinesMatching);
   for (const clsColumn& column : Columns) out += column.PropertyPrint();
   return out;
 }

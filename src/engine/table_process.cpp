@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "engine/context.h"
+#include "engine/row_rules.h"
 #include "engine/table.h"
 #include "engine/table_block.h"
 #include "engine/table_rows.h"
@@ -48,7 +49,14 @@ void clsTable::Process(Context& ctx) {
 
   LocatedBlock block;
   if (!LocateTableBlock(ctx, *this, keysInFile ? &file : nullptr, block)) return;
-  TableRowWriter rows(ctx, *this, block.startLine, block.endLine);
+  // Row filters, carried columns and the totals check, when the table has any.
+  RowRules rules;
+  std::string ruleError;
+  if (!rules.Prepare(*this, ctx.tabSize, ctx.lineProcessor.Utf8(), ruleError)) {
+    FailTable(ctx, ruleError);
+    return;
+  }
+  TableRowWriter rows(ctx, *this, block.startLine, block.endLine, &rules);
   if (!file.IsOpen() && !file.OpenMapped(inputPath)) {
     FailTable(ctx, "Error in Table specs: Can not read input file: " + file.Error());
     return;

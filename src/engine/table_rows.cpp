@@ -3,6 +3,7 @@
 #include "engine/table_rows.h"
 
 #include "engine/context.h"
+#include "engine/row_rules.h"
 #include "engine/table.h"
 #include "engine/table_block.h"
 #include "util/strings.h"
@@ -10,13 +11,14 @@
 namespace kroveld {
 
 TableRowWriter::TableRowWriter(Context& ctx, clsTable& table, std::int64_t startLine,
-                               std::int64_t endLine)
+                               std::int64_t endLine, RowRules* rules)
     : ctx_(ctx),
       table_(table),
       start_(startLine),
       total_(endLine - startLine + 1),
       csv_(!ctx.sink->HoldsCells()),
-      baseRow_(ctx.recipe.ExportSpecs.getWritePointer(ctx.ui, 1)) {
+      baseRow_(ctx.recipe.ExportSpecs.getWritePointer(ctx.ui, 1)),
+      rules_(rules != nullptr && rules->Active() ? rules : nullptr) {
   for (clsColumn& column : table.Columns) column.StartTypedValues();
 }
 
@@ -48,11 +50,22 @@ bool TableRowWriter::TakeTurn(std::int64_t lineNumber) {
 }
 
 TableRowWriter::Next TableRowWriter::Write(std::int64_t lineNumber, std::string_view line) {
+  if (rules_ != nullptr) {
+    const bool row = rules_->Admit(ctx_, lineNumber, line);
+    if (rules_->HasMessages()) {
+      fast_.Settle(ctx_);
+      rules_->ShowMessages(ctx_);
+    }
+    if (!row) {
+      ++filtered_;
+      return Next::Row;
+    }
+  }
   // The usual CSV row (no status text due, the columns checked on the first row) is cut straight
   // from the line when the columns allow it.
-  if (csv_ && !due_ && lineNumber != start_) {
+  if (csv_ && !due_ && rowIndex_ != 0) {
     std::string_view row;
-    if (fast_.Cut(ctx_, table_.Columns, line, lineNumber, row)) {
+    if (fast_.Cut(ctx_, table_.Columns, line, lineNumber, row, rules_)) {
       ++rowIndex_;
       ctx_.sink->WriteCsvRow(row);
       return Next::Row;
@@ -70,8 +83,17 @@ TableRowWriter::Next TableRowWriter::WriteThroughColumns(std::int64_t lineNumber
   csvLine_.clear();
   bool placed = false;  // a typed column has taken its place in the CSV row
   const std::size_t columnCount = table_.Columns.size();
+  bool carriedInSlot = false;  // slot 1 holds a carried line instead of this one
   for (std::size_t c = 0; c < columnCount; ++c) {
     clsColumn& column = table_.Columns[c];
+    // A carried column reads its positions from its carried line, put into slot 1 for it.
+    if (rules_ != nullptr && rules_->Carries(c)) {
+      ctx_.lineProcessor.SetPeriod1Line(rules_->CarriedLine(c), ctx_.tabSize);
+      carriedInSlot = true;
+    } else if (carriedInSlot) {
+      ctx_.lineProcessor.SetPeriod1Line(line, ctx_.tabSize);
+      carriedInSlot = false;
+    }
     if (due_) {
       status_ = ctx_.statusPrefix;
       status_ += " (col ";
@@ -81,7 +103,7 @@ TableRowWriter::Next TableRowWriter::WriteThroughColumns(std::int64_t lineNumber
       status_ += ')';
       ui.Status(3, status_);
     }
-    if (lineNumber == start_ &&
+    if (rowIndex_ == 0 &&
         (column.ReadColumnStart < 1 || column.ReadColumnEnd < column.ReadColumnStart)) {
       FailTable(ctx_, "Invalid table specs (column " + ToText(static_cast<long long>(c) + 1) +
                           "): ReadColumnStart is smaller than 1 or larger than ReadColumnEnd!");
@@ -97,6 +119,7 @@ TableRowWriter::Next TableRowWriter::WriteThroughColumns(std::int64_t lineNumber
       column.Process(ctx_, baseRow_ + rowIndex_, lineNumber);
     }
   }
+  if (carriedInSlot) ctx_.lineProcessor.SetPeriod1Line(line, ctx_.tabSize);
   ++rowIndex_;
   if (csv_) {
     ctx_.sink->WriteCsvRow(csvLine_);
@@ -115,12 +138,15 @@ void TableRowWriter::Finish() {
   for (std::size_t c = 0; c < table_.Columns.size(); ++c) {
     table_.Columns[c].NoteKeptAsText(ctx_.ui, table_.Number, static_cast<int>(c) + 1);
   }
+  if (rules_ != nullptr) rules_->Finish(ctx_);
   ctx_.run.tally.rowsWritten += static_cast<std::uint64_t>(rowIndex_);
   ctx_.recipe.ExportSpecs.setWritePointer(ctx_.ui, 1, baseRow_ + rowIndex_);
   table_.FirstRowWritten = baseRow_;
   table_.LastRowWritten = baseRow_ + rowIndex_ - 1;
-  if (ctx_.observer != nullptr)
+  if (ctx_.observer != nullptr) {
     ctx_.observer->TableRowsWritten(table_, table_.FirstRowWritten, table_.LastRowWritten);
+    if (rules_ != nullptr) ctx_.observer->TableLinesFiltered(table_, filtered_);
+  }
 }
 
 }  // namespace kroveld

@@ -14,11 +14,14 @@
 namespace kroveld {
 
 class clsTable;
+class RowRules;
 
 class TableRowWriter {
  public:
-  // The block runs from startLine to endLine (both at least 1).
-  TableRowWriter(Context& ctx, clsTable& table, std::int64_t startLine, std::int64_t endLine);
+  // The block runs from startLine to endLine (both at least 1). `rules`, when given, decides
+  // which lines become rows and gives the carried columns their lines; it outlives the writer.
+  TableRowWriter(Context& ctx, clsTable& table, std::int64_t startLine, std::int64_t endLine,
+                 RowRules* rules = nullptr);
 
   // What the table does after a line.
   enum class Next {
@@ -34,7 +37,8 @@ class TableRowWriter {
     if (!due_ && !ctx_.run.stopRequested.load(std::memory_order_relaxed)) return true;
     return TakeTurn(lineNumber);
   }
-  // Line `lineNumber` of the block (empty past the end of the report) becomes a row.
+  // Line `lineNumber` of the block (empty past the end of the report) becomes a row, unless the
+  // table's rules pass it over.
   Next Write(std::int64_t lineNumber, std::string_view line);
   // Before a message of the caller: slot 1 gets the line it is owed.
   void Settle();
@@ -52,10 +56,12 @@ class TableRowWriter {
   const bool csv_;
   const int baseRow_;
   int rowIndex_ = 0;
-  bool due_ = false;  // this row shows a status text
+  std::int64_t filtered_ = 0;  // lines of the block the row filters passed over
+  bool due_ = false;           // this row shows a status text
   std::string csvLine_;
   std::string status_;
   FastCsvRows fast_;
+  RowRules* rules_;
 };
 
 }  // namespace kroveld

@@ -18,6 +18,11 @@ const std::vector<std::string> kColKeys = {"ReadColumnStart", "ReadColumnEnd", "
 const std::vector<std::string> kConKeys = {"Table", "ReadAccountsColumn", "TotalDepartments"};
 const std::vector<std::string> kDeptKeys = {"ReadStartLine", "ReadStartLineOffset", "ReadEndLine",
                                             "ReadEndLineOffset"};
+const std::vector<std::string> kTableOptionalKeys = {"ReadStartPattern",  "ReadEndPattern",
+                                                     "SkipBlankLines",    "SkipLinesMatching",
+                                                     "KeepLinesMatching", "TotalLinesMatching"};
+const std::vector<std::string> kColOptionalKeys = {"CarryFrom"};
+const std::vector<std::string> kDeptOptionalKeys = {"ReadStartPattern", "ReadEndPattern"};
 const std::vector<std::string> kShortTableKeys = {"ReadStartLine", "ReadStartLineOffset",
                                                   "ReadEndLine",   "ReadEndLineOffset",
                                                   "Parsing",       "WriteColumn"};

@@ -18,6 +18,10 @@ extern const std::vector<std::string> kTableKeys;
 extern const std::vector<std::string> kColKeys;
 extern const std::vector<std::string> kConKeys;
 extern const std::vector<std::string> kDeptKeys;
+// Keys that may follow the fixed keys of tables, columns and departments (looked up by name).
+extern const std::vector<std::string> kTableOptionalKeys;
+extern const std::vector<std::string> kColOptionalKeys;
+extern const std::vector<std::string> kDeptOptionalKeys;
 extern const std::vector<std::string> kShortTableKeys;
 // Keys whose values are free text, where a ";" is more likely part of the text than a comment.
 extern const std::vector<std::string> kTextKeys;

@@ -11,6 +11,7 @@
 #include <set>
 #include <unordered_map>
 
+#include "engine/pattern.h"
 #include "engine/section_keys.h"
 #include "util/profile.h"
 #include "util/strings.h"
@@ -188,6 +189,23 @@ class Linter {
     return Lookup(cursor, section, key, def, current, trim);
   }
 
+  // Whether the section under heading line `heading` has a line for `key`.
+  bool SectionHasKey(int heading, std::string_view key) const {
+    for (std::size_t i = static_cast<std::size_t>(heading) + 1; i < lines_.size(); ++i) {
+      const Line& l = lines_[i];
+      if (l.heading) break;
+      const std::size_t eq = l.text.find('=');
+      if (eq != std::string_view::npos && Trim(l.text.substr(0, eq)) == key) return true;
+    }
+    return false;
+  }
+
+  // Whether a table or department finds a key line by pattern: its fixed keys are then looked
+  // up by name, each from the top of the section.
+  bool UsesPatternKeys(int heading) const {
+    return SectionHasKey(heading, "ReadStartPattern") || SectionHasKey(heading, "ReadEndPattern");
+  }
+
   SectionState& State(int heading, std::string kind, const std::vector<std::string>& keys) {
     SectionState& s = states_[heading];
     s.kind = std::move(kind);
@@ -361,25 +379,30 @@ class Linter {
     SectionState& st = State(h, "Table", kTableKeys);
     std::string& stopped = tableStopped_[static_cast<std::size_t>(number)];
     auto stop = [&](const char* key) { st.stoppedAt = stopped = key; };
-    if (start.value == kMissing) {
+    const bool byName = UsesPatternKeys(h);
+    const std::size_t top = static_cast<std::size_t>(h) + 1;
+    auto next = [&]() -> std::size_t& { return byName ? (cursor = top) : cursor; };
+    if (start.value == kMissing && !(byName && SectionHasKey(h, "ReadStartPattern"))) {
       NotePlaceholder(h, section, "ReadStartLine", "Table");
       return stop("ReadStartLine");
     }
     int offset = 0;
-    if (!ParseLong(Lookup(cursor, "", "ReadStartLineOffset", "0", h).value, offset)) {
+    if (!ParseLong(Lookup(next(), "", "ReadStartLineOffset", "0", h).value, offset)) {
       return stop("ReadStartLineOffset");
     }
-    if (Lookup(cursor, "", "ReadEndLine", kMissing, h).value == kMissing) {
+    if (Lookup(next(), "", "ReadEndLine", kMissing, h).value == kMissing &&
+        !(byName && SectionHasKey(h, "ReadEndPattern"))) {
       NotePlaceholder(h, section, "ReadEndLine", "Table");
       return stop("ReadEndLine");
     }
-    if (!ParseLong(Lookup(cursor, "", "ReadEndLineOffset", "0", h).value, offset)) {
+    if (!ParseLong(Lookup(next(), "", "ReadEndLineOffset", "0", h).value, offset)) {
       return stop("ReadEndLineOffset");
     }
-    const int columns = ValidatedNumber(Lookup(cursor, "", "TotalColumns", kMissing, h).value);
+    const int columns = ValidatedNumber(Lookup(next(), "", "TotalColumns", kMissing, h).value);
     if (columns < 1 || columns > kMaxTableColumns) return stop("TotalColumns");
     st.count = columns;
     tableColumns_[static_cast<std::size_t>(number)] = columns;
+    if (byName) cursor = top;
     for (int c = 1; c <= columns; ++c) ReadColumn(cursor, number, c);
   }
 
@@ -443,21 +466,26 @@ class Linter {
       return;
     }
     SectionState& st = State(h, "Dept", kDeptKeys);
-    if (start.value == kMissing) {
+    const bool byName = UsesPatternKeys(h);
+    const std::size_t top = static_cast<std::size_t>(h) + 1;
+    auto next = [&]() -> std::size_t& { return byName ? (cursor = top) : cursor; };
+    if (start.value == kMissing && !(byName && SectionHasKey(h, "ReadStartPattern"))) {
       NotePlaceholder(h, section, "ReadStartLine", "Department");
       return void(st.stoppedAt = "ReadStartLine");
     }
     int offset = 0;
-    if (!ParseLong(Lookup(cursor, "", "ReadStartLineOffset", "0", h).value, offset)) {
+    if (!ParseLong(Lookup(next(), "", "ReadStartLineOffset", "0", h).value, offset)) {
       return void(st.stoppedAt = "ReadStartLineOffset");
     }
-    if (Lookup(cursor, "", "ReadEndLine", kMissing, h).value == kMissing) {
+    if (Lookup(next(), "", "ReadEndLine", kMissing, h).value == kMissing &&
+        !(byName && SectionHasKey(h, "ReadEndPattern"))) {
       NotePlaceholder(h, section, "ReadEndLine", "Department");
       return void(st.stoppedAt = "ReadEndLine");
     }
-    if (!ParseLong(Lookup(cursor, "", "ReadEndLineOffset", "0", h).value, offset)) {
+    if (!ParseLong(Lookup(next(), "", "ReadEndLineOffset", "0", h).value, offset)) {
       st.stoppedAt = "ReadEndLineOffset";
     }
+    if (byName) cursor = top;
   }
 
   void ReadShortRecipe() {
@@ -553,6 +581,16 @@ class Linter {
               !Contains(lost, s.key)) {
             lost.push_back(s.key);
           }
+        }
+        // A pattern such as ^[A-Z] after the fixed keys is looked up by name; the "[" only ends
+        // the sequential lookup, which has nothing left to read there.
+        const std::size_t eq = l.text.find('=');
+        const auto state = states_.find(l.owner);
+        // (PeriodOperator read as missing is blank, as when it is left out.)
+        std::erase(lost, std::string("PeriodOperator"));
+        if (lost.empty() && state != states_.end() &&
+            IsOptionalKey(state->second.kind, Trim(l.text.substr(0, eq)))) {
+          continue;
         }
         std::string text = "the \"[\" in this value ends the section for the key lookup";
         if (!lost.empty()) {
@@ -683,7 +721,10 @@ class Linter {
   void NoteLines() {
     for (std::size_t i = 0; i < lines_.size(); ++i) {
       const Line& l = lines_[i];
-      if (l.heading || l.bracket) continue;
+      if (l.heading || l.bracket) {
+        if (l.valueBracket) NoteBracketedOptionalKey(i);
+        continue;
+      }
       const int line = static_cast<int>(i) + 1;
       const std::string_view text = Trim(l.text);
       if (text.empty() || text[0] == ';') continue;
@@ -705,9 +746,62 @@ class Linter {
       }
       const auto state = states_.find(l.owner);
       if (state == states_.end()) continue;
+      if (IsOptionalKey(state->second.kind, key)) {
+        NoteOptionalKey(i, key, section);
+        continue;
+      }
       std::string note = UnreadKey(i, key, state->second);
       if (!note.empty()) Add(line, section, std::move(note));
     }
+  }
+
+  // The keys a section may hold after its fixed ones; they are looked up by name.
+  static bool IsOptionalKey(std::string_view kind, std::string_view key) {
+    if (kind == "Table") return Contains(kTableOptionalKeys, key);
+    if (kind == "Col") return Contains(kColOptionalKeys, key);
+    if (kind == "Dept") return Contains(kDeptOptionalKeys, key);
+    return false;
+  }
+
+  // An optional key is read wherever it stands in its section; only a second one, a blank one
+  // and a value the loader refuses are worth a note.
+  void NoteOptionalKey(std::size_t i, const std::string& key, const std::string& section) {
+    const int line = static_cast<int>(i) + 1;
+    const int owner = lines_[i].owner;
+    for (std::size_t j = static_cast<std::size_t>(owner) + 1; j < i; ++j) {
+      const std::size_t eq = lines_[j].text.find('=');
+      if (eq != std::string_view::npos && Trim(lines_[j].text.substr(0, eq)) == key &&
+          !Trim(ValueText(static_cast<int>(j))).empty()) {
+        Add(line, section,
+            "'" + key + "' is given again: only the first one (line " +
+                ToText(static_cast<long long>(j) + 1) + ") is read");
+        return;
+      }
+    }
+    const std::string value(Trim(ValueText(static_cast<int>(i))));
+    if (value.empty()) {
+      Add(line, section, "'" + key + "' is blank: it is the same as leaving it out");
+    } else if (key == "SkipBlankLines") {
+      const std::string upper = UpperAscii(value);
+      if (upper != "TRUE" && upper != "FALSE") {
+        Add(line, section, "SkipBlankLines must be TRUE or FALSE, not '" + value + "'");
+      }
+    } else {
+      Pattern pattern;
+      std::string why;
+      if (!pattern.Compile(value, why)) {
+        Add(line, section, "the " + key + " pattern does not compile: " + why);
+      }
+    }
+  }
+
+  // A pattern holding "[" is no line for the sequential lookup, but its value is checked.
+  void NoteBracketedOptionalKey(std::size_t i) {
+    const Line& l = lines_[i];
+    const auto state = states_.find(l.owner);
+    if (state == states_.end()) return;
+    const std::string key(Trim(l.text.substr(0, l.text.find('='))));
+    if (IsOptionalKey(state->second.kind, key)) NoteOptionalKey(i, key, SectionName(l.owner));
   }
 
   void NoteAboveFirstSection(int line, const std::string& key) {
@@ -748,7 +842,13 @@ class Linter {
         (rest == "Title" || rest == "FileName")) {
       return text + "'" + key + "' is not read: only input files 1 to 12 are";
     }
-    const std::string nearest = Nearest(key, keys);
+    std::vector<std::string> candidates = keys;
+    for (const auto* optional : {&kTableOptionalKeys, &kColOptionalKeys, &kDeptOptionalKeys}) {
+      for (const std::string& k : *optional) {
+        if (IsOptionalKey(st.kind, k)) candidates.push_back(k);
+      }
+    }
+    const std::string nearest = Nearest(key, candidates);
     if (!nearest.empty()) {
       return text + "unknown key '" + key + "'; did you mean '" + nearest + "'?";
     }

@@ -82,6 +82,41 @@ TEST_F(Consolidation, RepeatedAccountsAreAddedIntoTheFirstRow) {
   EXPECT_FALSE(specs().Failed);
 }
 
+// Departments found by patterns in place of key texts, and the messages that name a pattern.
+TEST_F(Consolidation, DepartmentsFoundByPatterns) {
+  con.Departments[0].ReadStartLine.clear();
+  con.Departments[0].ReadStartPattern = "^Dept [0-9]$";
+  con.Departments[1].ReadStartPattern = "^Dept 2";
+  con.Departments[1].ReadEndLine.clear();
+  con.Departments[1].ReadEndPattern = "^Total [2-9]";
+  con.Process(ctx);
+  EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
+  EXPECT_EQ(con.AccNames, (std::vector<std::string>{"A", "B", "C"}));
+  EXPECT_EQ(con.DupAccReadRowNumbers, std::vector<int>{6});
+
+  struct Case {
+    std::string start, end, message;
+  } cases[] = {
+      {"^Nothing", "", "Error in Department specs: Can not find ReadStartPattern: ^Nothing"},
+      {"", "^Total 9", "Error in Department specs: Can not find ReadEndPattern: ^Total 9"},
+      {"^Dept 2", "^Total 1",
+       "Error in Table specs: ReadEndPattern [^Total 1] was found before ReadStartPattern "
+       "[^Dept 2]"},
+  };
+  for (const Case& c : cases) {
+    ui.messages.clear();
+    clsDepartment& dept = con.Departments[1];
+    dept.ReadStartLine = "Dept 2";
+    dept.ReadEndLine = "Total 2";
+    dept.ReadStartPattern = c.start;
+    dept.ReadEndPattern = c.end;
+    con.Process(ctx);
+    ASSERT_FALSE(ui.messages.empty()) << c.message;
+    EXPECT_EQ(ui.messages[0].text, c.message);
+    EXPECT_TRUE(dept.AccountNames.empty());
+  }
+}
+
 // The sum is formatted by the recipe's format (the formats themselves are tested with the line
 // processor); grouped and bracketed numbers are read, copied rows are not reformatted.
 TEST_F(Consolidation, SumsFollowWriteDataFormat) {

@@ -241,6 +241,27 @@ TEST(Preview, ExportDefinitionTypedAsItIsAndTheReportLinesItsTitleRepeats) {
   EXPECT_EQ(result.workbook.GetSheet(1).Get(2, 2).number, 7);
 }
 
+TEST(Preview, LinesTheRowFiltersPassOverAreNotCountedAsRows) {
+  const std::string examples = std::string(KROVELD_SOURCE_DIR) + "/examples/";
+  const PreviewResult result =
+      RunPreview({testing::ReadFile(examples + "general-ledger.krs"),
+                  examples + "general-ledger.krs", examples + "general-ledger.txt", 8, 100});
+  EXPECT_FALSE(result.HasMessages());
+  ASSERT_EQ(result.tables.size(), 1u);
+  const PreviewTable& table = result.tables[0];
+  EXPECT_EQ(table.startLine, 5);  // found by its pattern on line 4
+  EXPECT_EQ(table.endLine, 27);
+  EXPECT_EQ(table.firstRow, 1);
+  EXPECT_EQ(table.lastRow, 8);
+  EXPECT_EQ(table.linesFiltered, 23 - 8);
+  EXPECT_EQ(result.workbook.GetSheet(1).Get(8, 2).text, "ADMINISTRATION ");
+  EXPECT_NE(PreviewText(result, 3).find(
+                "lines 5-27 (top key on line 4, bottom key on line 28), sheet 1 rows 1-8, 15 lines "
+                "of the block filtered out"),
+            std::string::npos)
+      << PreviewText(result, 3);
+}
+
 TEST(Preview, LongReportIsPreviewedOnItsFirstLinesWithANote) {
   TempDir work;
   std::string report = testing::SmallReport();  // ITEMS on line 2, END on line 5

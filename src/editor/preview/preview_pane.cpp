@@ -336,6 +336,9 @@ void PreviewPane::ShowSummary() {
                   .arg(table.endLine)
                   .arg(table.topKeyLine)
                   .arg(table.bottomKeyLine);
+      if (table.linesFiltered > 0) {
+        line += tr(", %n line(s) filtered out", nullptr, static_cast<int>(table.linesFiltered));
+      }
       for (std::size_t c = 0; c < table.columns.size(); ++c) {
         const PreviewColumn& column = table.columns[c];
         line += QStringLiteral(

@@ -33,6 +33,11 @@ void PreviewRecorder::TableRowsWritten(const clsTable&, int firstRow, int lastRo
   result_.tables.back().lastRow = lastRow;
 }
 
+void PreviewRecorder::TableLinesFiltered(const clsTable&, std::int64_t lines) {
+  if (result_.tables.empty() || result_.tables.back().number != number_) return;
+  result_.tables.back().linesFiltered = lines;
+}
+
 void PreviewRecorder::TitleWritten(const clsTitle& title, int firstRow) {
   PreviewTitle written;
   written.number = number_;

@@ -18,6 +18,7 @@ class PreviewRecorder final : public PassObserver {
   void SectionStarts(std::string_view kind, int number) override;
   void TableKeysSearched(const clsTable& table, const TableBlock& block) override;
   void TableRowsWritten(const clsTable& table, int firstRow, int lastRow) override;
+  void TableLinesFiltered(const clsTable& table, std::int64_t lines) override;
   void TitleWritten(const clsTitle& title, int firstRow) override;
 
  private:

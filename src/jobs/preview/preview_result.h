@@ -38,6 +38,7 @@ struct PreviewTable {
   std::int64_t endLine = 0;
   int firstRow = 0;  // rows of sheet 1 written; lastRow < firstRow when none
   int lastRow = -1;
+  std::int64_t linesFiltered = 0;  // lines of the block the row filters kept from being rows
   std::vector<PreviewColumn> columns;
 };
 

@@ -51,6 +51,10 @@ void AppendTable(std::string& out, const PreviewTable& table) {
     if (table.lastRow >= table.firstRow && table.firstRow > 0) {
       out += ", sheet 1 rows " + Num(table.firstRow) + "-" + Num(table.lastRow);
     }
+    if (table.linesFiltered > 0) {
+      out += ", " + Num(table.linesFiltered) + (table.linesFiltered == 1 ? " line" : " lines") +
+             " of the block filtered out";
+    }
     out += "\n";
   }
   for (const PreviewColumn& column : table.columns) {

@@ -1,0 +1,359 @@
+// Compiling and matching recipe patterns, with the literal prefilter worked out from the pattern
+// text.
+#include "engine/pattern.h"
+
+#include <re2/re2.h>
+#include <string.h>
+
+#include <cctype>
+#include <vector>
+
+namespace kroveld {
+
+namespace {
+
+// One atom of the pattern at its outer level: a literal byte, or anything else (a class, a group,
+// ".", an escape such as \d, an assertion), which breaks a run of literal bytes.
+struct Atom {
+  bool literal = false;
+  char c = 0;
+};
+
+// Index just past the character class that opens at `i` ("[" ... "]"), or npos.
+std::size_t SkipClass(std::string_view p, std::size_t i) {
+  std::size_t j = i + 1;
+  if (j < p.size() && p[j] == '^') ++j;
+  if (j < p.size() && p[j] == ']') ++j;  // a leading "]" is a member
+  while (j < p.size() && p[j] != ']') {
+    if (p[j] == '\\') {
+      j += 2;
+    } else if (p[j] == '[' && j + 1 < p.size() && p[j + 1] == ':') {
+      const std::size_t end = p.find(":]", j + 2);
+      if (end == std::string_view::npos) return std::string_view::npos;
+      j = end + 2;
+    } else {
+      ++j;
+    }
+  }
+  return j < p.size() ? j + 1 : std::string_view::npos;
+}
+
+// Index just past the group that opens at `i` ("(" ... ")"), or npos.
+std::size_t SkipGroup(std::string_view p, std::size_t i) {
+  int depth = 0;
+  std::size_t j = i;
+  while (j < p.size()) {
+    const char c = p[j];
+    if (c == '\\') {
+      j += 2;
+      continue;
+    }
+    if (c == '[') {
+      j = SkipClass(p, j);
+      if (j == std::string_view::npos) return j;
+      continue;
+    }
+    if (c == '(') ++depth;
+    if (c == ')' && --depth == 0) return j + 1;
+    ++j;
+  }
+  return std::string_view::npos;
+}
+
+// Reads a counted repetition "{n}", "{n,}" or "{n,m}" at `i`: its least count in `least` and the
+// index past it, or npos when the brace does not open one.
+std::size_t ReadRepeat(std::string_view p, std::size_t i, long& least) {
+  std::size_t j = i + 1;
+  const std::size_t digits = j;
+  least = 0;
+  while (j < p.size() && std::isdigit(static_cast<unsigned char>(p[j]))) {
+    least = least * 10 + (p[j] - '0');
+    if (least > 100000) least = 100000;
+    ++j;
+  }
+  if (j == digits) return std::string_view::npos;
+  if (j < p.size() && p[j] == ',') {
+    ++j;
+    while (j < p.size() && std::isdigit(static_cast<unsigned char>(p[j]))) ++j;
+  }
+  return j < p.size() && p[j] == '}' ? j + 1 : std::string_view::npos;
+}
+
+struct Analysis {
+  bool usable = false;  // false: no literal can be relied on (alternation, flags, odd syntax)
+  bool anchoredStart = false;
+  bool anchoredEnd = false;
+  std::vector<Atom> atoms;
+};
+
+// Splits the outer level of the pattern into atoms, dropping those a quantifier makes optional.
+Analysis Analyse(std::string_view p) {
+  Analysis a;
+  // Inline flags such as (?i) change what a literal matches; alternation means no single literal
+  // is required. Both are left to the matcher alone.
+  if (p.find("(?") != std::string_view::npos) return a;
+  std::size_t i = 0;
+  if (!p.empty() && p[0] == '^') {
+    a.anchoredStart = true;
+    i = 1;
+  }
+  while (i < p.size()) {
+    const char c = p[i];
+    Atom atom;
+    if (c == '|') return a;
+    if (c == '$' && i + 1 == p.size()) {
+      a.anchoredEnd = true;
+      break;
+    }
+    if (c == '\\') {
+      if (i + 1 >= p.size()) return a;
+      const char d = p[i + 1];
+      // An escaped punctuation byte stands for itself; \d, \b, \Q and their kind do not.
+      if (!std::isalnum(static_cast<unsigned char>(d))) atom = Atom{true, d};
+      i += 2;
+    } else if (c == '[') {
+      i = SkipClass(p, i);
+      if (i == std::string_view::npos) return a;
+    } else if (c == '(') {
+      i = SkipGroup(p, i);
+      if (i == std::string_view::npos) return a;
+    } else if (c == '.' || c == '^' || c == '$' || c == '*' || c == '+' || c == '?' || c == '{' ||
+               c == ')') {
+      ++i;  // an assertion or a stray operator: not a literal
+    } else {
+      atom = Atom{true, c};
+      ++i;
+    }
+    // A quantifier after the atom: optional ones drop it, repeated ones end the run after it.
+    bool endRun = false;
+    if (i < p.size()) {
+      const char q = p[i];
+      long least = 1;
+      std::size_t after = std::string_view::npos;
+      if (q == '*' || q == '?') {
+        least = 0;
+        after = i + 1;
+      } else if (q == '+') {
+        after = i + 1;
+      } else if (q == '{') {
+        after = ReadRepeat(p, i, least);
+      }
+      if (after != std::string_view::npos) {
+        i = after;
+        if (i < p.size() && (p[i] == '?' || p[i] == '+')) ++i;  // lazy or possessive
+        if (least == 0) atom.literal = false;
+        endRun = true;
+      }
+    }
+    a.atoms.push_back(atom);
+    if (endRun) a.atoms.push_back(Atom{});
+  }
+  a.usable = true;
+  return a;
+}
+
+// The pattern cut at its outer "|"s (none: the pattern alone).
+std::vector<std::string_view> SplitAlternatives(std::string_view p) {
+  std::vector<std::string_view> parts;
+  std::size_t from = 0;
+  std::size_t i = 0;
+  while (i < p.size()) {
+    const char c = p[i];
+    if (c == '\\') {
+      i += 2;
+    } else if (c == '[') {
+      i = SkipClass(p, i);
+      if (i == std::string_view::npos) return {p};
+    } else if (c == '(') {
+      i = SkipGroup(p, i);
+      if (i == std::string_view::npos) return {p};
+    } else {
+      if (c == '|') {
+        parts.push_back(p.substr(from, i - from));
+        from = i + 1;
+      }
+      ++i;
+    }
+  }
+  parts.push_back(p.substr(std::min(from, p.size())));
+  return parts;
+}
+
+// The longest literal run a pattern without outer "|" needs, and whether it opens an anchored
+// pattern; empty when there is none to rely on.
+std::string LongestRun(std::string_view p, bool& atStart) {
+  atStart = false;
+  const Analysis a = Analyse(p);
+  if (!a.usable) return {};
+  std::string best;
+  std::string run;
+  bool inFirstRun = true;
+  for (const Atom& atom : a.atoms) {
+    if (atom.literal) {
+      run.push_back(atom.c);
+      if (run.size() > best.size()) {
+        best = run;
+        atStart = inFirstRun && a.anchoredStart;
+      }
+    } else {
+      inFirstRun = false;
+      run.clear();
+    }
+  }
+  return best;
+}
+
+bool Contains(std::string_view line, std::string_view literal) {
+  if (literal.empty()) return true;
+  return memmem(line.data(), line.size(), literal.data(), literal.size()) != nullptr;
+}
+
+}  // namespace
+
+std::string PatternError(std::string_view section, std::string_view key, std::string_view text,
+                         std::string_view why) {
+  std::string out = "Error in ";
+  out += section;
+  out += " : Invalid ";
+  out += key;
+  out += " pattern: ";
+  out += text;
+  out += " (";
+  out += why;
+  out += ")";
+  return out;
+}
+
+std::string KeyWords(std::string_view name, std::string_view text) {
+  std::string out(name);
+  out += name.ends_with("Pattern") ? " [" : " key text [";
+  out += text;
+  out += "]";
+  return out;
+}
+
+Pattern::Pattern() = default;
+Pattern::~Pattern() = default;
+Pattern::Pattern(const Pattern&) = default;
+Pattern& Pattern::operator=(const Pattern&) = default;
+Pattern::Pattern(Pattern&&) noexcept = default;
+Pattern& Pattern::operator=(Pattern&&) noexcept = default;
+
+bool Pattern::Compile(std::string_view text, std::string& error) {
+  *this = Pattern();
+  text_ = std::string(text);
+  if (text.empty()) return true;
+  // Reports are 8-bit text and positions count bytes: the pattern matches bytes (Latin-1), so a
+  // line that is not valid UTF-8 is matched like any other and "." is one byte.
+  RE2::Options options;
+  options.set_encoding(RE2::Options::EncodingLatin1);
+  options.set_log_errors(false);
+  auto re = std::make_shared<const RE2>(re2::StringPiece(text.data(), text.size()), options);
+  if (!re->ok()) {
+    error = re->error();
+    return false;
+  }
+  re_ = std::move(re);
+  compiled_ = true;
+
+  const Analysis a = Analyse(text);
+  if (!a.usable) {
+    PlanAlternatives(text);
+    return true;
+  }
+  // The longest run of literal bytes is what the prefilter looks for.
+  std::string run;
+  bool allLiteral = true;
+  bool inFirstRun = true;  // the run being read starts at the first atom
+  for (const Atom& atom : a.atoms) {
+    if (atom.literal) {
+      run.push_back(atom.c);
+      if (run.size() > required_.size()) {
+        required_ = run;
+        requiredAtStart_ = inFirstRun && a.anchoredStart;
+      }
+    } else {
+      allLiteral = false;
+      inFirstRun = false;
+      run.clear();
+    }
+  }
+  if (allLiteral && !required_.empty()) {
+    if (a.anchoredStart && a.anchoredEnd) {
+      kind_ = Kind::WholeLiteral;
+    } else if (a.anchoredStart) {
+      kind_ = Kind::PrefixLiteral;
+    } else if (a.anchoredEnd) {
+      kind_ = Kind::SuffixLiteral;
+    } else {
+      kind_ = Kind::Literal;
+    }
+  }
+  return true;
+}
+
+// A pattern of alternatives, each opening with a group of alternatives or not ("^(A|B)|C"): the
+// literal each one needs. One alternative without a literal leaves the pattern to the matcher.
+void Pattern::PlanAlternatives(std::string_view text) {
+  const std::vector<std::string_view> parts = SplitAlternatives(text);
+  if (parts.size() < 2 && !(text.starts_with("(") || text.starts_with("^("))) return;
+  std::vector<Alternative> plan;
+  for (const std::string_view part : parts) {
+    const bool anchored = part.starts_with("^");
+    const std::string_view body = anchored ? part.substr(1) : part;
+    std::vector<std::string> branches;
+    // A leading group of alternatives: each of its own alternatives opens the match (what
+    // follows the group is only dropped, which keeps the test a necessary one).
+    if (body.starts_with("(") && !body.starts_with("(?")) {
+      const std::size_t end = SkipGroup(body, 0);
+      if (end == std::string_view::npos) return;
+      for (const std::string_view inner : SplitAlternatives(body.substr(1, end - 2))) {
+        branches.push_back((anchored ? "^" : "") + std::string(inner));
+      }
+      if (end < body.size() && std::string_view("*?{").find(body[end]) != std::string_view::npos) {
+        return;  // an optional group: nothing of it is needed
+      }
+    } else {
+      branches.emplace_back(part);
+    }
+    for (const std::string& branch : branches) {
+      if (SplitAlternatives(branch).size() > 1) return;
+      Alternative alt;
+      alt.literal = LongestRun(branch, alt.atStart);
+      if (alt.literal.empty()) return;
+      plan.push_back(std::move(alt));
+    }
+  }
+  alternatives_ = std::move(plan);
+}
+
+bool Pattern::Matches(std::string_view line) const {
+  if (!compiled_) return false;
+  switch (kind_) {
+    case Kind::Literal:
+      return Contains(line, required_);
+    case Kind::PrefixLiteral:
+      return line.starts_with(required_);
+    case Kind::SuffixLiteral:
+      return line.ends_with(required_);
+    case Kind::WholeLiteral:
+      return line == required_;
+    case Kind::Regex:
+      break;
+  }
+  if (!alternatives_.empty()) {
+    bool possible = false;
+    for (const Alternative& alt : alternatives_) {
+      if (alt.atStart ? line.starts_with(alt.literal) : Contains(line, alt.literal)) {
+        possible = true;
+        break;
+      }
+    }
+    if (!possible) return false;
+  }
+  // An anchored pattern that opens with a literal is turned away by its first bytes.
+  if (requiredAtStart_ ? !line.starts_with(required_) : !Contains(line, required_)) return false;
+  return RE2::PartialMatch(re2::StringPiece(line.data(), line.size()), *re_);
+}
+
+}  // namespace kroveld

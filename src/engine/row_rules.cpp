@@ -1,0 +1,273 @@
+// The row filters, carried columns and totals check of one table pass.
+#include "engine/row_rules.h"
+
+#include <cstring>
+
+#include "engine/context.h"
+#include "engine/table.h"
+#include "util/strings.h"
+
+namespace kroveld {
+
+namespace {
+
+// Differences shown one message each; past this many a table's others are counted in one message,
+// so a pattern that picks the wrong lines does not bury the user in boxes.
+constexpr int kMaxTotalMessages = 20;
+
+bool CompileKey(Pattern& into, std::string_view key, const std::string& text,
+                const std::string& section, std::string& error) {
+  std::string why;
+  if (into.Compile(text, why)) return true;
+  error = PatternError(section, key, text, why);
+  return false;
+}
+
+// The sum as the report would most likely print it: two decimals with separators when it has no
+// more, otherwise every decimal.
+std::string SumText(Fixed4 sum) {
+  if (sum.raw % 100 == 0) return FormatGrouped(sum, 2);
+  return FormatPlain(sum);
+}
+
+}  // namespace
+
+bool IsFilterBlank(std::string_view line) {
+  for (const char c : line) {
+    if (c != ' ' && c != '\t' && c != '\f') return false;
+  }
+  return true;
+}
+
+bool QuickFixed(std::string_view text, Fixed4& out, const NumberLocale& loc) {
+  std::size_t i = 0;
+  std::size_t n = text.size();
+  while (i < n && text[i] == ' ') ++i;
+  while (n > i && text[n - 1] == ' ') --n;
+  if (i == n) return false;
+  bool negative = false;
+  if (text[i] == '-') {
+    negative = true;
+    ++i;
+  } else if (text[i] == '(') {
+    if (text[n - 1] != ')') return false;
+    negative = true;
+    ++i;
+    --n;
+  }
+  std::int64_t whole = 0;
+  int digits = 0;       // whole digits
+  int groupDigits = 0;  // digits since the last separator
+  bool grouped = false;
+  for (; i < n; ++i) {
+    const char c = text[i];
+    if (c >= '0' && c <= '9') {
+      whole = whole * 10 + (c - '0');
+      ++digits;
+      ++groupDigits;
+      if (digits > 14) return false;  // near the end of the fixed-point range: the general test
+    } else if (c == loc.thousands_sep && loc.thousands_sep != loc.decimal_point) {
+      // Groups of three after a first group of one to three digits.
+      if (grouped ? groupDigits != 3 : (groupDigits < 1 || groupDigits > 3)) return false;
+      grouped = true;
+      groupDigits = 0;
+    } else {
+      break;
+    }
+  }
+  if (digits == 0 || (grouped && groupDigits != 3)) return false;
+  std::int64_t fraction = 0;
+  if (i < n) {
+    if (text[i] != loc.decimal_point) return false;
+    ++i;
+    int decimals = 0;
+    for (; i < n; ++i) {
+      const char c = text[i];
+      if (c < '0' || c > '9' || ++decimals > 4) return false;
+      fraction = fraction * 10 + (c - '0');
+    }
+    if (decimals == 0) return false;
+    for (int d = decimals; d < 4; ++d) fraction *= 10;
+  }
+  const std::int64_t raw = whole * Fixed4::kScale + fraction;
+  out.raw = negative ? -raw : raw;
+  return true;
+}
+
+bool RowRules::Prepare(const clsTable& table, int tabSize, bool utf8, std::string& error) {
+  *this = RowRules();
+  tableNumber_ = table.Number;
+  tabSize_ = tabSize;
+  utf8_ = utf8;
+  const std::string section = "Table " + ToText(table.Number);
+  skipBlank_ = table.SkipBlankLines.value_or(false);
+  if (!CompileKey(skip_, "SkipLinesMatching", table.SkipLinesMatching, section, error) ||
+      !CompileKey(keep_, "KeepLinesMatching", table.KeepLinesMatching, section, error) ||
+      !CompileKey(total_, "TotalLinesMatching", table.TotalLinesMatching, section, error)) {
+    return false;
+  }
+  carry_.assign(table.Columns.size(), -1);
+  bool carries = false;
+  for (std::size_t c = 0; c < table.Columns.size(); ++c) {
+    const std::string& text = table.Columns[c].CarryFrom;
+    if (text.empty()) continue;
+    carries = true;
+    // Columns that carry from the same pattern share it and its line.
+    int found = -1;
+    for (std::size_t p = 0; p < carryPatterns_.size(); ++p) {
+      if (carryPatterns_[p].Text() == text) found = static_cast<int>(p);
+    }
+    if (found < 0) {
+      Pattern pattern;
+      const std::string columnSection = section + " Col " + ToText(static_cast<long long>(c) + 1);
+      if (!CompileKey(pattern, "CarryFrom", text, columnSection, error)) return false;
+      carryPatterns_.push_back(std::move(pattern));
+      found = static_cast<int>(carryPatterns_.size()) - 1;
+    }
+    carry_[c] = found;
+  }
+  carriedLines_.assign(carryPatterns_.size(), std::string());
+  if (!carries) carry_.clear();
+  if (!total_.Empty()) {
+    for (std::size_t c = 0; c < table.Columns.size(); ++c) {
+      if (Carries(c)) continue;
+      const clsColumn& column = table.Columns[c];
+      summed_.push_back(SummedColumn{c, column.ReadColumnStart, column.ReadColumnEnd,
+                                     UpperAscii(Trim(column.WriteColumn))});
+    }
+    sums_.assign(summed_.size(), Sum{});
+  }
+  active_ = skipBlank_ || !skip_.Empty() || !keep_.Empty() || !total_.Empty() || carries;
+  return true;
+}
+
+std::string_view RowRules::CarriedLine(std::size_t index) const {
+  return carriedLines_[static_cast<std::size_t>(carry_[index])];
+}
+
+bool RowRules::Admit(Context& ctx, std::int64_t lineNumber, std::string_view line) {
+  // Form feeds count as blanks for the patterns as for the blank test.
+  std::string_view tested = line;
+  if (std::memchr(line.data(), '\f', line.size()) != nullptr) {
+    scratch_.assign(line);
+    for (char& c : scratch_) {
+      if (c == '\f') c = ' ';
+    }
+    tested = scratch_;
+  }
+  for (std::size_t p = 0; p < carryPatterns_.size(); ++p) {
+    if (!carryPatterns_[p].Matches(tested)) continue;
+    carriedLines_[p].assign(line);
+    carriedTabs_ = false;
+    carriedAscii_ = true;
+    for (const std::string& carried : carriedLines_) {
+      if (carried.find('\t') != std::string::npos) carriedTabs_ = true;
+      if (!IsAscii(carried)) carriedAscii_ = false;
+    }
+  }
+  const bool isTotal = !total_.Empty() && total_.Matches(tested);
+  if (isTotal) CheckTotals(ctx, lineNumber, line);
+  bool row = true;
+  if (skipBlank_ && IsFilterBlank(line)) {
+    row = false;
+  } else if (!keep_.Empty() && !keep_.Matches(tested)) {
+    row = false;
+  } else if (!skip_.Empty() && skip_.Matches(tested)) {
+    row = false;
+  }
+  if (row && !isTotal && !summed_.empty()) AddRow(line);
+  return row;
+}
+
+std::string_view RowRules::Prepared(std::string_view line) {
+  byColumns_ = false;
+  if (utf8_ && !IsAscii(line)) {
+    if (!IsValidUtf8(line)) {
+      RepairUtf8(line, repaired_);
+      line = repaired_;
+    }
+    if (tabSize_ >= 1 && line.find('\t') != std::string_view::npos) {
+      ExpandTabsByColumns(line, tabSize_, expanded_);
+      line = expanded_;
+    }
+    columns_.Build(line);
+    byColumns_ = true;
+    return line;
+  }
+  if (tabSize_ >= 1 && line.find('\t') != std::string_view::npos) {
+    ExpandTabs(line, tabSize_, expanded_);
+    line = expanded_;
+  }
+  return line;
+}
+
+// Positions start..end (from 1) of the prepared line: bytes, or printed columns.
+std::string_view RowRules::Field(std::string_view line, std::size_t column) {
+  const SummedColumn& c = summed_[column];
+  if (c.start < 1 || c.end < c.start) return {};
+  if (byColumns_) return columns_.Cut(line, c.start, c.end - c.start + 1);
+  const std::size_t from = static_cast<std::size_t>(c.start - 1);
+  if (from >= line.size()) return {};
+  return line.substr(from, static_cast<std::size_t>(c.end - c.start + 1));
+}
+
+void RowRules::AddRow(std::string_view line) {
+  line = Prepared(line);
+  const NumberLocale& loc = NumberLocale::Current();
+  for (std::size_t c = 0; c < summed_.size(); ++c) {
+    Fixed4 value;
+    const std::string_view field = Field(line, c);
+    if (!QuickFixed(field, value, loc) && ParseFixed(field, value, loc) != NumberParse::kOk) {
+      continue;
+    }
+    Sum& sum = sums_[c];
+    sum.numeric = true;
+    if (!AddFixed(sum.total, value, sum.total)) sum.overflow = true;
+  }
+}
+
+void RowRules::CheckTotals(Context& ctx, std::int64_t lineNumber, std::string_view line) {
+  line = Prepared(line);
+  for (std::size_t c = 0; c < summed_.size(); ++c) {
+    Sum& sum = sums_[c];
+    const std::string_view printedText = Trim(Field(line, c));
+    Fixed4 printed;
+    // Only numeric columns are checked, and only where the total line prints a number.
+    if (sum.numeric && ParseFixed(printedText, printed) == NumberParse::kOk) {
+      ++ctx.run.tally.totalsChecked;
+      if (sum.overflow || printed.raw != sum.total.raw) {
+        ++ctx.run.tally.totalsDiffering;
+        if (shown_ < kMaxTotalMessages) {
+          ++shown_;
+          std::string text = "Error in Table " + ToText(tableNumber_) + " : Total on line ";
+          AppendInt(text, lineNumber);
+          text += " does not match its rows in column " + summed_[c].letter + ": printed ";
+          text += printedText;
+          text += ", sum of the rows ";
+          text += sum.overflow ? std::string("out of range") : SumText(sum.total);
+          messages_.push_back(std::move(text));
+        } else {
+          ++unshown_;
+        }
+      }
+    }
+    sum.total = Fixed4{};
+    sum.overflow = false;
+  }
+}
+
+void RowRules::ShowMessages(Context& ctx) {
+  for (const std::string& text : messages_) ctx.ui.Message(text, Icon::Exclamation);
+  messages_.clear();
+}
+
+void RowRules::Finish(Context& ctx) {
+  ShowMessages(ctx);
+  if (unshown_ == 0) return;
+  ctx.ui.Message("Error in Table " + ToText(tableNumber_) + " : " + ToText(unshown_) +
+                     " more totals do not match their rows",
+                 Icon::Exclamation);
+  unshown_ = 0;
+}
+
+}  // namespace kroveld

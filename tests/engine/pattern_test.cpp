@@ -1,0 +1,126 @@
+// Recipe patterns: what they match, the literal the prefilter relies on, and bad patterns.
+#include <gtest/gtest.h>
+#include <re2/re2.h>
+
+#include <string>
+#include <vector>
+
+#include "engine/pattern.h"
+
+namespace kroveld {
+namespace {
+
+Pattern Compiled(std::string_view text) {
+  Pattern p;
+  std::string error;
+  EXPECT_TRUE(p.Compile(text, error)) << text << ": " << error;
+  return p;
+}
+
+TEST(Pattern, MatchesAsASearchAnchoredAtTheLineEnds) {
+  struct Case {
+    std::string pattern;
+    std::string line;
+    bool matches;
+  } cases[] = {
+      {"TOTAL", "   DEPT TOTAL   1,234.00", true},
+      {"TOTAL", "   dept total", false},  // case counts, as for key texts
+      {"^DEPT", "DEPT 10 SALES", true},
+      {"^DEPT", " DEPT 10", false},
+      {"END$", "REPORT END", true},
+      {"END$", "REPORT END ", false},
+      {"^-+$", "-----------", true},
+      {"^-+$", "---- ----", false},
+      {"^PAGE\\s+\\d+$", "PAGE   12", true},
+      {"^PAGE\\s+\\d+$", "PAGE 12 OF 40", false},
+      {"^ *$", "", true},
+      {"SUB|GRAND", "   GRAND TOTAL", true},
+      {"SUB|GRAND", "   TOTAL", false},
+      {"a.c",
+       "a\xE9"
+       "c",
+       true},  // one byte is one character: 8-bit reports match as they are
+      {"(?i)total", "DEPT TOTAL", true},
+      {"^\\$ ?[0-9]", "$ 12", true},
+      {"x{0}TOTAL", "TOTAL", true},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(Compiled(c.pattern).Matches(c.line), c.matches) << c.pattern << " on " << c.line;
+  }
+}
+
+// The prefilter must never turn away a line the matcher would take: every pattern below is run
+// both ways on every line.
+TEST(Pattern, PrefilterAgreesWithTheMatcher) {
+  const std::vector<std::string> patterns = {
+      "TOTAL",        "^TOTAL",
+      "TOTAL$",       "^TOTAL$",
+      "TO?TAL",       "TOT*AL",
+      "TO+TAL",       "TOT{2}AL",
+      "TOT{0,1}AL",   "DEPT [0-9]+ TOTAL",
+      "[]A]TOTAL",    "[[:upper:]]+L",
+      "(TO)TAL",      "(T|S)UB TOTAL",
+      "\\.\\.\\.",    "\\QA.B\\E",
+      "A\\.B",        "A\\bTOTAL",
+      "^\\s*-+\\s*$", "TOTAL??X",
+      "(?:DE|PT)+ X", "[^ ]TAL",
+      "TOTAL+?",      "^$",
+      "a{2,}b",
+  };
+  const std::vector<std::string> lines = {
+      "",        "TOTAL",     " TOTAL ", "TOTTAL", "TOAL", "TOTOTAL", "DEPT 12 TOTAL", "]TOTAL",
+      "ATOTAL",  "SUB TOTAL", "...",     "A.B",    "AxB",  "A TOTAL", "  ----  ",      "TOTALX",
+      "TOTALLX", "DEPT X",    "aab",     "ab",     "xTAL", "TOTALL",
+  };
+  for (const std::string& text : patterns) {
+    const Pattern p = Compiled(text);
+    RE2::Options options;
+    options.set_encoding(RE2::Options::EncodingLatin1);
+    const RE2 plain(text, options);
+    ASSERT_TRUE(plain.ok()) << text;
+    for (const std::string& line : lines) {
+      EXPECT_EQ(p.Matches(line), RE2::PartialMatch(line, plain)) << text << " on '" << line << "'";
+      if (!p.RequiredLiteral().empty() && p.Matches(line)) {
+        EXPECT_NE(line.find(p.RequiredLiteral()), std::string::npos) << text;
+      }
+    }
+  }
+}
+
+TEST(Pattern, FindsTheLiteralToLookForFirst) {
+  struct Case {
+    std::string pattern;
+    std::string literal;
+  } cases[] = {
+      {"DEPT TOTAL", "DEPT TOTAL"},
+      {"^Department: ", "Department: "},
+      {"[0-9]+ TOTAL$", " TOTAL"},
+      {"TO?TAL FOR", "TAL FOR"},
+      {"SUB|GRAND", ""},
+      {"(?i)total", ""},
+      {"\\d\\d/\\d\\d/\\d{4}", "/"},
+      {"PAGE\\s+\\d+", "PAGE"},
+  };
+  for (const Case& c : cases)
+    EXPECT_EQ(Compiled(c.pattern).RequiredLiteral(), c.literal) << c.pattern;
+}
+
+TEST(Pattern, BadPatternsSayWhyAndMatchNothing) {
+  for (const char* text : {"(unclosed", "[a-", "a**", "x{2,1}", "\\"}) {
+    Pattern p;
+    std::string error;
+    EXPECT_FALSE(p.Compile(text, error)) << text;
+    EXPECT_FALSE(error.empty()) << text;
+    EXPECT_TRUE(p.Empty());
+    EXPECT_FALSE(p.Matches("(unclosed [a- a** x{2,1} \\"));
+  }
+  // Backreferences are refused rather than run in exponential time.
+  Pattern p;
+  std::string error;
+  EXPECT_FALSE(p.Compile("(a+)\\1", error));
+  EXPECT_EQ(PatternError("Table 2", "SkipLinesMatching", "(a+)\\1", error),
+            "Error in Table 2 : Invalid SkipLinesMatching pattern: (a+)\\1 (" + error + ")");
+}
+
+}  // namespace
+}  // namespace kroveld

@@ -1,0 +1,358 @@
+// Row filters, carried columns, pattern keys and the totals check of a table, on a small general
+// ledger: page header, department headings, detail rows, department totals, a form feed.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "engine/extract_support.h"
+#include "engine/row_rules.h"
+
+namespace kroveld::testing {
+namespace {
+
+// A detail line: account in 1-10, description in 11-28, amount right-aligned in 29-38.
+std::string Detail(const std::string& account, const std::string& description,
+                   const std::string& amount) {
+  char buffer[64];
+  std::snprintf(buffer, sizeof buffer, "%-10s%-18s%10s", account.c_str(), description.c_str(),
+                amount.c_str());
+  return buffer;
+}
+
+// Lines 1..13 of the ledger; `deptTotal2` is what the report prints as department 200's total.
+std::string Ledger(const std::string& deptTotal2 = "200.00") {
+  const std::vector<std::string> lines = {
+      "GENERAL LEDGER                      PAGE 1",  // 1
+      "ACCOUNT   DESCRIPTION           AMOUNT",      // 2: top key
+      "",                                            // 3
+      Detail("0999", "Unassigned", "5.00"),          // 4: before any department
+      "DEPT: 100 SALES",                             // 5
+      Detail("1000", "Cash", "100.00"),              // 6
+      Detail("1010", "Receivables", "50.50"),        // 7
+      Detail("", "DEPT TOTAL", "150.50"),            // 8
+      "\f",                                          // 9: form feed
+      "DEPT: 200 ADMIN",                             // 10
+      Detail("2000", "Rent", "200.00"),              // 11
+      Detail("", "DEPT TOTAL", deptTotal2),          // 12
+      "END OF REPORT",                               // 13: bottom key
+  };
+  std::string text;
+  for (const std::string& line : lines) text += line + "\r\n";
+  return text;
+}
+
+// The ledger's block (lines 3..12), its account in column A, through the given rules.
+clsTable LedgerTable(std::vector<clsColumn> columns = {MakeColumn(1, 4, "A")}) {
+  clsTable table = MakeTable("ACCOUNT", 1, "END OF", -1, std::move(columns));
+  table.Number = 1;
+  return table;
+}
+
+// The rows of a run, whichever the output: CSV rows, or sheet-1 rows column by column (A, B, C
+// joined by "|").
+std::vector<std::string> Rows(ExtractFixture& f, const clsTable& table, bool csv) {
+  if (csv) return f.sink.rows;
+  std::vector<std::string> rows;
+  for (int r = table.FirstRowWritten; r <= table.LastRowWritten; ++r) {
+    std::string row;
+    for (int c = 1; c <= static_cast<int>(table.Columns.size()); ++c) {
+      if (c > 1) row += "|";
+      row += f.sink.At(r, c);
+    }
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+using Strings = std::vector<std::string>;
+
+TEST(RowFilters, DecideWhichLinesOfTheBlockBecomeRows) {
+  struct Case {
+    const char* what;
+    bool skipBlank;
+    std::string skip;
+    std::string keep;
+    Strings rows;  // sheet cells; the CSV rows are the same texts
+  } cases[] = {
+      {"no filter: every line",
+       false,
+       "",
+       "",
+       {"", "0999", "DEPT", "1000", "1010", "    ", "\f ", "DEPT", "2000", "    "}},
+      {"blank lines, form feeds included",
+       true,
+       "",
+       "",
+       {"0999", "DEPT", "1000", "1010", "    ", "DEPT", "2000", "    "}},
+      {"keep detail rows", false, "", "^[0-9]{4} ", {"0999", "1000", "1010", "2000"}},
+      {"skip headings and totals", true, "^DEPT:|DEPT TOTAL", "", {"0999", "1000", "1010", "2000"}},
+      {"keep and skip together", false, "^0|^2", "^[0-9]", {"1000", "1010"}},
+  };
+  for (const Case& c : cases) {
+    for (const bool csv : {false, true}) {
+      ExtractFixture f;
+      f.UseReport(Ledger());
+      clsTable table = LedgerTable();
+      table.SkipBlankLines = c.skipBlank;
+      table.SkipLinesMatching = c.skip;
+      table.KeepLinesMatching = c.keep;
+      f.Run(table, csv);
+      EXPECT_TRUE(f.ui.messages.empty()) << c.what;
+      Strings expected = c.rows;
+      // Total lines begin with blanks; slot 1 gives a line one blank more (the form feed's).
+      EXPECT_EQ(Rows(f, table, csv), expected) << c.what << (csv ? " (csv)" : " (sheet)");
+      // The write pointer moves by the rows, not by the lines of the block.
+      EXPECT_EQ(f.Pointer(), 1 + static_cast<int>(expected.size())) << c.what;
+    }
+  }
+}
+
+TEST(CarriedColumns, EveryRowGetsTheLatestHeadingAboveIt) {
+  for (const bool csv : {false, true}) {
+    ExtractFixture f;
+    f.UseReport(Ledger());
+    clsColumn department = MakeColumn(7, 9, "B");
+    department.CarryFrom = "^DEPT: ";
+    clsTable table = LedgerTable({MakeColumn(1, 4, "A"), department, MakeColumn(29, 38, "C")});
+    table.KeepLinesMatching = "^[0-9]{4} ";  // the headings feed the column but are no rows
+    f.Run(table, csv);
+    EXPECT_TRUE(f.ui.messages.empty());
+    const Strings sheet = {"0999||      5.00", "1000|100|    100.00", "1010|100|     50.50",
+                           "2000|200|    200.00"};
+    const Strings rows = {"0999,,      5.00", "1000,100,    100.00", "1010,100,     50.50",
+                          "2000,200,    200.00"};
+    EXPECT_EQ(Rows(f, table, csv), csv ? rows : sheet) << (csv ? "csv" : "sheet");
+  }
+}
+
+TEST(CarriedColumns, AHeadingWithATabIsCutAfterExpansion) {
+  // The heading's tab expands to column 9 (tab size 8): positions 9-11 hold the department.
+  ExtractFixture f;
+  f.UseReport("TOP\r\nDEPT:\t300\r\n4000 x\r\nEND\r\n");
+  clsColumn department = MakeColumn(9, 11, "B");
+  department.CarryFrom = "^DEPT:";
+  clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 4, "A"), department});
+  table.SkipLinesMatching = "^DEPT";
+  f.Run(table, true);
+  EXPECT_EQ(f.sink.rows, Strings{"4000,300"});
+}
+
+TEST(PatternKeys, FindTheBlockWithOffsetsAndNameThePatternWhenMissing) {
+  struct Case {
+    std::string startText, startPattern, endText, endPattern;
+    Strings rows;
+    std::string message;
+  } cases[] = {
+      {"",
+       "^ACCOUNT +DESC",
+       "",
+       "^END OF",
+       {"", "0999", "DEPT", "1000", "1010", "    ", "\f ", "DEPT", "2000", "    "},
+       ""},
+      {"ACCOUNT", "", "", "DEPT TOTAL +150", {"", "0999", "DEPT", "1000", "1010"}, ""},
+      // The pattern wins over a key text that is also given.
+      {"nowhere", "^DEPT: 200", "END OF", "", {"2000", "    "}, ""},
+      {"", "^ACCOUNT", "", "^NOPE", {}, "Error in Table specs: Can not find ReadEndPattern: ^NOPE"},
+      {"",
+       "^END",
+       "ACCOUNT",
+       "",
+       {},
+       "Error in Table specs: ReadEndLine key text [ACCOUNT] was found before ReadStartPattern "
+       "[^END]"},
+  };
+  for (const Case& c : cases) {
+    ExtractFixture f;
+    f.UseReport(Ledger());
+    clsTable table = LedgerTable();
+    table.ReadStartLine = c.startText;
+    table.ReadStartPattern = c.startPattern;
+    table.ReadEndLine = c.endText;
+    table.ReadEndPattern = c.endPattern;
+    f.Run(table);
+    if (c.message.empty()) {
+      EXPECT_TRUE(f.ui.messages.empty()) << c.startPattern << " " << c.endPattern;
+      EXPECT_EQ(Rows(f, table, false), c.rows) << c.startPattern << " " << c.endPattern;
+    } else {
+      ASSERT_EQ(f.ui.messages.size(), 1u) << c.message;
+      EXPECT_EQ(f.ui.messages[0].text, c.message);
+      EXPECT_EQ(f.ui.messages[0].icon, Icon::Critical);
+      EXPECT_TRUE(f.Failed());
+    }
+  }
+}
+
+TEST(TotalsCheck, ReportsEachDifferenceOnceAndCountsTheTotals) {
+  struct Case {
+    std::string printed;  // department 200's printed total
+    std::vector<std::string> messages;
+    std::uint64_t differing;
+  } cases[] = {
+      {"200.00", {}, 0},
+      {"999.00",
+       {"Error in Table 1 : Total on line 12 does not match its rows in column C: printed "
+        "999.00, sum of the rows 200.00"},
+       1},
+      // A blank total is no total: nothing compared.
+      {"", {}, 0},
+  };
+  for (const Case& c : cases) {
+    for (const bool csv : {false, true}) {
+      ExtractFixture f;
+      f.UseReport(Ledger(c.printed));
+      clsTable table = LedgerTable({MakeColumn(1, 10, "A"), MakeColumn(29, 38, "C")});
+      table.KeepLinesMatching = "^[0-9]{4} ";
+      table.TotalLinesMatching = "DEPT TOTAL";
+      f.Run(table, csv);
+      // Department 100's rows (0999 is above its heading but after the block start: the rows
+      // since the block's start) sum 155.50 against the printed 150.50: always a difference.
+      std::vector<std::string> expected = {
+          "Error in Table 1 : Total on line 8 does not match its rows in column C: printed "
+          "150.50, sum of the rows 155.50"};
+      expected.insert(expected.end(), c.messages.begin(), c.messages.end());
+      std::vector<std::string> shown;
+      for (const auto& m : f.ui.messages) {
+        EXPECT_EQ(m.icon, Icon::Exclamation) << m.text;
+        shown.push_back(m.text);
+      }
+      EXPECT_EQ(shown, expected) << c.printed;
+      EXPECT_EQ(f.ctx->run.tally.totalsChecked, c.printed.empty() ? 1u : 2u);
+      EXPECT_EQ(f.ctx->run.tally.totalsDiffering, 1 + c.differing);
+      EXPECT_FALSE(f.Failed());  // a difference is a warning: the rows are all written
+      EXPECT_EQ(Rows(f, table, csv).size(), 4u);
+    }
+  }
+}
+
+TEST(TotalsCheck, RowsThatAddUpSayNothing) {
+  // Without the unassigned row the first department adds up too.
+  ExtractFixture f;
+  f.UseReport(Ledger());
+  clsTable table = LedgerTable({MakeColumn(1, 10, "A"), MakeColumn(29, 38, "C")});
+  table.KeepLinesMatching = "^[12][0-9]{3} ";
+  table.TotalLinesMatching = "DEPT TOTAL";
+  f.Run(table, true);
+  EXPECT_TRUE(f.ui.messages.empty());
+  EXPECT_EQ(f.ctx->run.tally.totalsChecked, 2u);
+  EXPECT_EQ(f.ctx->run.tally.totalsDiffering, 0u);
+}
+
+TEST(RowRulesBadPatterns, FailTheTableWithTheKeyAndTheLibrarysReason) {
+  struct Case {
+    std::string clsTable::*key;
+    std::string name;
+  } cases[] = {{&clsTable::SkipLinesMatching, "SkipLinesMatching"},
+               {&clsTable::KeepLinesMatching, "KeepLinesMatching"},
+               {&clsTable::TotalLinesMatching, "TotalLinesMatching"},
+               {&clsTable::ReadStartPattern, "ReadStartPattern"}};
+  for (const Case& c : cases) {
+    ExtractFixture f;
+    f.UseReport(Ledger());
+    clsTable table = LedgerTable();
+    table.*c.key = "([0-9]";
+    f.Run(table);
+    ASSERT_EQ(f.ui.messages.size(), 1u) << c.name;
+    EXPECT_EQ(f.ui.messages[0].text.rfind(
+                  "Error in Table 1 : Invalid " + c.name + " pattern: ([0-9] (missing ", 0),
+              0u)
+        << f.ui.messages[0].text;
+    EXPECT_TRUE(f.Failed());
+    EXPECT_TRUE(f.sink.cells.empty());
+  }
+}
+
+TEST(RowRulesBlankTest, FormFeedsTabsAndBlanksOnly) {
+  EXPECT_TRUE(IsFilterBlank(""));
+  EXPECT_TRUE(IsFilterBlank(" \t\f "));
+  EXPECT_FALSE(IsFilterBlank(" \f.\t"));
+  EXPECT_FALSE(IsFilterBlank("\r"));
+}
+
+}  // namespace
+}  // namespace kroveld::testing
+
+namespace kroveld::testing {
+namespace {
+
+// The quick reading of amounts must give what the general numeric test gives, or leave the text
+// to it.
+TEST(QuickAmounts, AgreeWithTheNumericTestOrStepAside) {
+  const NumberLocale loc;  // '.', ',' and "$"
+  struct Case {
+    const char* text;
+    bool quick;  // read by the quick path
+  } cases[] = {
+      {"  12,500.00 ", true},
+      {"(450.00)", true},
+      {"-3.5", true},
+      {"0", true},
+      {"1234567.8901", true},
+      {"  (1,234)  ", true},
+      {"007", true},
+      {"1,2,3", false},
+      {"12,34.00", false},
+      {"1,234,", false},
+      {"1.", false},
+      {".5", false},
+      {"1.23456", false},
+      {"$5.00", false},
+      {"5-", false},
+      {"(5", false},
+      {"1e3", false},
+      {"", false},
+      {"   ", false},
+      {"12 34", false},
+      {"999999999999999", false},
+  };
+  for (const Case& c : cases) {
+    Fixed4 quick;
+    Fixed4 general;
+    const bool read = QuickFixed(c.text, quick, loc);
+    EXPECT_EQ(read, c.quick) << c.text;
+    if (read) {
+      ASSERT_EQ(ParseFixed(c.text, general, loc), NumberParse::kOk) << c.text;
+      EXPECT_EQ(quick.raw, general.raw) << c.text;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace kroveld::testing
+
+namespace kroveld::testing {
+namespace {
+
+// A UTF-8 report: the carried heading and the total line hold characters beyond ASCII, so their
+// positions count printed columns, as the other fields' do.
+TEST(RowRulesUtf8, CarriedFieldsAndTotalsAreCutByPrintedColumns) {
+  for (const bool csv : {false, true}) {
+    ExtractFixture f;
+    f.ctx->lineProcessor.SetUtf8(true);
+    f.UseReport(
+        "TOP\r\n"
+        "Dépt: 10 Genève\r\n"
+        "1000 Café       12.25\r\n"
+        "1010 Thé         7.55\r\n"
+        "Total ééé       19.80\r\n"
+        "END\r\n");
+    clsColumn department = MakeColumn(7, 8, "A");  // "10", after "Dépt: " (6 columns)
+    department.CarryFrom = "^Dépt: ";
+    clsTable table = MakeTable("TOP", 1, "END", -1,
+                               {department, MakeColumn(1, 4, "B"), MakeColumn(16, 21, "C")});
+    table.Number = 1;
+    table.KeepLinesMatching = "^[0-9]";
+    table.TotalLinesMatching = "Total";
+    f.Run(table, csv);
+    EXPECT_TRUE(f.ui.messages.empty()) << f.ui.messages[0].text;
+    // 12.25 + 7.55 against 19.80; cut by bytes the fields would read 12.2, 7.5 and 19.
+    EXPECT_EQ(f.ctx->run.tally.totalsChecked, 1u);
+    const Strings expected = csv ? Strings{"10,1000, 12.25", "10,1010,  7.55"}
+                                 : Strings{"10|1000| 12.25", "10|1010|  7.55"};
+    EXPECT_EQ(Rows(f, table, csv), expected) << (csv ? "csv" : "sheet");
+  }
+}
+
+}  // namespace
+}  // namespace kroveld::testing
