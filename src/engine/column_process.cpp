@@ -20,22 +20,6 @@ void ReportUnknownOperator(UiPort& ui, std::string_view op) {
   ui.Message(text, Icon::Critical);
 }
 
-// Copies n bytes; fields are short, so the usual sizes take two overlapping fixed-size moves
-// instead of a call.
-[[gnu::always_inline]] inline void CopyField(char* out, const char* from, std::size_t n) {
-  if (n >= 8 && n <= 32) {
-    if (n >= 16) {
-      std::memcpy(out, from, 16);
-      std::memcpy(out + n - 16, from + n - 16, 16);
-    } else {
-      std::memcpy(out, from, 8);
-      std::memcpy(out + n - 8, from + n - 8, 8);
-    }
-    return;
-  }
-  if (n > 0) std::memcpy(out, from, n);
-}
-
 // Writes `value`, followed by one blank when `blankAfter`, at `out` in its CSV form: enclosed in
 // double quotes when `field` found one or a comma, its double quotes doubled. `out` has room for
 // 2 * (value.size() + 1) + 2 bytes; returns the new end.
@@ -44,8 +28,7 @@ void ReportUnknownOperator(UiPort& ui, std::string_view op) {
   if (!field.hasQuote) {
     // The usual field: copied as it stands, enclosed in quotes when it holds a comma.
     if (field.needsQuotes) *out++ = '"';
-    CopyField(out, value.data(), value.size());
-    out += value.size();
+    out = scan::PutField(out, value.data(), value.size());
     if (blankAfter) *out++ = ' ';
     if (field.needsQuotes) *out++ = '"';
     return out;

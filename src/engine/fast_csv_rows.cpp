@@ -113,27 +113,6 @@ struct FastCsvRows::LineMarks {
   }
 };
 
-namespace {
-
-// Copies n bytes; fields are short, so the usual sizes take two overlapping fixed-size moves
-// instead of a call.
-[[gnu::always_inline]] inline char* Put(char* out, const char* from, std::size_t n) {
-  if (n >= 8 && n <= 32) {
-    if (n >= 16) {
-      std::memcpy(out, from, 16);
-      std::memcpy(out + n - 16, from + n - 16, 16);
-    } else {
-      std::memcpy(out, from, 8);
-      std::memcpy(out + n - 8, from + n - 8, 8);
-    }
-  } else if (n > 0) {
-    std::memcpy(out, from, n);
-  }
-  return out + n;
-}
-
-}  // namespace
-
 FastCsvRows::FastCsvRows() : marks_(std::make_unique<LineMarks>()) {}
 FastCsvRows::~FastCsvRows() = default;
 
@@ -231,7 +210,7 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view current,
       }
     } else {
       if (quoted) *out++ = '"';
-      out = Put(out, piece, n);
+      out = scan::PutField(out, piece, n);
     }
     if (blankAfter) *out++ = ' ';
     if (quoted) *out++ = '"';
