@@ -54,8 +54,5 @@ class clsExportSpecs {
   void Clear();
 };
 
-// Builds the section sequence of a file: `total` times the next line that contains "[Title ",
-// "[Table " or "[Consolidate " and not "Col" (exposed for tests).
-std::vector<std::string> ReadSectionSequence(const std::string& path, int total);
 
 }  // namespace kroveld

@@ -146,11 +146,6 @@ bool Scan(std::string_view text, const NumberLocale& loc, Scanned& out) {
   return ScanBody(s, loc, out);
 }
 
-NumberLocale& CurrentLocale() {
-  static NumberLocale loc = NumberLocale::FromEnvironment();
-  return loc;
-}
-
 // Appends the magnitude with thousands separators every three digits.
 void AppendGroupedInt(std::string& out, std::uint64_t v, char sep) {
   char buf[32];
@@ -190,11 +185,8 @@ NumberLocale NumberLocale::FromEnvironment() {
 }
 
 const NumberLocale& NumberLocale::Current() {
-  return CurrentLocale();
-}
-
-void NumberLocale::SetCurrent(const NumberLocale& locale) {
-  CurrentLocale() = locale;
+  static const NumberLocale loc = FromEnvironment();
+  return loc;
 }
 
 NumberParse ParseFixed(std::string_view text, Fixed4& out, const NumberLocale& loc) {
@@ -221,11 +213,6 @@ NumberParse ParseFixed(std::string_view text, Fixed4& out, const NumberLocale& l
   const auto raw = static_cast<std::int64_t>(v);
   out.raw = s.negative ? -raw : raw;
   return NumberParse::kOk;
-}
-
-bool IsNumeric(std::string_view text, const NumberLocale& loc) {
-  Scanned s;
-  return Scan(text, loc, s);
 }
 
 bool ParseDouble(std::string_view text, double& out, const NumberLocale& loc) {

@@ -18,7 +18,6 @@ struct NumberLocale {
   // Reads the process's current locale settings (call after setlocale(LC_ALL, "")).
   static NumberLocale FromEnvironment();
   static const NumberLocale& Current();
-  static void SetCurrent(const NumberLocale& locale);
 };
 
 // A fixed-point value: the number times 10000.
@@ -35,8 +34,6 @@ enum class NumberParse { kNotNumeric, kOk, kOverflow };
 // rounded half away from zero. kOverflow when the value does not fit the fixed-point range.
 NumberParse ParseFixed(std::string_view text, Fixed4& out,
                        const NumberLocale& loc = NumberLocale::Current());
-// True for kOk and kOverflow (the text is a number even if it does not fit).
-bool IsNumeric(std::string_view text, const NumberLocale& loc = NumberLocale::Current());
 // The same test yielding a double (for cells), false when not numeric.
 bool ParseDouble(std::string_view text, double& out,
                  const NumberLocale& loc = NumberLocale::Current());
