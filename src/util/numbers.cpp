@@ -290,12 +290,6 @@ void AppendPlain(std::string& out, Fixed4 v, const NumberLocale& loc) {
   out.append(digits, static_cast<std::size_t>(len));
 }
 
-std::string FormatPlain(Fixed4 v, const NumberLocale& loc) {
-  std::string s;
-  AppendPlain(s, v, loc);
-  return s;
-}
-
 std::string FormatPlainDouble(double v, const NumberLocale& loc) {
   if (v == 0.0) return "0";  // also for -0
   char buf[1200];
