@@ -26,6 +26,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     double d = 0;
     const bool numeric = ParseDouble(text, d, *loc);
     if (numeric != (parsed != NumberParse::kNotNumeric)) abort();
+    if (IsNumeric(text, *loc) != numeric) abort();
     if (parsed != NumberParse::kOk) continue;
 
     std::string plain;

@@ -215,6 +215,11 @@ NumberParse ParseFixed(std::string_view text, Fixed4& out, const NumberLocale& l
   return NumberParse::kOk;
 }
 
+bool IsNumeric(std::string_view text, const NumberLocale& loc) {
+  Scanned s;
+  return Scan(text, loc, s);
+}
+
 bool ParseDouble(std::string_view text, double& out, const NumberLocale& loc) {
   Scanned s;
   if (!Scan(text, loc, s)) return false;

@@ -34,6 +34,8 @@ enum class NumberParse { kNotNumeric, kOk, kOverflow };
 // rounded half away from zero. kOverflow when the value does not fit the fixed-point range.
 NumberParse ParseFixed(std::string_view text, Fixed4& out,
                        const NumberLocale& loc = NumberLocale::Current());
+// True for kOk and kOverflow (the text is a number even if it does not fit).
+bool IsNumeric(std::string_view text, const NumberLocale& loc = NumberLocale::Current());
 // The same test yielding a double (for cells), false when not numeric.
 bool ParseDouble(std::string_view text, double& out,
                  const NumberLocale& loc = NumberLocale::Current());
