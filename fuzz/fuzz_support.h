@@ -4,9 +4,12 @@
 #pragma once
 
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "engine/context.h"
@@ -26,15 +29,26 @@ class QuietPort final : public UiPort {
   int messages = 0;
 };
 
-// A folder made once per process under TMPDIR (or /tmp); the harnesses overwrite their files in it.
+// A folder made once per process, in memory where the system offers one (/dev/shm), else under
+// TMPDIR (or /tmp); the harnesses overwrite their files in it. In memory, the application files,
+// reports and outputs written per input cost no disk writes and their flushes are free.
 inline const std::string& ScratchFolder() {
-  static const std::string folder = [] {
-    const char* base = getenv("TMPDIR");
-    std::string pattern = std::string(base && *base ? base : "/tmp") + "/kroveld-fuzz-XXXXXX";
-    if (!mkdtemp(pattern.data())) abort();
-    return pattern;
+  // Never destroyed, so that the clean-up at exit can still read it.
+  static const std::string* const folder = [] {
+    const char* base = getenv("KROVELD_FUZZ_SCRATCH");
+    if (!base || !*base) base = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : getenv("TMPDIR");
+    auto* path =
+        new std::string(std::string(base && *base ? base : "/tmp") + "/kroveld-fuzz-XXXXXX");
+    if (!mkdtemp(path->data())) abort();
+    return path;
   }();
-  return folder;
+  // Removed when the process ends normally (each job of a fork-mode run is a process).
+  static const int cleanup = std::atexit([] {
+    std::error_code ignored;
+    std::filesystem::remove_all(*folder, ignored);
+  });
+  (void)cleanup;
+  return *folder;
 }
 
 inline std::string WriteScratch(const std::string& name, const std::uint8_t* data,

@@ -20,8 +20,6 @@ class AddField : public QDialog {
 
   // False (dialog left open, nothing appended) for a width below 1.
   bool Ok();
-  int LastWidth() const { return width_; }
-  int LastKind() const { return kind_; }
 
  private:
   TableBuilder& table_;

@@ -223,18 +223,6 @@ std::string TooManySections(const std::string& path, std::string_view kind) {
 
 }  // namespace
 
-std::vector<std::string> ReadSectionSequence(const std::string& path, int total) {
-  std::vector<std::string> sequence;
-  TextFile file;
-  if (!file.Open(path)) return sequence;
-  std::string_view line;
-  // At the end of the file the rest of the sequence stays absent.
-  while (static_cast<int>(sequence.size()) < total && file.ReadLine(line)) {
-    if (const SectionKind* kind = SequenceKind(line)) sequence.emplace_back(kind->word);
-  }
-  return sequence;
-}
-
 int clsExportSpecs::getWritePointer(UiPort& ui, int sheet) const {
   if (sheet == 1) return WritePointer1;
   if (sheet == 2) return WritePointer2;

@@ -41,7 +41,8 @@ class clsExportSpecs {
   // Empties the object, then reads the file (header, name, counts, sequence, sections).
   void ReadFromFile(UiPort& ui, const std::string& path);
   // Writes the header, the name and every section in sequence order, renumbered per kind.
-  // False (after a message) when the file cannot be written.
+  // False (after a message) when the file cannot be written. The system's named interface; its
+  // one caller, clsRecipe::SaveToFile, has none yet.
   bool WriteToFile(UiPort& ui, const std::string& path) const;
   // One pass into ctx.sink. A sink that holds cells also gets its sheets renamed and its font
   // set, and consolidations run; a sink of rows gets the table rows only.
@@ -53,9 +54,5 @@ class clsExportSpecs {
   // Empties the sections, the sequence and the counts; pointers back to 1.
   void Clear();
 };
-
-// Builds the section sequence of a file: `total` times the next line that contains "[Title ",
-// "[Table " or "[Consolidate " and not "Col" (exposed for tests).
-std::vector<std::string> ReadSectionSequence(const std::string& path, int total);
 
 }  // namespace kroveld

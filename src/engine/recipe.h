@@ -41,6 +41,7 @@ class clsRecipe {
   void LoadFromFile(UiPort& ui, const std::string& path, const std::string& standsFor);
   // A short-format recipe is loaded by LoadFromFileShort (engine/short_format.h).
   // Writes the recipe and asks the export specification to write itself. False on failure.
+  // The system's named interface; no caller yet.
   bool SaveToFile(UiPort& ui, const std::string& path) const;
   void Reset();
 

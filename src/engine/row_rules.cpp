@@ -27,7 +27,9 @@ bool CompileKey(Pattern& into, std::string_view key, const std::string& text,
 // more, otherwise every decimal.
 std::string SumText(Fixed4 sum) {
   if (sum.raw % 100 == 0) return FormatGrouped(sum, 2);
-  return FormatPlain(sum);
+  std::string text;
+  AppendPlain(text, sum);
+  return text;
 }
 
 }  // namespace

@@ -146,11 +146,6 @@ bool Scan(std::string_view text, const NumberLocale& loc, Scanned& out) {
   return ScanBody(s, loc, out);
 }
 
-NumberLocale& CurrentLocale() {
-  static NumberLocale loc = NumberLocale::FromEnvironment();
-  return loc;
-}
-
 // Appends the magnitude with thousands separators every three digits.
 void AppendGroupedInt(std::string& out, std::uint64_t v, char sep) {
   char buf[32];
@@ -190,11 +185,8 @@ NumberLocale NumberLocale::FromEnvironment() {
 }
 
 const NumberLocale& NumberLocale::Current() {
-  return CurrentLocale();
-}
-
-void NumberLocale::SetCurrent(const NumberLocale& locale) {
-  CurrentLocale() = locale;
+  static const NumberLocale loc = FromEnvironment();
+  return loc;
 }
 
 NumberParse ParseFixed(std::string_view text, Fixed4& out, const NumberLocale& loc) {
@@ -301,12 +293,6 @@ void AppendPlain(std::string& out, Fixed4 v, const NumberLocale& loc) {
   int len = 4;
   while (len > 0 && digits[len - 1] == '0') --len;
   out.append(digits, static_cast<std::size_t>(len));
-}
-
-std::string FormatPlain(Fixed4 v, const NumberLocale& loc) {
-  std::string s;
-  AppendPlain(s, v, loc);
-  return s;
 }
 
 std::string FormatPlainDouble(double v, const NumberLocale& loc) {

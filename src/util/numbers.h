@@ -18,7 +18,6 @@ struct NumberLocale {
   // Reads the process's current locale settings (call after setlocale(LC_ALL, "")).
   static NumberLocale FromEnvironment();
   static const NumberLocale& Current();
-  static void SetCurrent(const NumberLocale& locale);
 };
 
 // A fixed-point value: the number times 10000.
@@ -46,7 +45,6 @@ bool AddFixed(Fixed4 a, Fixed4 b, Fixed4& out);
 
 // Shortest plain text: no thousands separators, no trailing zeros, locale decimal point.
 void AppendPlain(std::string& out, Fixed4 v, const NumberLocale& loc = NumberLocale::Current());
-std::string FormatPlain(Fixed4 v, const NumberLocale& loc = NumberLocale::Current());
 // A numeric text in plain form with the decimals it was printed with: a leading minus, no
 // padding, no leading zeros, no thousands separators, no currency, `point` as the decimal point
 // ("  1,554.70-" -> "-1554.70", "(12.00)" -> "-12.00", "$0.50" -> "0.50", "1.5E3" -> "1500").

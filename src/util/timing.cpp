@@ -1,4 +1,4 @@
-// Millisecond ticks and the diagnostic timing line.
+// Millisecond ticks and the elapsed-seconds text.
 #include "util/timing.h"
 
 #include <chrono>
@@ -11,13 +11,6 @@ std::uint64_t TickCount() {
   using namespace std::chrono;
   return static_cast<std::uint64_t>(
       duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
-}
-
-std::string TimingLine(std::string_view label, std::uint64_t milliseconds) {
-  std::string s = "Time (ms) from [";
-  s.append(label).append("] = ");
-  AppendInt(s, static_cast<long long>(milliseconds));
-  return s;
 }
 
 std::string FormatSeconds(std::uint64_t milliseconds) {

@@ -1,4 +1,4 @@
-// Millisecond tick count and the diagnostic timing line.
+// Millisecond tick count and the elapsed-seconds text.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,6 @@ namespace kroveld {
 
 // Milliseconds from an arbitrary fixed point (monotonic).
 std::uint64_t TickCount();
-// "Time (ms) from [" + label + "] = " + milliseconds. The system's named interface; no caller yet.
-std::string TimingLine(std::string_view label, std::uint64_t milliseconds);
 // Seconds formatted "##0.0" (at least one digit before the point, one after).
 std::string FormatSeconds(std::uint64_t milliseconds);
 

@@ -102,13 +102,6 @@ TEST(SlashCommandLine, EmptyTextIsNoJobAndBlanksAreAJob) {
   EXPECT_TRUE(options.bClearOutputFileBeforeProcessing);
 }
 
-TEST(SlashCommandLine, QuestionMarkAsksForHelpAndIsStillAJob) {
-  clsConversionOptions options;
-  const SlashParseResult r = ParseCommandLine("/?", options, kApp);
-  EXPECT_TRUE(r.job);
-  EXPECT_TRUE(r.helpRequested);
-}
-
 TEST(SlashCommandLine, FieldHelpers) {
   EXPECT_EQ(CountFields("", '/'), 1);
   EXPECT_EQ(CountFields("/a/b", '/'), 3);

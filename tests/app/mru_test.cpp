@@ -37,7 +37,7 @@ TEST(Mru, TwentyReadAndOneAddedDropsTheOldest) {
   ASSERT_EQ(mru.Count(), 20);
   mru.AddUniqueItemToCollection("new");
   EXPECT_EQ(mru.Count(), 21);  // not trimmed until written
-  mru.ShutDown();
+  ASSERT_TRUE(mru.WriteCollectionToIniFile());
   EXPECT_EQ(Slot(path, 20), "new");
   EXPECT_EQ(Slot(path, 19), "p20");
   EXPECT_EQ(Slot(path, 1), "p2");

@@ -28,18 +28,22 @@ struct Work : testing::ExampleWork {
   }
 };
 
+// The shipped examples are clean.
 TEST(Check, CleanRecipeSaysNothingAndExitsZero) {
   Work w;
-  for (const auto& args : {std::vector<std::string>{"--check", "-r", "trial-balance.rcp"},
-                           {"--check", "-r", "trial-balance.rcp", "-i", "trial-balance.txt"}}) {
-    const auto r = w.Run(args);
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.err, "");
-    EXPECT_EQ(r.out, "");
+  w.CopyExample("departments");
+  for (const std::string name : {"trial-balance", "departments"}) {
+    for (const auto& args : {std::vector<std::string>{"--check", "-r", name + ".rcp"},
+                             {"--check", "-r", name + ".rcp", "-i", name + ".txt"}}) {
+      const auto r = w.Run(args);
+      EXPECT_EQ(r.status, 0) << r.err;
+      EXPECT_EQ(r.err, "");
+      EXPECT_EQ(r.out, "");
+    }
   }
-  // Nothing in the application folder, not even config.ini, and nothing beside the recipe.
+  // Nothing in the application folder, not even config.ini, and nothing beside the recipes.
   EXPECT_TRUE(w.HomeFiles().empty());
-  EXPECT_FALSE(fs::exists(w.F("trial-balance.csv")));
+  EXPECT_EQ(std::distance(fs::directory_iterator(w.dir.path()), {}), 7);  // 6 files and home
 }
 
 // The slips of the issue, each with the note that names its line and section.

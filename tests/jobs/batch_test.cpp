@@ -157,40 +157,6 @@ TEST(BeginProcessing, OutputWithoutWildcardIsRefused) {
   EXPECT_EQ(b.host.mruUpdates, 0);
 }
 
-TEST(BeginProcessing, EmptyFolderConvertsNothingAndStillCompletes) {
-  BatchFixture b;
-  std::filesystem::create_directory(b.dir.File("empty"));
-  b.ctx.options.sInputFile = b.dir.File("empty/*.txt");
-  b.ctx.options.sOutputFile = b.dir.File("out/*.csv");
-  BeginProcessing(b.ctx, b.host);
-  // Nothing but a note on why nothing was converted.
-  ASSERT_EQ(b.port.messages.size(), 1u);
-  EXPECT_EQ(b.port.messages[0].icon, Icon::Information);
-  EXPECT_EQ(b.host.mruUpdates, 0);
-  EXPECT_EQ(b.port.statuses[b.port.statuses.size() - 2].second, "Conversion Complete");
-}
-
-TEST(BeginProcessing, StopRequestEndsTheBatchBetweenFiles) {
-  BatchFixture b;
-  b.ctx.options.sInputFile = b.dir.File("in/*.txt");
-  b.ctx.options.sOutputFile = b.dir.File("out/*.csv");
-  // Asked to stop once the first file's output is complete.
-  b.port.onProcessEvents = [&] {
-    if (std::filesystem::exists(b.dir.File("out/a.csv"))) b.ctx.run.stopRequested = true;
-  };
-  BatchStop stop;
-  BeginProcessing(b.ctx, b.host, &stop);
-  EXPECT_EQ(ReadFile(b.dir.File("out/a.csv")), testing::SmallCsv());
-  EXPECT_FALSE(std::filesystem::exists(b.dir.File("out/b.csv")));
-  EXPECT_EQ(b.host.mruUpdates, 1);
-  // The batch itself says nothing; its caller learns where it stopped.
-  EXPECT_TRUE(b.port.messages.empty());
-  EXPECT_TRUE(stop.betweenFiles);
-  EXPECT_EQ(stop.next, 2u);
-  EXPECT_EQ(stop.count, 2u);
-  EXPECT_EQ(b.port.statuses[b.port.statuses.size() - 2].second, "Conversion Complete");
-}
-
 TEST(BeginProcessing, TheWholeJobIsMarkedRunning) {
   BatchFixture b;
   b.ctx.options.sInputFile = b.dir.File("in/*.txt");
@@ -203,17 +169,6 @@ TEST(BeginProcessing, TheWholeJobIsMarkedRunning) {
   EXPECT_EQ(std::count(running.begin(), running.end(), false), 0);
   EXPECT_FALSE(b.ctx.run.running);
   EXPECT_EQ(std::make_pair(b.host.started, b.host.finished), std::make_pair(1, 1));
-}
-
-TEST(BeginProcessing, AFailingFileDoesNotStopTheBatch) {
-  BatchFixture b;
-  b.dir.Write("in/a.TXT", "no table here\r\n");
-  b.ctx.options.sInputFile = b.dir.File("in/*.txt");
-  b.ctx.options.sOutputFile = b.dir.File("out/*.csv");
-  BeginProcessing(b.ctx, b.host);
-  EXPECT_FALSE(b.port.messages.empty());
-  EXPECT_EQ(ReadFile(b.dir.File("out/b.csv")), testing::SmallCsv());
-  EXPECT_EQ(b.host.mruUpdates, 2);
 }
 
 }  // namespace

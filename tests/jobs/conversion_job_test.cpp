@@ -131,17 +131,6 @@ TEST(WriteReport, WorkbookIsWrittenWithItsCaption) {
   EXPECT_EQ(f.port.captions[0], kWorkbookCaption);
 }
 
-TEST(WriteReport, UnwritableCsvIsReportedOnceWithItsPath) {
-  JobFixture f;
-  const std::string output = f.dir.File("no/such/folder/out.csv");
-  f.UseRecipe(testing::SmallRecipe(f.dir), f.dir.Write("in.txt", testing::SmallReport()), output);
-  RunRecipe(f.ctx, f.host);
-  ASSERT_EQ(f.port.messages.size(), 1u);
-  EXPECT_EQ(f.port.messages[0].icon, Icon::Critical);
-  EXPECT_NE(f.port.messages[0].text.find(output), std::string::npos) << f.port.messages[0].text;
-  EXPECT_EQ(f.port.Caption(), "Kroveld - Document To CSV/XLS Conversion");
-}
-
 TEST(AutoRecipeLock, HeldExclusivelyOnTheFolderUntilReleased) {
   TempDir dir;
   auto tryLock = [&] {

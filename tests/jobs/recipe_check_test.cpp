@@ -41,11 +41,6 @@ struct LintCase {
 TEST(RecipeLint, EachKindOfNoteOnItsLine) {
   const RecipeFileKind krs = RecipeFileKind::ExportSpec;
   const LintCase cases[] = {
-      {"misspelt column key",
-       krs,
-       kSpecHeader + kTable1 +
-           "[Table 1 Col 1]\nReadColumStart=8\nReadColumnEnd=9\nWriteColumn=A\n",
-       {{12, "Table 1 Col 1", "unknown key 'ReadColumStart'; did you mean 'ReadColumnStart'?"}}},
       {"misspelt column key hides the columns after it",
        krs,
        kSpecHeader +
@@ -58,15 +53,6 @@ TEST(RecipeLint, EachKindOfNoteOnItsLine) {
         {15, "Table 1 Col 2",
          "not read: the search for ReadColumnStart of [Table 1 Col 1], which is not there, ran "
          "on to this heading and past it"}}},
-      {"misspelt offset hides the keys after it",
-       krs,
-       kSpecHeader +
-           "[Table 1]\nReadStartLine=ITEMS\nReadStartLineOfset=2\nReadEndLine=END\n"
-           "ReadEndLineOffset=0\nTotalColumns=1\n" +
-           kCol1,
-       {{5, "Table 1", "Can not find ReadEndLine: -999999"},
-        {7, "Table 1", "did you mean 'ReadStartLineOffset'?"},
-        {8, "Table 1", "'ReadEndLine' is not read: ReadStartLineOffset, looked for before it"}}},
       {"key before the one it shadows",
        krs,
        kSpecHeader +
@@ -201,34 +187,7 @@ TEST(RecipeLint, NoteFormat) {
   EXPECT_EQ(FormatRecipeNote({"a.rcp", 3, "", "text"}), "a.rcp:3: text");
 }
 
-// The shipped examples are clean: nothing to say, no message, and nothing written beside them
-// or in the application folder.
-TEST(RecipeCheck, ShippedExamplesGiveNoNote) {
-  for (const char* name : {"trial-balance", "departments"}) {
-    SCOPED_TRACE(name);
-    TempDir dir;
-    for (const char* ext : {".rcp", ".krs", ".txt"}) {
-      std::filesystem::copy_file(std::string(KROVELD_SOURCE_DIR) + "/examples/" + name + ext,
-                                 dir.File(std::string(name) + ext));
-    }
-    const std::string recipe = dir.File(std::string(name) + ".rcp");
-    EXPECT_TRUE(LintRecipeFile(recipe, RecipeFileKind::Recipe).empty());
-    EXPECT_TRUE(
-        LintRecipeFile(dir.File(std::string(name) + ".krs"), RecipeFileKind::ExportSpec).empty());
-    for (const std::string& report : {std::string(), dir.File(std::string(name) + ".txt")}) {
-      RecordingPort port;
-      const auto notes = CheckRecipe(port, {recipe, report, 8});
-      EXPECT_TRUE(notes.empty()) << FormatRecipeNote(notes.front());
-      EXPECT_TRUE(port.messages.empty()) << port.messages.front().text;
-    }
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()),
-                            std::filesystem::directory_iterator()),
-              3);
-  }
-}
-
-// The check shows the loaders' own messages and adds the notes of both files; a short recipe is
-// converted away from the application folder; a missing recipe is said in the conversion's words.
+// The check shows the loaders' own messages and adds the notes of both files.
 TEST(RecipeCheck, MessagesOfTheLoadAndNotesOfBothFiles) {
   TempDir dir;
   dir.Write("x.rcp", kRecipeTop + "WriteDataFormat=nearestcent\n");
@@ -248,22 +207,6 @@ TEST(RecipeCheck, MessagesOfTheLoadAndNotesOfBothFiles) {
                 "Invalid Read Column start position!", "Invalid Read Column start position!",
                 "Invalid table specs (column 1): ReadColumnStart is smaller than 1 "
                 "or larger than ReadColumnEnd!"}));
-
-  dir.Write("s.rcp",
-            "[Header]\nProduct=KRO-B\n[Table 1]\nReadStartLine=ITEMS\n"
-            "ReadStartLineOffset=1\nReadEndLine=END\nReadEndLineOffset=-1\n"
-            "Parsing==L\n");
-  port.Clear();
-  notes = CheckRecipe(port, {dir.File("s.rcp"), "", 8});
-  ASSERT_EQ(notes.size(), 1u);
-  EXPECT_NE(notes[0].text.find("give one with --input"), std::string::npos);
-  notes = CheckRecipe(port, {dir.File("s.rcp"), dir.File("report.txt"), 8});
-  EXPECT_TRUE(notes.empty());
-  EXPECT_TRUE(port.messages.empty()) << port.messages.front().text;
-
-  notes = CheckRecipe(port, {dir.File("none.rcp"), "", 8});
-  EXPECT_TRUE(notes.empty());
-  EXPECT_EQ(port.Texts().back(), "Recipe file " + dir.File("none.rcp") + " does not exist!");
 }
 
 }  // namespace

@@ -125,24 +125,6 @@ TEST_P(WorkbookFormats, UnreadableOutputIsKeptAsBak) {
   }
 }
 
-TEST_P(WorkbookFormats, ASaveToldToStopKeepsTheOldFile) {
-  TempDir dir;
-  const std::string path = dir.File(std::string("saved") + GetParam());
-  const std::string before = SaveOldContent(path);
-  WorkbookSink sink;
-  sink.Open(path, false);
-  for (int r = 1; r <= 5000; ++r) sink.SetCell(1, r, 1, "row " + std::to_string(r));
-  std::int64_t lastHeld = 0;
-  EXPECT_FALSE(sink.Save([&](std::int64_t, std::int64_t held) {
-    lastHeld = held;
-    return false;
-  }));
-  EXPECT_EQ(lastHeld, 5000);
-  EXPECT_EQ(sink.Error(), "Saving " + path + " was stopped; the file there is kept as it was");
-  EXPECT_EQ(ReadFile(path), before);
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
-}
-
 TEST(WorkbookSink, ATableBeyondTheLastRowIsRefusedBeforeWritingAndKeepsTheOldFile) {
   TempDir dir;
   const std::string path = dir.File("big.xlsx");
@@ -158,18 +140,6 @@ TEST(WorkbookSink, ATableBeyondTheLastRowIsRefusedBeforeWritingAndKeepsTheOldFil
                               ": sheet 1 would need row 1,048,577; a .xlsx sheet holds at most "
                               "1,048,576 rows. Nothing was written");
   EXPECT_EQ(ReadFile(path), before);
-}
-
-TEST_P(WorkbookFormats, MissingFolderFailsWithPathAndReason) {
-  TempDir dir;
-  const std::string path = dir.File(std::string("no/such/folder/out") + GetParam());
-  WorkbookSink sink;
-  sink.Open(path, false);
-  sink.SetCell(1, 1, 1, "x");
-  EXPECT_FALSE(sink.Save());
-  EXPECT_NE(sink.Error().find(path), std::string::npos) << sink.Error();
-  EXPECT_NE(sink.Error().find("No such file"), std::string::npos) << sink.Error();
-  EXPECT_FALSE(FileExists(path));
 }
 
 INSTANTIATE_TEST_SUITE_P(Both, WorkbookFormats, ::testing::Values(".xlsx", ".xls", ".XLS"));

@@ -4,7 +4,6 @@
 namespace kroveld {
 
 bool CsvSink::Open(const std::string& path) {
-  rows_ = 0;
   return file_.Open(path);
 }
 
@@ -19,7 +18,6 @@ void CsvSink::Abort() {
 void CsvSink::WriteCsvRow(std::string_view row) {
   file_.Write(row);
   file_.Write("\r\n");
-  ++rows_;
 }
 
 }  // namespace kroveld

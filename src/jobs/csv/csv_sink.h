@@ -23,7 +23,6 @@ class CsvSink final : public OutputSink {
   void SetDurable(bool durable) { file_.SetDurable(durable); }
   bool IsOpen() const { return file_.IsOpen(); }
   const std::string& Error() const { return file_.Error(); }
-  long long RowsWritten() const { return rows_; }
 
   bool HoldsCells() const override { return false; }
   void SetCell(int, int, int, std::string_view) override {}
@@ -35,7 +34,6 @@ class CsvSink final : public OutputSink {
 
  private:
   AtomicFile file_;
-  long long rows_ = 0;
 };
 
 }  // namespace kroveld

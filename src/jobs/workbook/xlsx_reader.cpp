@@ -1,6 +1,8 @@
-// .xlsx input: libzip opens the package, pugixml reads the parts. Works with what spreadsheet
-// programs and libraries write: shared or inline strings, rich-text runs, absolute or relative
-// part names, optional cell references, namespace prefixes on element names.
+// .xlsx input: libzip opens the package; pugixml reads the small parts (workbook, relationships,
+// styles) and the pull reader streams the sheets and the shared strings, so a big sheet costs its
+// cells and not a document tree. Works with what spreadsheet programs and libraries write: shared
+// or inline strings, rich-text runs, absolute or relative part names, optional cell references,
+// namespace prefixes on element names.
 #include "jobs/workbook/xlsx_reader.h"
 
 #include <zip.h>
@@ -15,6 +17,7 @@
 
 #include "jobs/workbook/column_widths.h"
 #include "jobs/workbook/text_encoding.h"
+#include "jobs/workbook/xml_pull.h"
 #include "util/files.h"
 
 namespace kroveld {
@@ -49,6 +52,45 @@ bool ReadEntry(zip_t* zip, const std::string& name, std::string& out) {
   }
   zip_fclose(f);
   return ok && out.size() == st.size;
+}
+
+// Streams a part through the pull reader, handing every event to `on_event`. False when the part
+// is missing, bigger than the cap, not as long as the zip directory says, or not well-formed XML.
+template <class OnEvent>
+bool StreamEntry(zip_t* zip, const std::string& name, OnEvent&& on_event) {
+  zip_stat_t st;
+  zip_stat_init(&st);
+  if (zip_stat(zip, name.c_str(), 0, &st) != 0 || !(st.valid & ZIP_STAT_SIZE)) return false;
+  if (st.size > kMaxEntryBytes) return false;
+  zip_file_t* f = zip_fopen(zip, name.c_str(), 0);
+  if (!f) return false;
+  zip_uint64_t total = 0;
+  XmlPull xml([&](char* buffer, std::size_t size) -> long long {
+    const zip_int64_t got = zip_fread(f, buffer, size);
+    if (got < 0) return -1;
+    total += static_cast<zip_uint64_t>(got);
+    return total > st.size ? -1 : got;
+  });
+  XmlPull::Event e;
+  while ((e = xml.Next()) != XmlPull::Event::kDone && e != XmlPull::Event::kError) on_event(xml, e);
+  zip_fclose(f);
+  return e == XmlPull::Event::kDone && total == st.size;
+}
+
+// Leading integer of an attribute value (blanks and a sign allowed), 0 when there is none.
+long long LeadingInt(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+  long long v = 0;
+  std::from_chars(text.data(), text.data() + text.size(), v);
+  return v;
+}
+
+double LeadingDouble(std::string_view text) {
+  while (!text.empty() && text.front() == ' ') text.remove_prefix(1);
+  double v = 0;
+  std::from_chars(text.data(), text.data() + text.size(), v);
+  return v;
 }
 
 std::string_view LocalName(const char* name) {
@@ -109,18 +151,42 @@ void AppendDecoded(std::string_view text, std::string& out) {
   }
 }
 
-// Text of a string item: a <t>, or the <t> of every rich-text run <r> (phonetic runs skipped).
-std::string ItemText(const pugi::xml_node& item) {
-  std::string out;
-  for (pugi::xml_node c : item.children()) {
-    if (Is(c, "t")) {
-      AppendDecoded(c.text().get(), out);
-    } else if (Is(c, "r")) {
-      AppendDecoded(Child(c, "t").text().get(), out);
+// Collects the text of a string item (<si> of the shared strings, <is> of an inline string)
+// from the pull events inside it: a <t>, or the <t> of every rich-text run <r> (phonetic runs
+// skipped). `depth` is the item element's depth.
+class ItemCollector {
+ public:
+  void Begin(int depth) {
+    depth_ = depth;
+    text_.clear();
+    in_t_ = false;
+  }
+  void On(const XmlPull& xml, XmlPull::Event e) {
+    const int below = xml.Depth() - depth_;
+    if (e == XmlPull::Event::kStart && xml.Name() == "t" &&
+        (below == 1 || (below == 2 && in_run_))) {
+      in_t_ = true;
+      raw_.clear();
+    } else if (e == XmlPull::Event::kStart && below == 1) {
+      in_run_ = xml.Name() == "r";
+    } else if (e == XmlPull::Event::kText && in_t_) {
+      raw_.append(xml.Text());
+    } else if (e == XmlPull::Event::kEnd && in_t_ && xml.Name() == "t") {
+      in_t_ = false;
+      AppendDecoded(raw_, text_);
+    } else if (e == XmlPull::Event::kEnd && below == 1) {
+      in_run_ = false;
     }
   }
-  return out;
-}
+  const std::string& Text() const { return text_; }
+
+ private:
+  int depth_ = 0;
+  bool in_run_ = false;
+  bool in_t_ = false;
+  std::string raw_;
+  std::string text_;
+};
 
 // Folder part of a part name ("xl/workbook.xml" -> "xl/").
 std::string PartFolder(const std::string& part) {
@@ -218,63 +284,129 @@ Styles ReadStyles(zip_t* zip, const std::string& part) {
   return styles;
 }
 
-void ReadSheetCells(const pugi::xml_node& root, const std::vector<std::string>& strings,
-                    const Styles& styles, Sheet& sheet) {
-  for (pugi::xml_node col : Child(root, "cols").children()) {
-    const double width = col.attribute("width").as_double() - kColumnPadding;
-    if (!Is(col, "col") || !(width > 0)) continue;
-    const int last = std::min(col.attribute("max").as_int(), kMaxSheetColumns);
-    for (int c = std::max(1, col.attribute("min").as_int()); c <= last; ++c) {
-      sheet.SetKeptWidth(c, width);
-    }
-  }
-  int row = 0;
-  std::string text;
-  for (pugi::xml_node r : Child(root, "sheetData").children()) {
-    if (!Is(r, "row")) continue;
-    const int numbered = r.attribute("r").as_int();
-    row = numbered > 0 ? numbered : row + 1;
-    int column = 0;
-    for (pugi::xml_node c : r.children()) {
-      if (!Is(c, "c")) continue;
-      int cell_row = row;
-      int cell_column = column + 1;
-      const pugi::xml_attribute ref = c.attribute("r");
-      if (ref) ParseReference(ref.value(), cell_row, cell_column);
-      column = cell_column;
-      const std::string_view type = c.attribute("t").value();
-      const pugi::xml_node v = Child(c, "v");
-      const std::string_view value = v.text().get();
-      text.clear();
-      if (type == "s") {
-        const auto index = static_cast<std::size_t>(v.text().as_ullong(~0ull));
-        if (index >= strings.size()) continue;
-        sheet.SetText(cell_row, cell_column, strings[index]);
-      } else if (type == "inlineStr") {
-        sheet.SetText(cell_row, cell_column, ItemText(Child(c, "is")));
-      } else if (type == "b") {
-        if (!v) continue;
-        sheet.SetText(cell_row, cell_column, value == "1" ? "TRUE" : "FALSE");
-      } else if (type == "str" || type == "e" || type == "d") {
-        if (!v) continue;
-        AppendDecoded(value, text);
-        sheet.SetText(cell_row, cell_column, text);
+// Builds a sheet from the pull events of its part: column widths from <cols>, cells from the
+// <row>s of <sheetData>. Cell values are collected while the cell is open and stored at its end.
+class SheetBuilder {
+ public:
+  SheetBuilder(const std::vector<std::string>& strings, const Styles& styles, Sheet& sheet)
+      : strings_(strings), styles_(styles), sheet_(sheet) {}
+
+  void On(const XmlPull& xml, XmlPull::Event e) {
+    using E = XmlPull::Event;
+    const int depth = xml.Depth();
+    if (in_is_) {
+      if (e == E::kEnd && depth == 4 && xml.Name() == "is") {
+        in_is_ = false;
       } else {
-        if (value.empty()) continue;  // a formatted empty cell
-        double number = 0;
-        const auto res = std::from_chars(value.data(), value.data() + value.size(), number);
-        if (res.ec != std::errc()) {
-          sheet.SetText(cell_row, cell_column, value);
-          continue;
-        }
-        const auto style = static_cast<std::size_t>(c.attribute("s").as_uint());
-        const NumberFormat format = style < styles.cell_formats.size() ? styles.cell_formats[style]
-                                                                       : NumberFormat::kGeneral;
-        sheet.SetNumber(cell_row, cell_column, number, format);
+        item_.On(xml, e);
       }
+      return;
+    }
+    if (e == E::kText) {
+      if (in_v_) value_.append(xml.Text());
+      return;
+    }
+    if (e == E::kEnd) {
+      if (depth == 1) section_ = Section::kOther;
+      if (depth == 4 && in_v_) in_v_ = false;
+      if (depth == 3 && in_cell_) {
+        in_cell_ = false;
+        StoreCell();
+      }
+      return;
+    }
+    if (e != E::kStart) return;
+    const std::string_view name = xml.Name();
+    std::string_view value;
+    if (depth == 1) {
+      section_ = name == "cols"        ? Section::kCols
+                 : name == "sheetData" ? Section::kSheetData
+                                       : Section::kOther;
+    } else if (depth == 2 && section_ == Section::kCols && name == "col") {
+      const double width =
+          (xml.Attribute("width", value) ? LeadingDouble(value) : 0) - kColumnPadding;
+      if (!(width > 0)) return;
+      const long long min = xml.Attribute("min", value) ? LeadingInt(value) : 0;
+      const long long max = xml.Attribute("max", value) ? LeadingInt(value) : 0;
+      const long long last = std::min<long long>(max, kMaxSheetColumns);
+      for (long long c = std::max(1LL, min); c <= last; ++c) {
+        sheet_.SetKeptWidth(static_cast<int>(c), width);
+      }
+    } else if (depth == 2 && section_ == Section::kSheetData && name == "row") {
+      const long long numbered = xml.Attribute("r", value) ? LeadingInt(value) : 0;
+      // A row past the sheet's end stays past it (its cells are not kept), whatever it says.
+      row_ = numbered > 0 ? static_cast<int>(std::min<long long>(numbered, kMaxSheetRows + 1LL))
+                          : std::min(row_ + 1, kMaxSheetRows + 1);
+      column_ = 0;
+      in_row_ = true;
+    } else if (depth == 3 && in_row_ && section_ == Section::kSheetData && name == "c") {
+      cell_row_ = row_;
+      cell_column_ = column_ + 1;
+      if (xml.Attribute("r", value)) ParseReference(value, cell_row_, cell_column_);
+      column_ = cell_column_;
+      type_.assign(xml.Attribute("t", value) ? value : std::string_view());
+      const long long style = xml.Attribute("s", value) ? LeadingInt(value) : 0;
+      style_ = style > 0 ? static_cast<std::size_t>(style) : 0;
+      value_.clear();
+      has_v_ = false;
+      has_is_ = false;
+      in_cell_ = true;
+    } else if (depth == 4 && in_cell_ && name == "v" && !has_v_) {
+      has_v_ = true;
+      in_v_ = true;
+    } else if (depth == 4 && in_cell_ && name == "is" && !has_is_) {
+      has_is_ = true;
+      in_is_ = true;
+      item_.Begin(depth);
     }
   }
-}
+
+ private:
+  enum class Section { kOther, kCols, kSheetData };
+
+  void StoreCell() {
+    const std::string_view type = type_;
+    if (type == "s") {
+      std::size_t index = ~std::size_t{0};
+      const auto res = std::from_chars(value_.data(), value_.data() + value_.size(), index);
+      if (res.ec != std::errc() || index >= strings_.size()) return;
+      sheet_.SetText(cell_row_, cell_column_, strings_[index]);
+    } else if (type == "inlineStr") {
+      sheet_.SetText(cell_row_, cell_column_, has_is_ ? item_.Text() : std::string());
+    } else if (type == "b") {
+      if (!has_v_) return;
+      sheet_.SetText(cell_row_, cell_column_, value_ == "1" ? "TRUE" : "FALSE");
+    } else if (type == "str" || type == "e" || type == "d") {
+      if (!has_v_) return;
+      text_.clear();
+      AppendDecoded(value_, text_);
+      sheet_.SetText(cell_row_, cell_column_, text_);
+    } else {
+      if (value_.empty()) return;  // a formatted empty cell
+      double number = 0;
+      const auto res = std::from_chars(value_.data(), value_.data() + value_.size(), number);
+      if (res.ec != std::errc()) {
+        sheet_.SetText(cell_row_, cell_column_, value_);
+        return;
+      }
+      const NumberFormat format = style_ < styles_.cell_formats.size()
+                                      ? styles_.cell_formats[style_]
+                                      : NumberFormat::kGeneral;
+      sheet_.SetNumber(cell_row_, cell_column_, number, format);
+    }
+  }
+
+  const std::vector<std::string>& strings_;
+  const Styles& styles_;
+  Sheet& sheet_;
+  Section section_ = Section::kOther;
+  ItemCollector item_;
+  int row_ = 0, column_ = 0, cell_row_ = 0, cell_column_ = 0;
+  bool in_row_ = false, in_cell_ = false, in_v_ = false, in_is_ = false;
+  bool has_v_ = false, has_is_ = false;
+  std::size_t style_ = 0;
+  std::string type_, value_, text_;
+};
 
 }  // namespace
 
@@ -306,17 +438,23 @@ bool ReadXlsx(const std::string& path, Workbook& book, std::string& error) {
   }
 
   std::vector<std::string> strings;
-  {
-    std::string sst_data;
-    pugi::xml_document sst;
-    if (!strings_part.empty() && ReadEntry(zip.get(), strings_part, sst_data)) {
-      if (!Parse(sst, sst_data)) {
-        error = path + ": the shared strings are broken";
-        return false;
+  if (!strings_part.empty() && zip_name_locate(zip.get(), strings_part.c_str(), 0) >= 0) {
+    ItemCollector item;
+    bool in_item = false;
+    const bool ok = StreamEntry(zip.get(), strings_part, [&](const XmlPull& xml, XmlPull::Event e) {
+      if (xml.Depth() == 1 && xml.Name() == "si" && e == XmlPull::Event::kStart) {
+        in_item = true;
+        item.Begin(1);
+      } else if (xml.Depth() == 1 && in_item && e == XmlPull::Event::kEnd) {
+        in_item = false;
+        strings.push_back(item.Text());
+      } else if (in_item) {
+        item.On(xml, e);
       }
-      for (pugi::xml_node si : sst.document_element().children()) {
-        if (Is(si, "si")) strings.push_back(ItemText(si));
-      }
+    });
+    if (!ok) {
+      error = path + ": the shared strings are broken";
+      return false;
     }
   }
   const Styles styles = ReadStyles(zip.get(), styles_part);
@@ -330,16 +468,16 @@ bool ReadXlsx(const std::string& path, Workbook& book, std::string& error) {
     result.AddSheet(s.attribute("name").value());
     // Chart sheets and sheets whose part is missing come back as empty sheets.
     if (it == rels.end() || !EndsWith(it->second.type, "/worksheet")) continue;
-    std::string sheet_data;
-    pugi::xml_document sheet_doc;
-    if (!ReadEntry(zip.get(), it->second.target, sheet_data) || !Parse(sheet_doc, sheet_data)) {
+    Sheet& sheet = result.GetSheet(result.SheetCount());
+    sheet.LimitSparseness(true);
+    SheetBuilder builder(strings, styles, sheet);
+    const bool ok = StreamEntry(zip.get(), it->second.target,
+                                [&](const XmlPull& xml, XmlPull::Event e) { builder.On(xml, e); });
+    sheet.LimitSparseness(false);
+    if (!ok) {
       error = path + ": sheet \"" + s.attribute("name").value() + "\" is missing or broken";
       return false;
     }
-    Sheet& sheet = result.GetSheet(result.SheetCount());
-    sheet.LimitSparseness(true);
-    ReadSheetCells(sheet_doc.document_element(), strings, styles, sheet);
-    sheet.LimitSparseness(false);
     if (sheet.Overflowed()) {
       error = path + ": sheet \"" + sheet.Name() + "\" holds cells too far apart to be read back";
       return false;
