@@ -2,11 +2,13 @@
 #include "util/line_search.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 #include "util/byte_scan.h"
@@ -35,6 +37,12 @@ class RawFile {
     if (fd_ >= 0) ::close(fd_);
   }
   bool ok() const { return fd_ >= 0; }
+  // The size of the file when it is a regular file, else the given fallback.
+  std::size_t SizeOr(std::size_t fallback) const {
+    struct stat st {};
+    if (::fstat(fd_, &st) != 0 || !S_ISREG(st.st_mode)) return fallback;
+    return static_cast<std::size_t>(st.st_size);
+  }
   // Fills up to n bytes; returns the count (0 at end of file or on error).
   std::size_t Read(char* p, std::size_t n) {
     std::size_t got = 0;
@@ -91,23 +99,29 @@ class FileBlocks {
   explicit FileBlocks(const std::string& path) : file_(path) {}
   bool ok() const { return file_.ok(); }
   bool Next(std::size_t keep, Block& block) {
-    if (buf_.empty()) buf_.resize(kBlockSize + keep);
+    // Not zero-filled, and no bigger than a small file needs: a search of a short file (a recipe,
+    // a one-page report) costs its bytes, not a 4 MB buffer.
+    if (!buf_) {
+      block_ = std::min(kBlockSize, file_.SizeOr(kBlockSize) + 1);
+      buf_ = std::make_unique_for_overwrite<char[]>(block_ + keep);
+    }
     std::size_t carry = 0;
     if (size_ > 0) {
       carry = std::min(keep, size_);
-      std::memmove(buf_.data(), buf_.data() + size_ - carry, carry);
+      std::memmove(buf_.get(), buf_.get() + size_ - carry, carry);
       base_ += static_cast<std::int64_t>(size_ - carry);
     }
-    const std::size_t n = file_.Read(buf_.data() + carry, kBlockSize);
+    const std::size_t n = file_.Read(buf_.get() + carry, block_);
     if (n == 0) return false;
     size_ = carry + n;
-    block = Block{buf_.data(), size_, carry, base_};
+    block = Block{buf_.get(), size_, carry, base_};
     return true;
   }
 
  private:
   RawFile file_;
-  std::vector<char> buf_;
+  std::unique_ptr<char[]> buf_;
+  std::size_t block_ = 0;  // bytes read at a time
   std::size_t size_ = 0;
   std::int64_t base_ = 0;
 };
