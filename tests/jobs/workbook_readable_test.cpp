@@ -131,6 +131,26 @@ TEST(ReadableWorkbooks, CharactersXmlCannotCarryReadBackUnchanged) {
   EXPECT_EQ(dumped.sheets[0].cells.at({1, 1}).value, "a_xFFFE_b");
 }
 
+// A stop that arrives while the parts are packed (the last, uninterruptible seconds of a big
+// save) still keeps the file that was there: the writer asks once more after packing.
+TEST(ReadableWorkbooks, StopDuringThePackingKeepsThePreviousFile) {
+  TempDir dir;
+  const std::string path = dir.File("kept.xlsx");
+  testing::WriteFile(path, "the previous output");
+  Workbook book;
+  for (int r = 1; r <= 100; ++r) book.GetSheet(1).SetText(r, 1, "row");
+  std::vector<std::int64_t> asked;
+  const SaveTick stopAfterPacking = [&](std::int64_t written, std::int64_t held) {
+    asked.push_back(written);
+    return written < held;  // rows 64 pass; the call after packing (100 of 100) stops
+  };
+  std::string error;
+  EXPECT_FALSE(WriteXlsx(book, path, error, stopAfterPacking));
+  EXPECT_EQ(asked, (std::vector<std::int64_t>{64, 100}));
+  EXPECT_NE(error.find("was stopped; the file there is kept as it was"), std::string::npos);
+  EXPECT_EQ(testing::ReadFile(path), "the previous output");
+}
+
 TEST(XlsxReader, HostileWorkbooksAreRefusedWithoutTheirMemory) {
   // Needs independent readers (a failure, not a skip, when CI is set).
   if (!testing::HavePythonModules("openpyxl")) GTEST_SKIP() << "python3-openpyxl missing";

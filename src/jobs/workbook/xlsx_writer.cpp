@@ -194,7 +194,10 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
       }
     }
   }
+  // Closing packs the parts into the zip, seconds for a big sheet, with no turn for us in between:
+  // a stop asked for meanwhile is honoured at its end, and the file there is still kept.
   const lxw_error closed = workbook_close(wb);
+  if (!stopped && tick && !tick(held, held)) stopped = true;
   if (stopped) {
     error = "Saving " + path + " was stopped; the file there is kept as it was";
     return false;
