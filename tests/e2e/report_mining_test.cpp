@@ -5,6 +5,7 @@
 // line by line against the reports.
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 #include "e2e/e2e_support.h"
@@ -20,6 +21,11 @@ struct Case {
   const char* recipe;    // in tests/data/e2e, with its .krs beside it
   const char* expected;  // the hand-checked CSV, in tests/data/e2e
 };
+
+// Names the case in a failure instead of dumping its bytes.
+void PrintTo(const Case& c, std::ostream* os) {
+  *os << c.recipe;
+}
 
 class ReportMining : public ::testing::TestWithParam<Case> {};
 
