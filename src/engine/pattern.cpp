@@ -231,6 +231,7 @@ std::string LongestRun(std::string_view p, bool& atStart) {
 
 bool Contains(std::string_view line, std::string_view literal) {
   if (literal.empty()) return true;
+  if (line.size() < literal.size()) return false;  // an empty line may have no bytes at all
   return memmem(line.data(), line.size(), literal.data(), literal.size()) != nullptr;
 }
 
