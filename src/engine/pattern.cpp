@@ -5,6 +5,7 @@
 #include <re2/re2.h>
 #include <string.h>
 
+#include <algorithm>
 #include <cctype>
 #include <vector>
 
@@ -79,6 +80,26 @@ std::size_t ReadRepeat(std::string_view p, std::size_t i, long& least) {
   return j < p.size() && p[j] == '}' ? j + 1 : std::string_view::npos;
 }
 
+// Index just past the escape that opens at `i` (a backslash and at least one byte): "\d" and
+// its kind are two bytes, but "\x3B", "\x{263A}", "\pL", "\p{Greek}" and the octal "\073" run
+// on, and their digits and letters are no literals. Npos for "\Q...\E", whose literal text is
+// left to the matcher.
+std::size_t SkipEscape(std::string_view p, std::size_t i) {
+  const char d = p[i + 1];
+  std::size_t j = i + 2;
+  if (d == 'Q') return std::string_view::npos;
+  if ((d == 'x' || d == 'p' || d == 'P') && j < p.size() && p[j] == '{') {
+    const std::size_t end = p.find('}', j);
+    return end == std::string_view::npos ? end : end + 1;
+  }
+  if (d == 'x') return std::min(j + 2, p.size());
+  if (d == 'p' || d == 'P') return std::min(j + 1, p.size());
+  if (d >= '0' && d <= '7') {
+    while (j < p.size() && j < i + 4 && p[j] >= '0' && p[j] <= '7') ++j;
+  }
+  return j;
+}
+
 struct Analysis {
   bool usable = false;  // false: no literal can be relied on (alternation, flags, odd syntax)
   bool anchoredStart = false;
@@ -109,8 +130,13 @@ Analysis Analyse(std::string_view p) {
       if (i + 1 >= p.size()) return a;
       const char d = p[i + 1];
       // An escaped punctuation byte stands for itself; \d, \b, \Q and their kind do not.
-      if (!std::isalnum(static_cast<unsigned char>(d))) atom = Atom{true, d};
-      i += 2;
+      if (!std::isalnum(static_cast<unsigned char>(d))) {
+        atom = Atom{true, d};
+        i += 2;
+      } else {
+        i = SkipEscape(p, i);
+        if (i == std::string_view::npos) return a;
+      }
     } else if (c == '[') {
       i = SkipClass(p, i);
       if (i == std::string_view::npos) return a;
@@ -205,6 +231,7 @@ std::string LongestRun(std::string_view p, bool& atStart) {
 
 bool Contains(std::string_view line, std::string_view literal) {
   if (literal.empty()) return true;
+  if (line.size() < literal.size()) return false;  // an empty line may have no bytes at all
   return memmem(line.data(), line.size(), literal.data(), literal.size()) != nullptr;
 }
 

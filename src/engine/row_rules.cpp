@@ -150,7 +150,8 @@ std::string_view RowRules::CarriedLine(std::size_t index) const {
 bool RowRules::Admit(Context& ctx, std::int64_t lineNumber, std::string_view line) {
   // Form feeds count as blanks for the patterns as for the blank test.
   std::string_view tested = line;
-  if (std::memchr(line.data(), '\f', line.size()) != nullptr) {
+  // (A line read past the end of the report is empty and may have no bytes at all.)
+  if (line.find('\f') != std::string_view::npos) {
     scratch_.assign(line);
     for (char& c : scratch_) {
       if (c == '\f') c = ' ';

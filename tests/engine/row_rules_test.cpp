@@ -109,6 +109,22 @@ TEST(RowFilters, DecideWhichLinesOfTheBlockBecomeRows) {
   }
 }
 
+TEST(RowFilters, LinesReadPastTheEndOfTheReportAreFilteredLikeOthers) {
+  // A block that ends beyond the report's last line reads empty lines there; the filters see
+  // them like any other line (a recipe that runs to the end of a report of unknown length).
+  for (const bool csv : {false, true}) {
+    ExtractFixture f;
+    f.UseReport(Ledger());
+    clsTable table = MakeTable("ACCOUNT", 1, "END OF", 5, {MakeColumn(1, 4, "A")});
+    table.Number = 1;
+    table.KeepLinesMatching = "^[0-9]{4} ";
+    f.Run(table, csv);
+    EXPECT_TRUE(f.ui.messages.empty());
+    EXPECT_EQ(Rows(f, table, csv), (Strings{"0999", "1000", "1010", "2000"}))
+        << (csv ? "csv" : "sheet");
+  }
+}
+
 TEST(CarriedColumns, EveryRowGetsTheLatestHeadingAboveIt) {
   for (const bool csv : {false, true}) {
     ExtractFixture f;
