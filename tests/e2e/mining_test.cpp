@@ -14,14 +14,14 @@ struct Work : testing::ExampleWork {
 };
 
 const char* kRows =
-    "10,SALES ,4000   ,Product sales           ,\"   12,500.00\"\r\n"
-    "10,SALES ,4010   ,Service revenue         ,\"    3,250.50\"\r\n"
-    "10,SALES ,4090   ,Returns                 ,    (450.00)\r\n"
-    "20,WAREHOUSE ,5000   ,Freight in              ,\"    1,120.00\"\r\n"
-    "20,WAREHOUSE ,5010   ,Packing materials       ,      310.25\r\n"
-    "30,ADMINISTRATION ,6000   ,Rent                    ,\"    2,000.00\"\r\n"
-    "30,ADMINISTRATION ,6010   ,Office supplies         ,       87.40\r\n"
-    "30,ADMINISTRATION ,6020   ,Telephone               ,      142.60\r\n";
+    "10,SALES,4000,Product sales,12500.00\r\n"
+    "10,SALES,4010,Service revenue,3250.50\r\n"
+    "10,SALES,4090,Returns,-450.00\r\n"
+    "20,WAREHOUSE,5000,Freight in,1120.00\r\n"
+    "20,WAREHOUSE,5010,Packing materials,310.25\r\n"
+    "30,ADMINISTRATION,6000,Rent,2000.00\r\n"
+    "30,ADMINISTRATION,6010,Office supplies,87.40\r\n"
+    "30,ADMINISTRATION,6020,Telephone,142.60\r\n";
 
 std::string LastLine(const std::string& text) {
   const std::size_t end = text.find_last_not_of('\n');

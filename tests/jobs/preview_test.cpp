@@ -254,7 +254,7 @@ TEST(Preview, LinesTheRowFiltersPassOverAreNotCountedAsRows) {
   EXPECT_EQ(table.firstRow, 1);
   EXPECT_EQ(table.lastRow, 8);
   EXPECT_EQ(table.linesFiltered, 23 - 8);
-  EXPECT_EQ(result.workbook.GetSheet(1).Get(8, 2).text, "ADMINISTRATION ");
+  EXPECT_EQ(result.workbook.GetSheet(1).Get(8, 2).text, "ADMINISTRATION");
   EXPECT_NE(PreviewText(result, 3).find(
                 "lines 5-27 (top key on line 4, bottom key on line 28), sheet 1 rows 1-8, 15 lines "
                 "of the block filtered out"),
