@@ -1,6 +1,7 @@
 // The key search of a table and the checks on the block it gives.
 #include "engine/table_block.h"
 
+#include <algorithm>
 #include <functional>
 #include <string_view>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "engine/pattern.h"
 #include "engine/section_keys.h"
 #include "engine/table.h"
+#include "util/byte_scan.h"
 #include "util/strings.h"
 
 namespace kroveld {
@@ -20,26 +22,52 @@ void FailTable(Context& ctx, const std::string& text) {
 
 namespace {
 
-// The first line (from 1) of the file matching each pattern that is not empty; the byte offset of
-// a line found this way is not known (-1), so reading the rows starts from line 1.
-void FindFirstLinesMatching(const std::string& path, const Pattern* patterns[2], KeyLine found[2],
-                            const std::function<void()>& afterBlock) {
-  TextFile file;
-  if (!file.Open(path)) return;
-  int wanted = 0;
-  for (int k = 0; k < 2; ++k) wanted += patterns[k]->Empty() ? 0 : 1;
-  std::string_view line;
+// One key of a search that holds a pattern: the pattern when it has one, else its key text, which
+// a line must contain.
+struct KeyTest {
+  const Pattern* pattern;
+  std::string_view text;
+  bool Matches(std::string_view line) const {
+    return pattern->Empty() ? line.find(text) != std::string_view::npos : pattern->Matches(line);
+  }
+};
+
+// The first line (from 1) that passes each test, in one pass. A mapped report is searched where
+// it lies, and a line found there carries its byte offset, so reading the rows can start at it;
+// otherwise the file is read anew and the offset is not known (-1): reading starts from line 1.
+void FindFirstLinesMatching(const std::string& path, TextFile* mapped, const KeyTest keys[2],
+                            KeyLine found[2], const std::function<void()>& afterBlock) {
+  int wanted = 2;
   std::int64_t number = 0;
-  while (wanted > 0 && file.ReadLine(line)) {
+  const auto test = [&](std::string_view line, std::int64_t offset) {
     ++number;
     for (int k = 0; k < 2; ++k) {
-      if (found[k].line == 0 && !patterns[k]->Empty() && patterns[k]->Matches(line)) {
-        found[k] = KeyLine{number, -1};
+      if (found[k].line == 0 && keys[k].Matches(line)) {
+        found[k] = KeyLine{number, offset};
         --wanted;
       }
     }
     if ((number & 0xFFFF) == 0) afterBlock();
+  };
+  if (mapped != nullptr && mapped->IsMapped()) {
+    // Lines end as TextFile ends them: CR LF, LF or a lone CR; a long line is cut as it cuts it.
+    const std::string_view bytes = mapped->MappedBytes();
+    const char* const begin = bytes.data();
+    const char* const end = begin + bytes.size();
+    for (const char* p = begin; wanted > 0 && p < end;) {
+      const char* const eol = scan::FindCrOrLf(p, end);
+      test(std::string_view(
+               p, std::min<std::size_t>(static_cast<std::size_t>(eol - p), kMaxLineBytes)),
+           p - begin);
+      p = eol;
+      if (p < end && *p++ == '\r' && p < end && *p == '\n') ++p;
+    }
+    return;
   }
+  TextFile file;
+  if (!file.Open(path)) return;
+  std::string_view line;
+  while (wanted > 0 && file.ReadLine(line)) test(line, -1);
 }
 
 }  // namespace
@@ -71,10 +99,8 @@ bool LocateTableBlock(Context& ctx, const clsTable& table, TextFile* keyText, Lo
   // stops as soon as both are found.
   block.keyFile = ctx.recipe.InputFilePath(ctx.recipe.InputFileFirst);
   KeyLine found[2];
-  if (patterns[0].Empty() || patterns[1].Empty()) {
-    std::vector<std::string_view> texts;
-    if (patterns[0].Empty()) texts.push_back(table.ReadStartLine);
-    if (patterns[1].Empty()) texts.push_back(table.ReadEndLine);
+  if (patterns[0].Empty() && patterns[1].Empty()) {
+    const std::string_view texts[] = {table.ReadStartLine, table.ReadEndLine};
     const std::vector<KeyLine> lines =
         keyText != nullptr && keyText->IsMapped()
             ? FindFirstLinesContaining(keyText->MappedBytes(), texts,
@@ -83,14 +109,13 @@ bool LocateTableBlock(Context& ctx, const clsTable& table, TextFile* keyText, Lo
                                          afterBlock();
                                        })
             : FindFirstLinesContaining(block.keyFile, texts, afterBlock);
-    std::size_t next = 0;
-    for (int k = 0; k < 2; ++k) {
-      if (patterns[k].Empty()) found[k] = lines[next++];
-    }
-  }
-  if (!patterns[0].Empty() || !patterns[1].Empty()) {
-    const Pattern* both[2] = {&patterns[0], &patterns[1]};
-    FindFirstLinesMatching(block.keyFile, both, found, afterBlock);
+    found[0] = lines[0];
+    found[1] = lines[1];
+  } else {
+    // A pattern key and a key text are searched together, line by line.
+    const KeyTest keys[2] = {{&patterns[0], table.ReadStartLine},
+                             {&patterns[1], table.ReadEndLine}};
+    FindFirstLinesMatching(block.keyFile, keyText, keys, found, afterBlock);
   }
   block.top = found[0];
   block.bottom = found[1];
