@@ -32,49 +32,54 @@ using ZipPtr = std::unique_ptr<zip_t, ZipCloser>;
 // counts as unreadable.
 constexpr zip_uint64_t kMaxEntryBytes = zip_uint64_t{1} << 30;
 
+// Opens a part whose size the zip directory states and which is within the cap; null otherwise.
+// `size` is the stated size, which the bytes read must match.
+zip_file_t* OpenEntry(zip_t* zip, const std::string& name, zip_uint64_t& size) {
+  zip_stat_t st;
+  zip_stat_init(&st);
+  if (zip_stat(zip, name.c_str(), 0, &st) != 0 || !(st.valid & ZIP_STAT_SIZE)) return nullptr;
+  if (st.size > kMaxEntryBytes) return nullptr;
+  size = st.size;
+  return zip_fopen(zip, name.c_str(), 0);
+}
+
 // Reads a part. The buffer grows with the bytes that really arrive, not with the size the zip
 // directory claims, so a small file that claims a huge part costs nothing.
 bool ReadEntry(zip_t* zip, const std::string& name, std::string& out) {
-  zip_stat_t st;
-  zip_stat_init(&st);
-  if (zip_stat(zip, name.c_str(), 0, &st) != 0 || !(st.valid & ZIP_STAT_SIZE)) return false;
-  if (st.size > kMaxEntryBytes) return false;
-  zip_file_t* f = zip_fopen(zip, name.c_str(), 0);
+  zip_uint64_t size = 0;
+  zip_file_t* f = OpenEntry(zip, name, size);
   if (!f) return false;
   out.clear();
   char chunk[1 << 16];
   bool ok = true;
   for (;;) {
     const zip_int64_t got = zip_fread(f, chunk, sizeof chunk);
-    if (got < 0 || out.size() + static_cast<zip_uint64_t>(got) > st.size) ok = false;
+    if (got < 0 || out.size() + static_cast<zip_uint64_t>(got) > size) ok = false;
     if (got <= 0 || !ok) break;
     out.append(chunk, static_cast<std::size_t>(got));
   }
   zip_fclose(f);
-  return ok && out.size() == st.size;
+  return ok && out.size() == size;
 }
 
 // Streams a part through the pull reader, handing every event to `on_event`. False when the part
 // is missing, bigger than the cap, not as long as the zip directory says, or not well-formed XML.
 template <class OnEvent>
 bool StreamEntry(zip_t* zip, const std::string& name, OnEvent&& on_event) {
-  zip_stat_t st;
-  zip_stat_init(&st);
-  if (zip_stat(zip, name.c_str(), 0, &st) != 0 || !(st.valid & ZIP_STAT_SIZE)) return false;
-  if (st.size > kMaxEntryBytes) return false;
-  zip_file_t* f = zip_fopen(zip, name.c_str(), 0);
+  zip_uint64_t stated = 0;
+  zip_file_t* f = OpenEntry(zip, name, stated);
   if (!f) return false;
   zip_uint64_t total = 0;
   XmlPull xml([&](char* buffer, std::size_t size) -> long long {
     const zip_int64_t got = zip_fread(f, buffer, size);
     if (got < 0) return -1;
     total += static_cast<zip_uint64_t>(got);
-    return total > st.size ? -1 : got;
+    return total > stated ? -1 : got;
   });
   XmlPull::Event e;
   while ((e = xml.Next()) != XmlPull::Event::kDone && e != XmlPull::Event::kError) on_event(xml, e);
   zip_fclose(f);
-  return e == XmlPull::Event::kDone && total == st.size;
+  return e == XmlPull::Event::kDone && total == stated;
 }
 
 // Leading integer of an attribute value (blanks and a sign allowed), 0 when there is none.
