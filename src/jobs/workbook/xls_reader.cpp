@@ -1,21 +1,19 @@
-// .xls input: the compound file is opened with libgsf and the BIFF8 records of its workbook
-// stream are read here. Only the records that carry sheets, cells, number formats and column
-// widths are looked at; every read is bounds-checked, so a broken or hostile file is refused or
-// read partly, never read outside its bytes.
+// .xls input: the workbook stream is taken out of the compound file by our own reader
+// (compound_file.h) and its BIFF8 records are read here. Only the records that carry sheets,
+// cells, number formats and column widths are looked at; every read is bounds-checked, so a
+// broken or hostile file is refused or read partly, never read outside its bytes.
 #include "jobs/workbook/xls_reader.h"
 
-#include <gsf/gsf-infile-msole.h>
-#include <gsf/gsf-infile.h>
-#include <gsf/gsf-input-stdio.h>
-#include <gsf/gsf-input.h>
-
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <unordered_map>
 #include <vector>
 
 #include "jobs/workbook/column_widths.h"
+#include "jobs/workbook/compound_file.h"
 #include "jobs/workbook/text_encoding.h"
 #include "util/files.h"
 
@@ -23,7 +21,7 @@ namespace kroveld {
 namespace {
 
 // A workbook stream larger than this is not an output this program could have written or kept.
-constexpr gsf_off_t kMaxStreamBytes = gsf_off_t{1} << 30;
+constexpr std::uint64_t kMaxStreamBytes = std::uint64_t{1} << 30;
 
 enum : std::uint16_t {
   kFormula = 0x0006,
@@ -216,36 +214,8 @@ std::vector<std::string_view> WithContinues(const RecordView& first, Records& re
 // The workbook stream of the compound file ("Workbook", or "Book" in older files); empty when
 // there is none or it cannot be read.
 std::string ReadWorkbookStream(const std::string& native) {
-  // libgsf logs its complaints about a broken compound file through GLib; the caller reports the
-  // file as unreadable in one line of its own instead.
-  struct QuietGlib {
-    guint gsf = g_log_set_handler("libgsf", G_LOG_LEVEL_MASK, Ignore, nullptr);
-    guint gobject = g_log_set_handler("GLib-GObject", G_LOG_LEVEL_MASK, Ignore, nullptr);
-    ~QuietGlib() {
-      g_log_remove_handler("libgsf", gsf);
-      g_log_remove_handler("GLib-GObject", gobject);
-    }
-    static void Ignore(const gchar*, GLogLevelFlags, const gchar*, gpointer) {}
-  } quiet;
   std::string stream;
-  GsfInput* input = gsf_input_stdio_new(native.c_str(), nullptr);
-  if (!input) return stream;
-  GsfInfile* ole = gsf_infile_msole_new(input, nullptr);
-  g_object_unref(input);
-  if (!ole) return stream;
-  GsfInput* child = gsf_infile_child_by_name(ole, "Workbook");
-  if (!child) child = gsf_infile_child_by_name(ole, "Book");
-  if (child) {
-    const gsf_off_t size = gsf_input_size(child);
-    if (size > 0 && size <= kMaxStreamBytes) {
-      stream.resize(static_cast<std::size_t>(size));
-      if (!gsf_input_read(child, stream.size(), reinterpret_cast<guint8*>(stream.data()))) {
-        stream.clear();
-      }
-    }
-    g_object_unref(child);
-  }
-  g_object_unref(ole);
+  ReadCompoundFileStream(native, {"Workbook", "Book"}, stream, kMaxStreamBytes);
   return stream;
 }
 
