@@ -20,10 +20,10 @@ namespace {
 
 class QuietPort final : public kroveld::UiPort {
  public:
-  void Message(std::string_view text, kroveld::Icon, std::string_view) override {
+  void ShowMessage(std::string_view text, kroveld::Icon, std::string_view) override {
     if (messages++ == 0) first.assign(text);
   }
-  bool AskYesNo(std::string_view, kroveld::Icon, std::string_view) override { return true; }
+  bool Ask(std::string_view, kroveld::Icon, std::string_view) override { return true; }
   void Status(int, std::string_view) override {}
   std::string Caption() const override { return {}; }
   void SetCaption(std::string_view) override {}

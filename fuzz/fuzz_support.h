@@ -19,8 +19,8 @@ namespace kroveld::fuzz {
 
 class QuietPort final : public UiPort {
  public:
-  void Message(std::string_view, Icon, std::string_view) override { ++messages; }
-  bool AskYesNo(std::string_view, Icon, std::string_view) override { return false; }
+  void ShowMessage(std::string_view, Icon, std::string_view) override { ++messages; }
+  bool Ask(std::string_view, Icon, std::string_view) override { return false; }
   void Status(int, std::string_view) override {}
   std::string Caption() const override { return {}; }
   void SetCaption(std::string_view) override {}

@@ -62,7 +62,7 @@ void ConsolePort::WriteLine(const char* prefix, std::string_view text) {
   std::fflush(out_);
 }
 
-void ConsolePort::Message(std::string_view text, Icon icon, std::string_view /*title*/) {
+void ConsolePort::ShowMessage(std::string_view text, Icon icon, std::string_view /*title*/) {
   CountMessage();
   WriteLine(Prefix(icon), text);
 }
@@ -71,11 +71,11 @@ void ConsolePort::Summary(std::string_view text) {
   WriteLine(Prefix(Icon::None), text);
 }
 
-void ConsolePort::Note(std::string_view text) {
+void ConsolePort::ShowNote(std::string_view text) {
   WriteLine(Prefix(Icon::Information), text);
 }
 
-bool ConsolePort::AskYesNo(std::string_view text, Icon icon, std::string_view /*title*/) {
+bool ConsolePort::Ask(std::string_view text, Icon icon, std::string_view /*title*/) {
   // Nobody is there to answer: a request to stop is confirmed, anything else declined.
   const bool yes = text == kTerminateQuestion;
   CountMessage();

@@ -32,6 +32,8 @@ struct RunState {
   // True from the start of a whole job (BeginProcessing, batch included) to its end.
   bool running = false;
   std::atomic<bool> stopRequested{false};
+  // A batch leaves its new outputs to one flush to the disk at its end, rather than one per file.
+  bool syncAtEnd = false;
   std::uint64_t jobStartTick = 0;
   RunTally tally;
   RunProgress progress;  // told to the port with the status texts

@@ -180,10 +180,12 @@ void BeginProcessing(Context& ctx, ConversionHost& host, BatchStop* stop) {
                   (options.bDoSubfolders ? " (subfolders included)" : "") +
                   ": nothing was converted");
     } else {
+      ctx.run.syncAtEnd = true;
       ConvertList(ctx, host, files, stop);
+      ctx.run.syncAtEnd = false;
+      if (!ctx.currentOutput.empty()) SyncOutputs(ctx.currentOutput);
     }
   }
-  if (!ctx.currentOutput.empty()) SyncOutputs(ctx.currentOutput);
   ctx.ui.Status(3, "Conversion Complete");
   ctx.ui.Status(2, ElapsedSeconds(ctx));
 }

@@ -1,6 +1,7 @@
 #include "jobs/conversion_job.h"
 
 #include <filesystem>
+#include <future>
 #include <system_error>
 
 #include "engine/short_format.h"
@@ -36,11 +37,42 @@ void ReadExportSpecs(Context& ctx) {
   }
 }
 
-void NoteTabs(Context& ctx, ConversionHost& host) {
-  if (!host.WarnedAboutTabsInFile() && FileContainsByte(ctx.currentInput, '\t')) {
-    WarnAboutTabsInFile(ctx, host);
+// Reports this size and larger are searched for tabs on a second thread while the conversion
+// starts; smaller ones (nearly all of them) take less time to search than a thread to start.
+constexpr std::uint64_t kTabSearchAside = std::uint64_t{4} << 20;
+
+// The tab note for the report being converted. It comes before anything else the conversion
+// shows: with a large report the search runs aside and the note, if due, is shown at the first
+// message or question or when the conversion ends, whichever comes first.
+class TabNote {
+ public:
+  TabNote(Context& ctx, ConversionHost& host) : ctx_(ctx), host_(host) {
+    if (host.WarnedAboutTabsInFile()) return;
+    if (FileSizeOf(ctx.currentInput) < kTabSearchAside) {
+      if (FileContainsByte(ctx.currentInput, '\t')) WarnAboutTabsInFile(ctx, host);
+      return;
+    }
+    search_ = std::async(std::launch::async,
+                         [path = ctx.currentInput] { return FileContainsByte(path, '\t'); });
+    ctx.ui.ShowFirst([this] {
+      if (search_.get()) WarnAboutTabsInFile(ctx_, host_);
+    });
   }
-}
+  ~TabNote() {
+    try {
+      ctx_.ui.Settle();
+    } catch (...) {
+      // Leaving by an exception already: the note is not worth a second one.
+    }
+  }
+  TabNote(const TabNote&) = delete;
+  TabNote& operator=(const TabNote&) = delete;
+
+ private:
+  Context& ctx_;
+  ConversionHost& host_;
+  std::future<bool> search_;
+};
 
 // The system's message, and what the path really is when something stands there.
 void MissingInput(Context& ctx) {
@@ -66,7 +98,7 @@ void RunAutomatic(Context& ctx, ConversionHost& host, bool csv) {
     MissingInput(ctx);
     return;
   }
-  NoteTabs(ctx, host);
+  const TabNote tabNote(ctx, host);
   ApplyInputEncoding(ctx, {});
   {
     // _AutoRecipe.rcp and _ExportSpecs.krs are shared by every process of this application
@@ -97,7 +129,7 @@ void RunWithRecipe(Context& ctx, ConversionHost& host, bool csv) {
     return;
   }
   Trace("frmMain.cmdRunRecipe_Click 5");
-  NoteTabs(ctx, host);
+  const TabNote tabNote(ctx, host);
   // The run's own choice already counts while a short recipe's columns are worked out; a
   // long-form recipe's InputEncoding counts when the run names none.
   ApplyInputEncoding(ctx, {});

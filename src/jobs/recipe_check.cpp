@@ -59,11 +59,11 @@ std::vector<int> TablesNeedingReport(const std::string& shortRecipe) {
 class PassNotes final : public UiPort {
  public:
   explicit PassNotes(UiPort& ui) : ui_(ui) {}
-  void Message(std::string_view text, Icon icon, std::string_view title) override {
+  void ShowMessage(std::string_view text, Icon icon, std::string_view title) override {
     ui_.Message(text, icon, title);
   }
-  void Note(std::string_view text) override { notes.emplace_back(text); }
-  bool AskYesNo(std::string_view text, Icon icon, std::string_view title) override {
+  void ShowNote(std::string_view text) override { notes.emplace_back(text); }
+  bool Ask(std::string_view text, Icon icon, std::string_view title) override {
     return ui_.AskYesNo(text, icon, title);
   }
   void Status(int panel, std::string_view text) override { ui_.Status(panel, text); }

@@ -224,6 +224,16 @@ namespace {
 
 constexpr std::string_view kTempMark = ".kroveld-";
 
+// Flushes the folder holding the native path `path`, so a file renamed into it stays there after
+// a crash. Best effort: the file itself is already on the disk.
+void SyncFolderOf(const std::string& path) {
+  const std::string folder = FolderOfPath(path);
+  const int fd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  ::fsync(fd);
+  ::close(fd);
+}
+
 // ".NAME.kroveld-PID-TAIL" beside the native path `target`: hidden, and naming the process that
 // writes it, so RemoveStaleTempFiles can tell one left by a process that is gone.
 std::string OwnTempName(const std::string& target, std::string_view tail) {
@@ -381,7 +391,8 @@ bool AtomicFile::Open(std::string_view target) {
   // Keep the permission bits of a file that is being replaced; a new file gets the usual ones.
   struct stat st {};
   mode_t mode;
-  if (::stat(target_.c_str(), &st) == 0) {
+  newFile_ = ::stat(target_.c_str(), &st) != 0;
+  if (!newFile_) {
     mode = st.st_mode & 07777;
   } else {
     const mode_t mask = ::umask(0);
@@ -407,9 +418,14 @@ void AtomicFile::Write(std::string_view data) {
   buffer_.append(data);
 }
 
-void AtomicFile::Flush() {
+void AtomicFile::Flush(bool last) {
   if (fd_ < 0 || failed_) {
     buffer_.clear();
+    return;
+  }
+  if (writer_ == nullptr && !last) writer_ = std::make_unique<BackgroundWriter>(fd_);
+  if (writer_ != nullptr) {
+    if (!writer_->Submit(buffer_)) StopWriter();
     return;
   }
   const char* p = buffer_.data();
@@ -428,12 +444,23 @@ void AtomicFile::Flush() {
   buffer_.clear();
 }
 
+void AtomicFile::StopWriter() {
+  if (writer_ == nullptr) return;
+  const int error = writer_->Finish();
+  writer_.reset();
+  if (error != 0 && !failed_) {
+    failed_ = true;
+    error_ = "Cannot write " + target_ + ": " + std::strerror(error);
+  }
+}
+
 bool AtomicFile::Commit() {
   if (fd_ < 0) {
     if (error_.empty()) error_ = "Cannot write " + target_ + ": file is not open";
     return false;
   }
-  Flush();
+  Flush(true);
+  StopWriter();
   if (!failed_ && durable_ && ::fsync(fd_) != 0 && errno != EINVAL && errno != EROFS) {
     failed_ = true;
     error_ = "Cannot write " + target_ + ": " + LastErrorText();
@@ -453,10 +480,13 @@ bool AtomicFile::Commit() {
     return false;
   }
   temp_.clear();
+  // A replaced file is safe once its data is: until the folder is on the disk, the old one stands.
+  if (durable_ && newFile_) SyncFolderOf(target_);
   return true;
 }
 
 void AtomicFile::Abort() {
+  StopWriter();
   if (fd_ >= 0) {
     ::close(fd_);
     fd_ = -1;

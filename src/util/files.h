@@ -3,9 +3,12 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "util/background_writer.h"
 
 namespace kroveld {
 
@@ -96,7 +99,8 @@ void RemoveStaleTempFiles(const std::string& folder);
 
 // Writes a file completely or not at all: the data goes to a temporary file in the same folder,
 // which is renamed over the target on Commit(). Destroying an uncommitted AtomicFile removes the
-// temporary file and leaves the target as it was.
+// temporary file and leaves the target as it was. Once the data passes one buffer, buffers are
+// written by a second thread while the caller fills the next.
 class AtomicFile {
  public:
   AtomicFile() = default;
@@ -112,7 +116,8 @@ class AtomicFile {
   bool Commit();
   // Drops the temporary file.
   void Abort();
-  // With durable (the default) Commit() flushes the data to the disk before the rename. Callers
+  // With durable (the default) Commit() flushes the data to the disk before the rename, and a new
+  // file's entry in its folder after it. Callers
   // that rewrite one small file many times in a row (one key at a time) switch it off; the rename
   // still replaces the file in one step.
   void SetDurable(bool durable) { durable_ = durable; }
@@ -123,15 +128,20 @@ class AtomicFile {
   const std::string& Error() const { return error_; }
 
  private:
-  void Flush();
+  // Hands the buffer over; the last flush of a file that never outgrew the buffer writes it here.
+  void Flush(bool last = false);
+  // Waits for the writer thread and takes over its error, if any.
+  void StopWriter();
 
   int fd_ = -1;
+  std::unique_ptr<BackgroundWriter> writer_;
   std::string target_;
   std::string temp_;
   std::string buffer_;
   std::string error_;
   bool failed_ = false;
   bool durable_ = true;
+  bool newFile_ = true;  // nothing stood at the target when it was opened
 };
 
 // Text of errno for messages.

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -37,14 +38,34 @@ class UiPort {
   virtual ~UiPort() = default;
 
   // A modal message box. An empty title means the application's default title.
-  virtual void Message(std::string_view text, Icon icon = Icon::None,
-                       std::string_view title = {}) = 0;
+  void Message(std::string_view text, Icon icon = Icon::None, std::string_view title = {}) {
+    Settle();
+    ShowMessage(text, icon, title);
+  }
   // An informational note that is not a failure (the tab-characters note): shown like a message
   // with the information icon, but a front end does not count it against the run's exit status.
-  virtual void Note(std::string_view text) { Message(text, Icon::Information); }
+  void Note(std::string_view text) {
+    Settle();
+    ShowNote(text);
+  }
   // A Yes/No question; true means Yes.
-  virtual bool AskYesNo(std::string_view text, Icon icon = Icon::Question,
-                        std::string_view title = {}) = 0;
+  bool AskYesNo(std::string_view text, Icon icon = Icon::Question, std::string_view title = {}) {
+    Settle();
+    return Ask(text, icon, title);
+  }
+  // Something to be shown before whatever the port shows next, but not known yet (the tab note
+  // while a second thread still looks for tabs): `settle` runs once, at the next message, note or
+  // question, or at Settle(), whichever comes first. Its owner calls Settle() before it goes.
+  void ShowFirst(std::function<void()> settle) {
+    Settle();
+    pending_ = std::move(settle);
+  }
+  void Settle() {
+    if (!pending_) return;
+    const std::function<void()> settle = std::move(pending_);
+    pending_ = nullptr;
+    settle();
+  }
   // Status-bar panel text (panels 1..3 of the main frame; 2 is the elapsed time, 3 the file and
   // row).
   virtual void Status(int panel, std::string_view text) = 0;
@@ -74,9 +95,15 @@ class UiPort {
   std::uint64_t MessagesShown() const { return messages_shown_; }
 
  protected:
+  // What a front end implements: the box, the note and the question themselves.
+  virtual void ShowMessage(std::string_view text, Icon icon, std::string_view title) = 0;
+  virtual void ShowNote(std::string_view text) { ShowMessage(text, Icon::Information, {}); }
+  virtual bool Ask(std::string_view text, Icon icon, std::string_view title) = 0;
+
   void CountMessage() { ++messages_shown_; }
 
  private:
+  std::function<void()> pending_;
   std::uint64_t messages_shown_ = 0;
   std::uint32_t calls_ = 0;
   bool always_due_ = false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <regex>
 
@@ -49,6 +50,29 @@ TEST(Cli, SingleConversionThroughTheConventionalSyntax) {
              Backslashed(w.F("trial-balance.rcp"))});
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(ReadFile(w.F("tb3.csv")), ExpectedCsv());
+}
+
+// A large report is searched for tabs while the conversion runs; the note still comes before
+// anything else the run shows, and once.
+TEST(Cli, TabNoteOfALargeReportComesFirst) {
+  Work w;
+  {
+    std::ofstream report(w.F("trial-balance.txt"), std::ios::app | std::ios::binary);
+    const std::string filler(99, ' ');
+    for (int i = 0; i < 60000; ++i) report << filler << '\n';  // 6 MB after the table
+  }
+  auto r = w.Run({"-i", "trial-balance.txt", "-o", "tb.csv", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(r.status, 0) << r.err;
+  EXPECT_EQ(r.err, kTabNote);
+  EXPECT_EQ(ReadFile(w.F("tb.csv")), ExpectedCsv());
+
+  Work v;
+  fs::copy_file(w.F("trial-balance.txt"), v.F("big.txt"));
+  fs::remove(v.F("trial-balance.krs"));
+  r = v.Run({"-i", "big.txt", "-o", "tb.csv", "-r", "trial-balance.rcp"});
+  EXPECT_EQ(r.status, 1);
+  EXPECT_EQ(r.err.rfind(std::string(kTabNote) + "kroveld: Cannot find Export Specs file: ", 0), 0u)
+      << r.err;
 }
 
 TEST(Cli, BareNamesOfTheSlashSyntaxAreInTheApplicationFolder) {

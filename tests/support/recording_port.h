@@ -24,9 +24,9 @@ class RecordingPort : public UiPort {
   RecordingPort() { SetAlwaysDue(true); }
   ~RecordingPort() override;
 
-  void Message(std::string_view text, Icon icon, std::string_view title) override;
-  void Note(std::string_view text) override;
-  bool AskYesNo(std::string_view text, Icon icon, std::string_view title) override;
+  void ShowMessage(std::string_view text, Icon icon, std::string_view title) override;
+  void ShowNote(std::string_view text) override;
+  bool Ask(std::string_view text, Icon icon, std::string_view title) override;
   void Status(int panel, std::string_view text) override;
   std::string Caption() const override { return caption_; }
   void SetCaption(std::string_view text) override;

@@ -66,15 +66,15 @@ RecordingPort::~RecordingPort() {
   }
 }
 
-void RecordingPort::Message(std::string_view text, Icon icon, std::string_view title) {
+void RecordingPort::ShowMessage(std::string_view text, Icon icon, std::string_view title) {
   messages.push_back({std::string(text), icon, std::string(title), false});
 }
 
-void RecordingPort::Note(std::string_view text) {
+void RecordingPort::ShowNote(std::string_view text) {
   messages.push_back({std::string(text), Icon::Information, {}, true});
 }
 
-bool RecordingPort::AskYesNo(std::string_view text, Icon, std::string_view) {
+bool RecordingPort::Ask(std::string_view text, Icon, std::string_view) {
   questions.emplace_back(text);
   if (script_.empty()) {
     ADD_FAILURE() << "unexpected question: " << text;

@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <algorithm>
+#include <cerrno>
 
 #include "support/test_support.h"
 
@@ -93,6 +95,45 @@ TEST(AtomicFile, ReplacesTheTargetOnlyOnCommit) {
   EXPECT_EQ(st.st_mode & 0777, 0640u);
   ASSERT_TRUE(ListFolder(dir.path(), listing));
   EXPECT_EQ(listing.files, std::vector<std::string>{"out.csv"});
+}
+
+// Past one buffer the data is written by a second thread; pieces of every size, bigger than the
+// buffer too, must come out in order and whole.
+TEST(AtomicFile, LargeOutputsArriveWholeAndInOrder) {
+  TempDir dir;
+  for (const std::size_t piece : {std::size_t{1}, std::size_t{4093}, std::size_t{3} << 20}) {
+    SCOPED_TRACE(piece);
+    std::string expected;
+    std::uint32_t x = 12345;
+    while (expected.size() < (std::size_t{5} << 20)) {
+      std::string chunk(piece, '\0');
+      for (char& c : chunk) c = static_cast<char>((x = x * 1103515245u + 12345u) >> 24);
+      expected += chunk;
+    }
+    AtomicFile f;
+    ASSERT_TRUE(f.Open(dir.File("big.bin"))) << f.Error();
+    for (std::size_t at = 0; at < expected.size(); at += piece) {
+      f.Write(std::string_view(expected).substr(at, piece));
+    }
+    ASSERT_TRUE(f.Commit()) << f.Error();
+    EXPECT_TRUE(ReadFile(dir.File("big.bin")) == expected);
+  }
+}
+
+TEST(BackgroundWriter, AFailedWriteIsReportedAndStopsTheRest) {
+  const int fd = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+  if (fd < 0) GTEST_SKIP() << "no /dev/full";
+  BackgroundWriter writer(fd);
+  std::string buffer(1u << 16, 'x');
+  bool accepted = true;
+  for (int i = 0; i < 4 && accepted; ++i) {
+    accepted = writer.Submit(buffer);
+    EXPECT_TRUE(buffer.empty());
+    buffer.assign(1u << 16, 'x');
+  }
+  EXPECT_FALSE(accepted);  // the first failure refuses what comes after it
+  EXPECT_EQ(writer.Finish(), ENOSPC);
+  ::close(fd);
 }
 
 TEST(AtomicFile, TemporaryFilesOfGoneProcessesAreRemovedOnTheFirstOpen) {

@@ -109,5 +109,33 @@ TEST(Timing, SecondsToOneDecimal) {
   EXPECT_EQ(FormatSeconds(50), "0.1");
 }
 
+// What is held back with ShowFirst comes before the next message, note or question, once.
+TEST(UiPortShowFirst, HeldTextComesFirstAndOnce) {
+  for (const int next : {0, 1, 2, 3}) {
+    SCOPED_TRACE(next);
+    testing::RecordingPort ui;
+    int runs = 0;
+    ui.ShowFirst([&] {
+      ++runs;
+      ui.Note("held");  // showing from inside does not run it again
+    });
+    if (next == 0) ui.Message("next", Icon::Exclamation);
+    if (next == 1) ui.Note("next");
+    if (next == 2) {
+      ui.ExpectQuestion("next", true);
+      EXPECT_TRUE(ui.AskYesNo("next"));
+    }
+    ui.Settle();
+    if (next != 2) {
+      ASSERT_EQ(ui.messages.size(), next == 3 ? 1u : 2u);
+      EXPECT_EQ(ui.messages[0].text, "held");
+      EXPECT_TRUE(ui.messages[0].note);
+    } else {
+      EXPECT_EQ(ui.Texts(), std::vector<std::string>{"held"});
+    }
+    EXPECT_EQ(runs, 1);
+  }
+}
+
 }  // namespace
 }  // namespace kroveld

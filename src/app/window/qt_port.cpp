@@ -62,7 +62,7 @@ bool ProgressOfStatus(std::string_view text, long long& done, long long& total) 
          NumbersBefore(text, "[", kBatchStatusSuffix, done, total);
 }
 
-void QtPort::Message(std::string_view text, Icon icon, std::string_view title) {
+void QtPort::ShowMessage(std::string_view text, Icon icon, std::string_view title) {
   if (answerer_) {
     answerer_(std::string(text), icon, false);
     return;
@@ -73,7 +73,7 @@ void QtPort::Message(std::string_view text, Icon icon, std::string_view title) {
   box.exec();
 }
 
-bool QtPort::AskYesNo(std::string_view text, Icon icon, std::string_view title) {
+bool QtPort::Ask(std::string_view text, Icon icon, std::string_view title) {
   if (answerer_) return answerer_(std::string(text), icon, true);
   QMessageBox box(BoxIcon(icon), title.empty() ? QString(kApplicationTitle) : Q(title), Q(text),
                   QMessageBox::Yes | QMessageBox::No, targets_.owner);

@@ -36,9 +36,9 @@ class QtPort final : public UiPort {
     status_observer_ = std::move(observer);
   }
 
-  void Message(std::string_view text, Icon icon, std::string_view title) override;
-  void Note(std::string_view text) override { Message(text, Icon::Information, {}); }
-  bool AskYesNo(std::string_view text, Icon icon, std::string_view title) override;
+  void ShowMessage(std::string_view text, Icon icon, std::string_view title) override;
+  void ShowNote(std::string_view text) override { ShowMessage(text, Icon::Information, {}); }
+  bool Ask(std::string_view text, Icon icon, std::string_view title) override;
   void Status(int panel, std::string_view text) override;
   std::string Caption() const override;
   void SetCaption(std::string_view text) override;

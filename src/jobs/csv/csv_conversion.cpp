@@ -11,14 +11,14 @@ namespace kroveld {
 bool ConvertToCsv(Context& ctx, const std::string& outputPath, std::string* error) {
   CsvSink sink;
   // A file that replaces an existing one is flushed to the disk before the rename, so a crash
-  // never leaves a truncated file where a good one stood; a new file is left to the caller's
-  // sync (a batch syncs once at its end).
+  // never leaves a truncated file where a good one stood; a batch leaves its new files to the
+  // one sync at its end.
   const bool replacing = FileExists(outputPath);
   if (!sink.Open(outputPath)) {
     if (error != nullptr) *error = sink.Error();
     return false;
   }
-  sink.SetDurable(replacing);
+  sink.SetDurable(replacing || !ctx.run.syncAtEnd);
   {
     SinkScope scope(ctx, sink);
     ctx.recipe.ExportSpecs.Process(ctx);

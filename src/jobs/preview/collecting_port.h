@@ -13,9 +13,9 @@ namespace kroveld {
 
 class CollectingPort final : public UiPort {
  public:
-  void Message(std::string_view text, Icon icon, std::string_view title) override;
-  void Note(std::string_view text) override;
-  bool AskYesNo(std::string_view text, Icon icon, std::string_view title) override;
+  void ShowMessage(std::string_view text, Icon icon, std::string_view title) override;
+  void ShowNote(std::string_view text) override;
+  bool Ask(std::string_view text, Icon icon, std::string_view title) override;
   void Status(int, std::string_view) override {}
   std::string Caption() const override { return caption_; }
   void SetCaption(std::string_view text) override { caption_ = std::string(text); }

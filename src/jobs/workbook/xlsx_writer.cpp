@@ -3,9 +3,15 @@
 
 #include <xlsxwriter.h>
 
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <optional>
 #include <string>
 
 #include "jobs/workbook/column_widths.h"
@@ -106,6 +112,47 @@ class LibraryErrors {
   int saved_ = -1;
 };
 
+// Packing the parts into the zip (workbook_close) takes seconds for a big sheet and gives no turn
+// in between, so with a tick it runs in a child process while this one asks the tick about every
+// 30 ms: a stop ends the child at once and the file there stays as it was. The library's result,
+// or nothing when stopped. Without a tick, or when no process can be made, it packs here.
+std::optional<lxw_error> PackWorkbook(lxw_workbook* wb, const SaveTick& tick, std::int64_t held) {
+  int done[2];
+  if (!tick || ::pipe2(done, O_CLOEXEC) != 0) return workbook_close(wb);
+  const pid_t child = ::fork();
+  if (child < 0) {
+    ::close(done[0]);
+    ::close(done[1]);
+    return workbook_close(wb);
+  }
+  if (child == 0) {
+    // The end of the pipe held here closes when this process ends, however it ends.
+    ::_exit(static_cast<int>(workbook_close(wb)));
+  }
+  ::close(done[1]);
+  bool stopped = false;
+  for (;;) {
+    pollfd end{done[0], POLLIN, 0};
+    const int ready = ::poll(&end, 1, 30);
+    if (ready > 0) break;
+    if (ready < 0 && errno != EINTR) break;
+    if (!tick(held, held)) {
+      stopped = true;
+      ::kill(child, SIGKILL);
+      break;
+    }
+  }
+  ::close(done[0]);
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  // The child wrote the file; this copy of the workbook only has its memory given back.
+  lxw_workbook_free(wb);
+  if (stopped) return std::nullopt;
+  if (WIFEXITED(status)) return static_cast<lxw_error>(WEXITSTATUS(status));
+  return LXW_ERROR_CREATING_XLSX_FILE;
+}
+
 }  // namespace
 
 bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error,
@@ -194,15 +241,16 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
       }
     }
   }
-  // Closing packs the parts into the zip, seconds for a big sheet, with no turn for us in between:
-  // a stop asked for meanwhile is honoured at its end, and the file there is still kept.
-  const lxw_error closed = workbook_close(wb);
-  if (!stopped && tick && !tick(held, held)) stopped = true;
+  const std::optional<lxw_error> packed =
+      stopped ? std::optional<lxw_error>(LXW_NO_ERROR) : PackWorkbook(wb, tick, held);
+  if (stopped) lxw_workbook_free(wb);
+  // A stop asked for during the packing, or in its last moments, keeps the file there.
+  if (!packed || (!stopped && tick && !tick(held, held))) stopped = true;
   if (stopped) {
     error = "Saving " + path + " was stopped; the file there is kept as it was";
     return false;
   }
-  if (failure == LXW_NO_ERROR) failure = closed;
+  if (failure == LXW_NO_ERROR) failure = *packed;
   if (failure != LXW_NO_ERROR) {
     const std::string system = library_errors.SystemError();
     error = "Cannot write " + path + ": " + (system.empty() ? lxw_strerror(failure) : system);
