@@ -4,6 +4,7 @@
 // a large report are turned away by a plain substring search without running the matcher.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -14,6 +15,8 @@ class RE2;
 }
 
 namespace kroveld {
+
+class LiteralScout;
 
 class Pattern {
  public:
@@ -32,7 +35,14 @@ class Pattern {
 
   // Whether the pattern occurs anywhere in `line` (unanchored, as a search; "^" and "$" anchor
   // at the ends of the line).
-  bool Matches(std::string_view line) const;
+  bool Matches(std::string_view line) const { return Matches(line, nullptr); }
+  // The same, with the searches for the literals of SearchedLiterals() left to `scouts` (one per
+  // literal, in that order), which may answer them faster for the lines of a mapped report.
+  bool Matches(std::string_view line, LiteralScout* const* scouts) const;
+
+  // The literals Matches searches for anywhere in a line (those it tests at the line's start
+  // excluded), in the order of the scouts it takes.
+  std::vector<std::string> SearchedLiterals() const;
 
   // The literal every match contains, as found by the prefilter (empty: none was found). For
   // tests and the benchmark's report.
@@ -49,17 +59,30 @@ class Pattern {
     WholeLiteral,   // "^literal$"
   };
 
+  // A literal of the prefilter, looked for at the line's start or anywhere in it.
+  struct Needle {
+    std::string text;
+    bool atStart = false;
+    int scout = -1;        // for a literal searched anywhere: its place among SearchedLiterals()
+    bool decides = false;  // an alternative that is nothing but the literal: found, it matches
+    // The first eight bytes of the text and the mask of those it has, so that most lines are
+    // turned away by one comparison of their first eight bytes.
+    std::uint64_t head = 0;
+    std::uint64_t headMask = 0;
+
+    void Set(std::string literal, bool start);
+    bool In(std::string_view line, LiteralScout* const* scouts) const;
+  };
+  void NumberScouts();
+
   std::string text_;
   bool compiled_ = false;
   Kind kind_ = Kind::Regex;
   std::string required_;
   bool requiredAtStart_ = false;  // the literal is where every match begins, at the line's start
+  Needle requiredNeedle_;         // required_ as the prefilter tests it
   // For a pattern of alternatives: a literal each alternative needs (a match needs one of them).
-  struct Alternative {
-    std::string literal;
-    bool atStart = false;
-  };
-  std::vector<Alternative> alternatives_;
+  std::vector<Needle> alternatives_;
   std::shared_ptr<const re2::RE2> re_;  // shared: copies of a table share one compiled pattern
 };
 
