@@ -2,6 +2,7 @@
 // for the rest.
 #include "engine/amount_sum.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <limits>
@@ -106,7 +107,7 @@ void AmountSum::AddOtherwise(std::string_view field, std::size_t readable) {
     char padded[kPlaces];
     std::memset(padded, ' ', sizeof padded);
     if (!field.empty()) std::memcpy(padded, field.data(), field.size());
-    if (Counted(padded, field.size())) return;
+    if (Counted<false>(padded, field.size())) return;
   }
   Fixed4 value;
   const NumberLocale& loc = NumberLocale::Current();
@@ -137,8 +138,9 @@ void AmountSum::AddValue(Fixed4 value) {
 // Counts the field's digits by place when the field holds an amount laid out as the counted ones
 // are (or, with nothing counted yet, lays the counting out by it). False when it does not: the
 // caller reads it.
-bool AmountSum::Counted(const char* field, std::size_t length) {
-  const unsigned inField = (1u << length) - 1;
+template <bool full>
+[[gnu::always_inline]] inline bool AmountSum::Counted(const char* field, std::size_t length) {
+  const unsigned inField = full ? 0xFFFFu : (1u << length) - 1;
   const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(field));
   const auto bits = [&v, inField](char c) {
     return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_set1_epi8(c)))) & inField;
@@ -158,7 +160,7 @@ bool AmountSum::Counted(const char* field, std::size_t length) {
   const int first = std::countr_zero(whole);
   const unsigned lead = (1u << first) - 1;
   const unsigned span = beforePoint_ & ~lead;
-  const unsigned blanks = bits(' ') | (~inField & 0xFFFFu);
+  const unsigned blanks = full ? bits(' ') : bits(' ') | (~inField & 0xFFFFu);
   if (digits != ((wholePlaces_ & span) | fraction_) ||
       bits(separator_) != (separatorPlaces_ & span)) {
     return false;
@@ -184,10 +186,11 @@ bool AmountSum::Counted(const char* field, std::size_t length) {
   bound_ += most;
   numeric_ = true;
   counted_ = true;
-  const __m128i d = _mm_and_si128(
-      fromZero,
-      _mm_and_si128(isDigit,
-                    _mm_load_si128(reinterpret_cast<const __m128i*>(laneInField_[length]))));
+  const __m128i d =
+      full ? _mm_and_si128(fromZero, isDigit)
+           : _mm_and_si128(fromZero,
+                           _mm_and_si128(isDigit, _mm_load_si128(reinterpret_cast<const __m128i*>(
+                                                      laneInField_[length]))));
   __m128i* sums = reinterpret_cast<__m128i*>(negative ? minus_ : plus_);
   _mm_store_si128(sums, _mm_add_epi8(_mm_load_si128(sums), d));
   if (++byteRows_ == kRowsPerByte) Flush();
@@ -196,11 +199,37 @@ bool AmountSum::Counted(const char* field, std::size_t length) {
 
 #else
 
+template <bool full>
 bool AmountSum::Counted(const char*, std::size_t) {
   return false;
 }
 
 #endif
+
+void AmountSum::Add(std::string_view field, std::size_t readable) {
+  if (readable >= kPlaceBytes && countable_ && !inOrder_) {
+    if (field.size() == kPlaceBytes
+            ? Counted<true>(field.data(), kPlaceBytes)
+            : field.size() < kPlaceBytes && Counted<false>(field.data(), field.size())) {
+      return;
+    }
+  }
+  AddOtherwise(field, readable);
+}
+
+void AmountSum::AddFields(std::vector<AmountSum>& sums, const std::vector<Bytes>& fields,
+                          std::string_view line) {
+  for (std::size_t c = 0; c < sums.size(); ++c) {
+    const Bytes& at = fields[c];
+    if (at.from >= line.size()) {
+      sums[c].AddOtherwise({}, 0);
+      continue;
+    }
+    const std::size_t readable = line.size() - at.from;
+    const std::string_view field(line.data() + at.from, std::min(at.width, readable));
+    sums[c].Add(field, readable);
+  }
+}
 
 // Lays the counting out by an amount with one decimal point followed by one to four digits: the
 // point's place, the decimals, the places of the whole digits and separators (every fourth place

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "util/numbers.h"
 
@@ -29,13 +30,7 @@ class AmountSum {
   // Adds the column's field of a row when it is numeric. `readable`: how many bytes from
   // field.data() on may be read (at least field.size()); sixteen let the field be looked at in
   // one load.
-  void Add(std::string_view field, std::size_t readable) {
-    if (readable >= kPlaceBytes && field.size() <= kPlaceBytes && countable_ && !inOrder_ &&
-        Counted(field.data(), field.size())) {
-      return;
-    }
-    AddOtherwise(field, readable);
-  }
+  void Add(std::string_view field, std::size_t readable);
 
   // The sum of the amounts added since the last Take, and whether adding them one by one left
   // the fixed-point range (the sum is then of no use); counting starts again.
@@ -48,12 +43,23 @@ class AmountSum {
   // Whether any amount was added since the sum was made.
   bool Numeric() const { return numeric_; }
 
+  // Where a column's field lies in a line: bytes [from, from + width), clipped to the line.
+  struct Bytes {
+    std::size_t from = 0;
+    std::size_t width = 0;
+  };
+  // Adds its field of `line` to each sum (`sums` and `fields` alike in size): one call per row.
+  static void AddFields(std::vector<AmountSum>& sums, const std::vector<Bytes>& fields,
+                        std::string_view line);
+
  private:
   static constexpr int kPlaces = 16;
   static constexpr std::size_t kPlaceBytes =
       kPlaces;                             // the widest field whose digits are counted by place
   static constexpr int kRowsPerByte = 28;  // the first counters are bytes: 28 * 9 < 256
 
+  // `full`: the field is sixteen bytes long (the usual case, with nothing to mask).
+  template <bool full>
   bool Counted(const char* field, std::size_t length);
   void AddOtherwise(std::string_view field, std::size_t readable);
   bool Learn(unsigned digits, unsigned points);

@@ -84,6 +84,12 @@ bool RowRules::Prepare(const clsTable& table, int tabSize, bool utf8, std::strin
                                      UpperAscii(Trim(column.WriteColumn))});
     }
     sums_.assign(summed_.size(), AmountSum(NumberLocale::Current()));
+    for (const SummedColumn& c : summed_) {
+      const bool valid = c.start >= 1 && c.end >= c.start;
+      fieldBytes_.push_back(valid ? AmountSum::Bytes{static_cast<std::size_t>(c.start - 1),
+                                                     static_cast<std::size_t>(c.end - c.start + 1)}
+                                  : AmountSum::Bytes{std::string_view::npos, 0});
+    }
   }
   active_ = skipBlank_ || !skip_.Empty() || !keep_.Empty() || !total_.Empty() || carries;
   PlanScouts({});
@@ -155,6 +161,7 @@ bool RowRules::Admit(Context& ctx, std::int64_t lineNumber, std::string_view lin
   for (std::size_t p = 0; p < carryPatterns_.size(); ++p) {
     if (!carryPatterns_[p].Matches(tested, carryScouts_[p].data())) continue;
     carriedLines_[p].assign(line);
+    ++carriedVersion_;
     carriedTabs_ = false;
     carriedAscii_ = true;
     for (const std::string& carried : carriedLines_) {
@@ -216,6 +223,10 @@ std::string_view RowRules::Field(std::string_view line, std::size_t column, std:
 
 void RowRules::AddRow(std::string_view line) {
   line = Prepared(line);
+  if (!byColumns_) {
+    AmountSum::AddFields(sums_, fieldBytes_, line);
+    return;
+  }
   for (std::size_t c = 0; c < summed_.size(); ++c) {
     std::size_t readable = 0;
     const std::string_view field = Field(line, c, readable);
@@ -232,7 +243,8 @@ void RowRules::CheckTotals(Context& ctx, std::int64_t lineNumber, std::string_vi
     const AmountSum::Result sum = column.Take();
     Fixed4 printed;
     // Only numeric columns are checked, and only where the total line prints a number.
-    if (column.Numeric() && ParseFixed(printedText, printed) == NumberParse::kOk) {
+    if (column.Numeric() && (QuickFixed(printedText, printed, NumberLocale::Current()) ||
+                             ParseFixed(printedText, printed) == NumberParse::kOk)) {
       ++ctx.run.tally.totalsChecked;
       if (sum.overflow || printed.raw != sum.total.raw) {
         ++ctx.run.tally.totalsDiffering;

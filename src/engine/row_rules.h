@@ -52,6 +52,9 @@ class RowRules {
   // The line column `index` cuts its value from: the latest line that matched its pattern, or
   // an empty line before any has. Only for columns that carry.
   std::string_view CarriedLine(std::size_t index) const;
+  // Changes whenever a carried line does: what was cut from the carried lines before still holds
+  // while it stays the same.
+  std::uint64_t CarriedVersion() const { return carriedVersion_; }
   // True when some carried line holds a tab (its fields then need the line processor's
   // expansion).
   bool CarriedTabs() const { return carriedTabs_; }
@@ -86,6 +89,7 @@ class RowRules {
   std::vector<int> carry_;
   bool carriedTabs_ = false;
   bool carriedAscii_ = true;
+  std::uint64_t carriedVersion_ = 0;
 
   // Totals check: the columns summed (all that do not carry), their positions and letters.
   struct SummedColumn {
@@ -95,7 +99,8 @@ class RowRules {
     std::string letter;
   };
   std::vector<SummedColumn> summed_;
-  std::vector<AmountSum> sums_;  // per summed column, since the last total line
+  std::vector<AmountSum> sums_;               // per summed column, since the last total line
+  std::vector<AmountSum::Bytes> fieldBytes_;  // per summed column, its bytes in a line
   int tableNumber_ = 0;
   int tabSize_ = 0;
   bool utf8_ = false;
