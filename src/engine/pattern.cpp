@@ -302,6 +302,14 @@ void Pattern::Needle::Set(std::string literal, bool start) {
 }
 
 void Pattern::NumberScouts() {
+  quick_ = Quick::None;
+  if (!requiredNeedle_.text.empty()) {
+    if (requiredNeedle_.atStart && (kind_ == Kind::PrefixLiteral || kind_ == Kind::Regex)) {
+      quick_ = Quick::Head;
+    } else if (kind_ == Kind::Literal) {
+      quick_ = Quick::Scout;
+    }
+  }
   int next = 0;
   if ((kind_ == Kind::Literal || kind_ == Kind::Regex) && !requiredNeedle_.text.empty() &&
       !requiredNeedle_.atStart) {
@@ -423,7 +431,7 @@ void Pattern::PlanAlternatives(std::string_view text) {
   alternatives_ = std::move(plan);
 }
 
-bool Pattern::Matches(std::string_view line, LiteralScout* const* scouts) const {
+bool Pattern::Test(std::string_view line, LiteralScout* const* scouts) const {
   if (!compiled_) return false;
   switch (kind_) {
     case Kind::Literal:

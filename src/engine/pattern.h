@@ -5,18 +5,19 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "util/literal_scout.h"
 
 namespace re2 {
 class RE2;
 }
 
 namespace kroveld {
-
-class LiteralScout;
 
 class Pattern {
  public:
@@ -38,7 +39,20 @@ class Pattern {
   bool Matches(std::string_view line) const { return Matches(line, nullptr); }
   // The same, with the searches for the literals of SearchedLiterals() left to `scouts` (one per
   // literal, in that order), which may answer them faster for the lines of a mapped report.
-  bool Matches(std::string_view line, LiteralScout* const* scouts) const;
+  bool Matches(std::string_view line, LiteralScout* const* scouts) const {
+    // Most lines of a report are settled here, without a call: by the first eight bytes of a
+    // pattern that opens with a literal, or by the scout of a pattern that is one literal.
+    if (quick_ == Quick::Head) {
+      if (line.size() >= 8) {
+        std::uint64_t first;
+        std::memcpy(&first, line.data(), 8);
+        if ((first & requiredNeedle_.headMask) != requiredNeedle_.head) return false;
+      }
+    } else if (quick_ == Quick::Scout && scouts != nullptr) {
+      return scouts[0]->Holds(line);
+    }
+    return Test(line, scouts);
+  }
 
   // The literals Matches searches for anywhere in a line (those it tests at the line's start
   // excluded), in the order of the scouts it takes.
@@ -50,6 +64,7 @@ class Pattern {
 
  private:
   void PlanAlternatives(std::string_view text);
+  bool Test(std::string_view line, LiteralScout* const* scouts) const;
 
   enum class Kind {
     Regex,          // run the matcher (after the required-literal test, if any)
@@ -74,6 +89,14 @@ class Pattern {
     bool In(std::string_view line, LiteralScout* const* scouts) const;
   };
   void NumberScouts();
+
+  enum class Quick {
+    None,
+    Head,   // every match opens with requiredNeedle_: lines of eight bytes or more whose first
+            // eight do not agree with it are turned away
+    Scout,  // the pattern is requiredNeedle_ searched anywhere, its scout the first one
+  };
+  Quick quick_ = Quick::None;
 
   std::string text_;
   bool compiled_ = false;

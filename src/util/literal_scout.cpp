@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <utility>
 
 #if defined(__SSE2__)
@@ -15,7 +16,8 @@ namespace kroveld {
 
 namespace {
 
-// The first byte in [s, s + n) that is one of `bytes` (two to four of them), or null.
+// The first byte in [s, s + n) that is one of `bytes` (two to four of them), or null. Thirty-two
+// bytes at a time: the searches run through whole reports.
 const char* FindAnyByte(const char* s, std::size_t n, std::string_view bytes) {
   std::size_t i = 0;
 #if defined(__SSE2__)
@@ -24,18 +26,54 @@ const char* FindAnyByte(const char* s, std::size_t n, std::string_view bytes) {
   };
   const __m128i a = wanted(0), b = wanted(1), c = wanted(2), d = wanted(3);
   const bool two = bytes.size() <= 2;
-  for (; i + 16 <= n; i += 16) {
-    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + i));
+  const auto hits = [&](const char* p) {
+    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
     __m128i hit = _mm_or_si128(_mm_cmpeq_epi8(v, a), _mm_cmpeq_epi8(v, b));
     if (!two) hit = _mm_or_si128(hit, _mm_or_si128(_mm_cmpeq_epi8(v, c), _mm_cmpeq_epi8(v, d)));
-    const unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(hit));
-    if (mask != 0) return s + i + static_cast<std::size_t>(__builtin_ctz(mask));
+    return hit;
+  };
+  for (; i + 32 <= n; i += 32) {
+    const __m128i low = hits(s + i);
+    const __m128i high = hits(s + i + 16);
+    if (_mm_movemask_epi8(_mm_or_si128(low, high)) == 0) continue;
+    const unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(low)) |
+                          static_cast<unsigned>(_mm_movemask_epi8(high)) << 16;
+    return s + i + static_cast<std::size_t>(__builtin_ctz(mask));
   }
 #endif
   for (; i < n; ++i) {
     if (bytes.find(s[i]) != std::string_view::npos) return s + i;
   }
   return nullptr;
+}
+
+// The first occurrence of `key` (two bytes or more) in [s, s + n), or null: positions where the
+// first and the last byte of the key match, thirty-two at a time, are compared whole.
+const char* FindLiteral(const char* s, std::size_t n, std::string_view key) {
+  const std::size_t k = key.size();
+  std::size_t i = 0;
+#if defined(__SSE2__)
+  const __m128i first = _mm_set1_epi8(key[0]);
+  const __m128i last = _mm_set1_epi8(key[k - 1]);
+  const auto candidates = [&](const char* p) {
+    const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + k - 1));
+    return _mm_and_si128(_mm_cmpeq_epi8(a, first), _mm_cmpeq_epi8(b, last));
+  };
+  for (; i + 31 + k <= n; i += 32) {
+    const __m128i low = candidates(s + i);
+    const __m128i high = candidates(s + i + 16);
+    if (_mm_movemask_epi8(_mm_or_si128(low, high)) == 0) continue;
+    unsigned mask = static_cast<unsigned>(_mm_movemask_epi8(low)) |
+                    static_cast<unsigned>(_mm_movemask_epi8(high)) << 16;
+    while (mask != 0) {
+      const std::size_t at = i + static_cast<std::size_t>(__builtin_ctz(mask));
+      if (std::memcmp(s + at + 1, key.data() + 1, k - 2) == 0) return s + at;
+      mask &= mask - 1;
+    }
+  }
+#endif
+  return i < n ? scan::FindKey(s + i, n - i, key) : nullptr;
 }
 
 }  // namespace
@@ -53,7 +91,8 @@ void LiteralScout::Reset(std::string_view block, std::string literal, Kind kind)
 
 const char* LiteralScout::FindIn(const char* s, std::size_t n) const {
   if (kind_ == Kind::AnyByte) return FindAnyByte(s, n, literal_);
-  return scan::FindKey(s, n, literal_);
+  if (literal_.size() == 1) return static_cast<const char*>(std::memchr(s, literal_[0], n));
+  return FindLiteral(s, n, literal_);
 }
 
 bool LiteralScout::Find(const char* s, std::size_t n) const {
