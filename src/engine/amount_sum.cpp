@@ -91,7 +91,8 @@ bool QuickFixed(std::string_view text, Fixed4& out, const NumberLocale& loc) {
 }
 
 AmountSum::AmountSum(const NumberLocale& loc)
-    : point_(loc.decimal_point),
+    : loc_(&loc),
+      point_(loc.decimal_point),
       separator_(loc.thousands_sep),
       countable_(loc.decimal_point != loc.thousands_sep && Plain(loc.decimal_point) &&
                  Plain(loc.thousands_sep)) {
@@ -110,8 +111,9 @@ void AmountSum::AddOtherwise(std::string_view field, std::size_t readable) {
     if (Counted<false>(padded, field.size())) return;
   }
   Fixed4 value;
-  const NumberLocale& loc = NumberLocale::Current();
-  if (!QuickFixed(field, value, loc) && ParseFixed(field, value, loc) != NumberParse::kOk) return;
+  if (!QuickFixed(field, value, *loc_) && ParseFixed(field, value, *loc_) != NumberParse::kOk) {
+    return;
+  }
   numeric_ = true;
   AddValue(value);
 }

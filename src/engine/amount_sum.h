@@ -25,6 +25,7 @@ bool QuickFixed(std::string_view text, Fixed4& out, const NumberLocale& loc);
 
 class AmountSum {
  public:
+  // `loc` must outlive the sum.
   explicit AmountSum(const NumberLocale& loc = NumberLocale::Current());
 
   // Adds the column's field of a row when it is numeric. `readable`: how many bytes from
@@ -67,6 +68,7 @@ class AmountSum {
   void Flush();
   std::int64_t CountedSum();
 
+  const NumberLocale* loc_;
   char point_ = '.';
   char separator_ = ',';
   bool countable_ = false;  // the locale's characters allow counting by place
