@@ -310,6 +310,7 @@ void Pattern::NumberScouts() {
       quick_ = Quick::Scout;
     }
   }
+  if (!alternatives_.empty() && requiredNeedle_.text.empty()) quick_ = Quick::Alternatives;
   int next = 0;
   if ((kind_ == Kind::Literal || kind_ == Kind::Regex) && !requiredNeedle_.text.empty() &&
       !requiredNeedle_.atStart) {

@@ -41,7 +41,8 @@ class Pattern {
   // literal, in that order), which may answer them faster for the lines of a mapped report.
   bool Matches(std::string_view line, LiteralScout* const* scouts) const {
     // Most lines of a report are settled here, without a call: by the first eight bytes of a
-    // pattern that opens with a literal, or by the scout of a pattern that is one literal.
+    // pattern that opens with a literal, by the scout of a pattern that is one literal, or by
+    // the literals of a pattern of alternatives.
     if (quick_ == Quick::Head) {
       if (line.size() >= 8) {
         std::uint64_t first;
@@ -50,6 +51,11 @@ class Pattern {
       }
     } else if (quick_ == Quick::Scout && scouts != nullptr) {
       return scouts[0]->Holds(line);
+    } else if (quick_ == Quick::Alternatives && scouts != nullptr) {
+      for (const Needle& alt : alternatives_) {
+        if (alt.Found(line, scouts)) return alt.decides || Test(line, scouts);
+      }
+      return false;
     }
     return Test(line, scouts);
   }
@@ -87,6 +93,17 @@ class Pattern {
 
     void Set(std::string literal, bool start);
     bool In(std::string_view line, LiteralScout* const* scouts) const;
+    // In() for a needle that is not empty and, when not at the start, has its scout.
+    bool Found(std::string_view line, LiteralScout* const* scouts) const {
+      if (!atStart) return scouts[scout]->Holds(line);
+      if (line.size() < 8) return line.starts_with(text);
+      std::uint64_t first;
+      std::memcpy(&first, line.data(), 8);
+      if ((first & headMask) != head) return false;
+      return text.size() <= 8 ||
+             (line.size() >= text.size() &&
+              std::memcmp(line.data() + 8, text.data() + 8, text.size() - 8) == 0);
+    }
   };
   void NumberScouts();
 
@@ -95,6 +112,8 @@ class Pattern {
     Head,   // every match opens with requiredNeedle_: lines of eight bytes or more whose first
             // eight do not agree with it are turned away
     Scout,  // the pattern is requiredNeedle_ searched anywhere, its scout the first one
+    Alternatives,  // a line that holds none of the alternatives' literals is turned away; the
+                   // first one found settles the match when it decides it
   };
   Quick quick_ = Quick::None;
 
