@@ -120,6 +120,7 @@ FastCsvRows::~FastCsvRows() = default;
 // operator that reads another slot, sums, or is unknown and reported per field).
 bool FastCsvRows::Plan(const Context& ctx, std::vector<clsColumn>& columns, const RowRules* rules) {
   cuts_.clear();
+  carriedCut_ = false;
   widest_ = 0;
   typed_room_ = 0;
   carries_ = false;
@@ -137,6 +138,36 @@ bool FastCsvRows::Plan(const Context& ctx, std::vector<clsColumn>& columns, cons
     if (column.IsTyped()) typed_room_ += 2 * kLongestTypedCsv + 4;
   }
   return true;
+}
+
+// The untyped carried columns as their rows write them, from the carried lines as they are now.
+void FastCsvRows::CutCarried(const RowRules& rules) {
+  carried_.resize(cuts_.size());
+  std::string buffer;
+  for (std::size_t c = 0; c < cuts_.size(); ++c) {
+    const ColumnCut& cut = cuts_[c];
+    CarriedField& field = carried_[c];
+    field.text.clear();
+    field.equalSign = false;
+    if (!cut.carried || cut.typed != nullptr) continue;
+    const std::string_view line = rules.CarriedLine(c);
+    const long long size = static_cast<long long>(line.size());
+    const long long slotSize = size + (size > 0 && line.back() != ' ' ? 1 : 0);
+    long long from = cut.from;
+    long long to = from + cut.width;
+    if (from < 0) from = 0;
+    if (to > slotSize) to = slotSize;
+    if (from >= to) continue;  // an empty field
+    const long long inLine = to < size ? to : size;
+    const std::size_t n = from < inLine ? static_cast<std::size_t>(inLine - from) : 0;
+    const char* const piece = line.data() + (n > 0 ? static_cast<std::size_t>(from) : 0);
+    buffer.resize(2 * static_cast<std::size_t>(to - from) + 4);
+    char* const end = clsColumn::PutCsvValue(std::string_view(piece, n), to > size, buffer.data(),
+                                             field.equalSign);
+    field.text.assign(buffer.data(), end);
+  }
+  carriedVersion_ = rules.CarriedVersion();
+  carriedCut_ = true;
 }
 
 // One CSV row from `line` as slot 1 would hold it after ReadRowPeriod1Only (the line and, when it
@@ -158,6 +189,9 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view current,
   char* const begin = row_.data();
   char* out = begin;
   warned = false;
+  if (carries_ && (!carriedCut_ || carriedVersion_ != rules->CarriedVersion())) {
+    CutCarried(*rules);
+  }
   // A line with an equal sign has its fields looked at one by one for the warning.
   const bool byField = marks == nullptr || marks->equalSign;
   bool placed = false;  // a typed column keeps its place in the row, empty or not
@@ -169,6 +203,16 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view current,
         cut.carried ? size + (size > 0 && line.back() != ' ' ? 1 : 0) : currentSlot;
     if (out != begin || placed) *out++ = ',';
     placed = placed || cut.typed != nullptr;
+    if (cut.carried && cut.typed == nullptr) {
+      const CarriedField& field = carried_[c];
+      out = scan::PutField(out, field.text.data(), field.text.size());
+      if (field.equalSign) {
+        ctx.lineProcessor.SetPeriod1Line(current, ctx.tabSize);
+        clsColumn::WarnEqualSign(ctx.ui);
+        warned = true;
+      }
+      continue;
+    }
     long long from = cut.from;
     long long to = from + cut.width;
     if (from < 0) from = 0;

@@ -48,6 +48,12 @@ class FastCsvRows {
     bool carried = false;        // cut from the column's carried line, not the current one
   };
   struct LineMarks;  // where a line holds the bytes that matter to its fields
+  // A column cut from a carried line, written once per carried line rather than once per row.
+  struct CarriedField {
+    std::string text;        // the field as the row holds it (without its comma)
+    bool equalSign = false;  // its first character that is not a blank is "="
+  };
+  void CutCarried(const RowRules& rules);
   bool Plan(const Context& ctx, std::vector<clsColumn>& columns, const RowRules* rules);
   std::string_view WriteRow(Context& ctx, std::string_view current, std::int64_t lineNumber,
                             const LineMarks* marks, const RowRules* rules, bool& warned);
@@ -57,6 +63,9 @@ class FastCsvRows {
   long long widest_ = 0;        // the widths of all cuts together: no row is longer than twice that
   std::size_t typed_room_ = 0;  // row room the converted values may need beyond their fields
   std::unique_ptr<LineMarks> marks_;
+  std::vector<CarriedField> carried_;  // per column; used for the untyped carried ones
+  std::uint64_t carriedVersion_ = 0;
+  bool carriedCut_ = false;  // carried_ holds the fields of the carried lines of that version
   std::string row_;
   bool planned_ = false;  // whether cuts_ and fast_ reflect the columns
   bool fast_ = false;

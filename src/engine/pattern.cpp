@@ -3,11 +3,14 @@
 #include "engine/pattern.h"
 
 #include <re2/re2.h>
-#include <string.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <vector>
+
+#include "util/byte_scan.h"
+#include "util/literal_scout.h"
 
 namespace kroveld {
 
@@ -229,10 +232,21 @@ std::string LongestRun(std::string_view p, bool& atStart) {
   return best;
 }
 
+// Whether a pattern without outer "|" is nothing but literal bytes, perhaps after a "^": a line
+// that holds them (at its start, with the "^") matches it.
+bool AllLiteral(std::string_view p) {
+  const Analysis a = Analyse(p);
+  if (!a.usable || a.anchoredEnd || a.atoms.empty()) return false;
+  for (const Atom& atom : a.atoms) {
+    if (!atom.literal) return false;
+  }
+  return true;
+}
+
 bool Contains(std::string_view line, std::string_view literal) {
   if (literal.empty()) return true;
   if (line.size() < literal.size()) return false;  // an empty line may have no bytes at all
-  return memmem(line.data(), line.size(), literal.data(), literal.size()) != nullptr;
+  return scan::FindKey(line.data(), line.size(), literal) != nullptr;
 }
 
 }  // namespace
@@ -256,6 +270,63 @@ std::string KeyWords(std::string_view name, std::string_view text) {
   out += name.ends_with("Pattern") ? " [" : " key text [";
   out += text;
   out += "]";
+  return out;
+}
+
+void Pattern::Needle::Set(std::string literal, bool start) {
+  text = std::move(literal);
+  atStart = start;
+  scout = -1;
+  char bytes[8] = {};
+  char mask[8] = {};
+  const std::size_t n = std::min<std::size_t>(text.size(), 8);
+  std::memcpy(bytes, text.data(), n);
+  std::memset(mask, 0xFF, n);
+  std::memcpy(&head, bytes, 8);
+  std::memcpy(&headMask, mask, 8);
+}
+
+[[gnu::always_inline]] inline bool Pattern::Needle::In(std::string_view line,
+                                                       LiteralScout* const* scouts) const {
+  if (text.empty()) return true;
+  if (!atStart) {
+    return scouts != nullptr && scout >= 0 ? scouts[scout]->Holds(line) : Contains(line, text);
+  }
+  if (line.size() < 8) return line.starts_with(text);
+  std::uint64_t first;
+  std::memcpy(&first, line.data(), 8);
+  if ((first & headMask) != head) return false;
+  if (text.size() <= 8) return true;
+  return line.size() >= text.size() &&
+         std::memcmp(line.data() + 8, text.data() + 8, text.size() - 8) == 0;
+}
+
+void Pattern::NumberScouts() {
+  quick_ = Quick::None;
+  if (!requiredNeedle_.text.empty()) {
+    if (requiredNeedle_.atStart && (kind_ == Kind::PrefixLiteral || kind_ == Kind::Regex)) {
+      quick_ = Quick::Head;
+    } else if (kind_ == Kind::Literal) {
+      quick_ = Quick::Scout;
+    }
+  }
+  if (!alternatives_.empty() && requiredNeedle_.text.empty()) quick_ = Quick::Alternatives;
+  int next = 0;
+  if ((kind_ == Kind::Literal || kind_ == Kind::Regex) && !requiredNeedle_.text.empty() &&
+      !requiredNeedle_.atStart) {
+    requiredNeedle_.scout = next++;
+  }
+  for (Needle& alt : alternatives_) {
+    if (!alt.atStart) alt.scout = next++;
+  }
+}
+
+std::vector<std::string> Pattern::SearchedLiterals() const {
+  std::vector<std::string> out;
+  if (requiredNeedle_.scout >= 0) out.push_back(requiredNeedle_.text);
+  for (const Needle& alt : alternatives_) {
+    if (alt.scout >= 0) out.push_back(alt.text);
+  }
   return out;
 }
 
@@ -286,6 +357,7 @@ bool Pattern::Compile(std::string_view text, std::string& error) {
   const Analysis a = Analyse(text);
   if (!a.usable) {
     PlanAlternatives(text);
+    NumberScouts();
     return true;
   }
   // The longest run of literal bytes is what the prefilter looks for.
@@ -316,6 +388,8 @@ bool Pattern::Compile(std::string_view text, std::string& error) {
       kind_ = Kind::Literal;
     }
   }
+  requiredNeedle_.Set(required_, requiredAtStart_ || kind_ == Kind::PrefixLiteral);
+  NumberScouts();
   return true;
 }
 
@@ -324,11 +398,12 @@ bool Pattern::Compile(std::string_view text, std::string& error) {
 void Pattern::PlanAlternatives(std::string_view text) {
   const std::vector<std::string_view> parts = SplitAlternatives(text);
   if (parts.size() < 2 && !(text.starts_with("(") || text.starts_with("^("))) return;
-  std::vector<Alternative> plan;
+  std::vector<Needle> plan;
   for (const std::string_view part : parts) {
     const bool anchored = part.starts_with("^");
     const std::string_view body = anchored ? part.substr(1) : part;
     std::vector<std::string> branches;
+    bool complete = true;  // the branches are all of their alternative, nothing follows them
     // A leading group of alternatives: each of its own alternatives opens the match (what
     // follows the group is only dropped, which keeps the test a necessary one).
     if (body.starts_with("(") && !body.starts_with("(?")) {
@@ -340,27 +415,29 @@ void Pattern::PlanAlternatives(std::string_view text) {
       if (end < body.size() && std::string_view("*?{").find(body[end]) != std::string_view::npos) {
         return;  // an optional group: nothing of it is needed
       }
+      complete = end == body.size();
     } else {
       branches.emplace_back(part);
     }
     for (const std::string& branch : branches) {
       if (SplitAlternatives(branch).size() > 1) return;
-      Alternative alt;
-      alt.literal = LongestRun(branch, alt.atStart);
-      if (alt.literal.empty()) return;
-      plan.push_back(std::move(alt));
+      bool atStart = false;
+      std::string literal = LongestRun(branch, atStart);
+      if (literal.empty()) return;
+      plan.emplace_back();
+      plan.back().Set(std::move(literal), atStart);
+      plan.back().decides = complete && AllLiteral(branch);
     }
   }
   alternatives_ = std::move(plan);
 }
 
-bool Pattern::Matches(std::string_view line) const {
+bool Pattern::Test(std::string_view line, LiteralScout* const* scouts) const {
   if (!compiled_) return false;
   switch (kind_) {
     case Kind::Literal:
-      return Contains(line, required_);
     case Kind::PrefixLiteral:
-      return line.starts_with(required_);
+      return requiredNeedle_.In(line, scouts);
     case Kind::SuffixLiteral:
       return line.ends_with(required_);
     case Kind::WholeLiteral:
@@ -370,8 +447,10 @@ bool Pattern::Matches(std::string_view line) const {
   }
   if (!alternatives_.empty()) {
     bool possible = false;
-    for (const Alternative& alt : alternatives_) {
-      if (alt.atStart ? line.starts_with(alt.literal) : Contains(line, alt.literal)) {
+    for (const Needle& alt : alternatives_) {
+      if (alt.In(line, scouts)) {
+        // An alternative that is just its literal matches where the literal is found.
+        if (alt.decides) return true;
         possible = true;
         break;
       }
@@ -379,7 +458,7 @@ bool Pattern::Matches(std::string_view line) const {
     if (!possible) return false;
   }
   // An anchored pattern that opens with a literal is turned away by its first bytes.
-  if (requiredAtStart_ ? !line.starts_with(required_) : !Contains(line, required_)) return false;
+  if (!requiredNeedle_.In(line, scouts)) return false;
   return RE2::PartialMatch(re2::StringPiece(line.data(), line.size()), *re_);
 }
 

@@ -1,6 +1,7 @@
 // The row filters, carried columns and totals check of one table pass.
 #include "engine/row_rules.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "engine/context.h"
@@ -38,61 +39,6 @@ bool IsFilterBlank(std::string_view line) {
   for (const char c : line) {
     if (c != ' ' && c != '\t' && c != '\f') return false;
   }
-  return true;
-}
-
-bool QuickFixed(std::string_view text, Fixed4& out, const NumberLocale& loc) {
-  std::size_t i = 0;
-  std::size_t n = text.size();
-  while (i < n && text[i] == ' ') ++i;
-  while (n > i && text[n - 1] == ' ') --n;
-  if (i == n) return false;
-  bool negative = false;
-  if (text[i] == '-') {
-    negative = true;
-    ++i;
-  } else if (text[i] == '(') {
-    if (text[n - 1] != ')') return false;
-    negative = true;
-    ++i;
-    --n;
-  }
-  std::int64_t whole = 0;
-  int digits = 0;       // whole digits
-  int groupDigits = 0;  // digits since the last separator
-  bool grouped = false;
-  for (; i < n; ++i) {
-    const char c = text[i];
-    if (c >= '0' && c <= '9') {
-      whole = whole * 10 + (c - '0');
-      ++digits;
-      ++groupDigits;
-      if (digits > 14) return false;  // near the end of the fixed-point range: the general test
-    } else if (c == loc.thousands_sep && loc.thousands_sep != loc.decimal_point) {
-      // Groups of three after a first group of one to three digits.
-      if (grouped ? groupDigits != 3 : (groupDigits < 1 || groupDigits > 3)) return false;
-      grouped = true;
-      groupDigits = 0;
-    } else {
-      break;
-    }
-  }
-  if (digits == 0 || (grouped && groupDigits != 3)) return false;
-  std::int64_t fraction = 0;
-  if (i < n) {
-    if (text[i] != loc.decimal_point) return false;
-    ++i;
-    int decimals = 0;
-    for (; i < n; ++i) {
-      const char c = text[i];
-      if (c < '0' || c > '9' || ++decimals > 4) return false;
-      fraction = fraction * 10 + (c - '0');
-    }
-    if (decimals == 0) return false;
-    for (int d = decimals; d < 4; ++d) fraction *= 10;
-  }
-  const std::int64_t raw = whole * Fixed4::kScale + fraction;
-  out.raw = negative ? -raw : raw;
   return true;
 }
 
@@ -137,10 +83,64 @@ bool RowRules::Prepare(const clsTable& table, int tabSize, bool utf8, std::strin
       summed_.push_back(SummedColumn{c, column.ReadColumnStart, column.ReadColumnEnd,
                                      UpperAscii(Trim(column.WriteColumn))});
     }
-    sums_.assign(summed_.size(), Sum{});
+    sums_.assign(summed_.size(), AmountSum(NumberLocale::Current()));
+    for (const SummedColumn& c : summed_) {
+      const bool valid = c.start >= 1 && c.end >= c.start;
+      fieldBytes_.push_back(valid ? AmountSum::Bytes{static_cast<std::size_t>(c.start - 1),
+                                                     static_cast<std::size_t>(c.end - c.start + 1)}
+                                  : AmountSum::Bytes{std::string_view::npos, 0});
+    }
   }
   active_ = skipBlank_ || !skip_.Empty() || !keep_.Empty() || !total_.Empty() || carries;
+  PlanScouts({});
   return true;
+}
+
+void RowRules::PlanScouts(std::string_view report) {
+  std::vector<std::string> literals;
+  for (const Pattern* pattern : {&skip_, &keep_, &total_}) {
+    for (std::string& literal : pattern->SearchedLiterals()) literals.push_back(std::move(literal));
+  }
+  for (const Pattern& pattern : carryPatterns_) {
+    for (std::string& literal : pattern.SearchedLiterals()) literals.push_back(std::move(literal));
+  }
+  std::sort(literals.begin(), literals.end());
+  literals.erase(std::unique(literals.begin(), literals.end()), literals.end());
+  scouts_.assign(literals.size(), LiteralScout());
+  for (std::size_t i = 0; i < literals.size(); ++i) scouts_[i].Reset(report, literals[i]);
+  // A literal that holds another is looked for only in the lines that hold the other (the
+  // longest such), so that the search ahead runs once for both.
+  for (LiteralScout& scout : scouts_) {
+    LiteralScout* shorter = nullptr;
+    for (LiteralScout& other : scouts_) {
+      const std::string& part = other.Literal();
+      if (part.size() < scout.Literal().size() && scout.Literal().find(part) != std::string::npos &&
+          (shorter == nullptr || part.size() > shorter->Literal().size())) {
+        shorter = &other;
+      }
+    }
+    if (shorter != nullptr) scout.Within(shorter);
+  }
+  controls_.Reset(report, "\f\t", LiteralScout::Kind::AnyByte);
+  skipScouts_ = ScoutsFor(skip_);
+  keepScouts_ = ScoutsFor(keep_);
+  totalScouts_ = ScoutsFor(total_);
+  carryScouts_.clear();
+  for (const Pattern& pattern : carryPatterns_) carryScouts_.push_back(ScoutsFor(pattern));
+}
+
+std::vector<LiteralScout*> RowRules::ScoutsFor(const Pattern& pattern) {
+  std::vector<LiteralScout*> out;
+  for (const std::string& literal : pattern.SearchedLiterals()) {
+    for (LiteralScout& scout : scouts_) {
+      if (scout.Literal() == literal) out.push_back(&scout);
+    }
+  }
+  return out;
+}
+
+void RowRules::ReadsFrom(std::string_view report) {
+  PlanScouts(report);
 }
 
 std::string_view RowRules::CarriedLine(std::size_t index) const {
@@ -151,7 +151,7 @@ bool RowRules::Admit(Context& ctx, std::int64_t lineNumber, std::string_view lin
   // Form feeds count as blanks for the patterns as for the blank test.
   std::string_view tested = line;
   // (A line read past the end of the report is empty and may have no bytes at all.)
-  if (line.find('\f') != std::string_view::npos) {
+  if (controls_.Holds(line) && line.find('\f') != std::string_view::npos) {
     scratch_.assign(line);
     for (char& c : scratch_) {
       if (c == '\f') c = ' ';
@@ -159,8 +159,9 @@ bool RowRules::Admit(Context& ctx, std::int64_t lineNumber, std::string_view lin
     tested = scratch_;
   }
   for (std::size_t p = 0; p < carryPatterns_.size(); ++p) {
-    if (!carryPatterns_[p].Matches(tested)) continue;
+    if (!carryPatterns_[p].Matches(tested, carryScouts_[p].data())) continue;
     carriedLines_[p].assign(line);
+    ++carriedVersion_;
     carriedTabs_ = false;
     carriedAscii_ = true;
     for (const std::string& carried : carriedLines_) {
@@ -168,14 +169,14 @@ bool RowRules::Admit(Context& ctx, std::int64_t lineNumber, std::string_view lin
       if (!IsAscii(carried)) carriedAscii_ = false;
     }
   }
-  const bool isTotal = !total_.Empty() && total_.Matches(tested);
+  const bool isTotal = !total_.Empty() && total_.Matches(tested, totalScouts_.data());
   if (isTotal) CheckTotals(ctx, lineNumber, line);
   bool row = true;
   if (skipBlank_ && IsFilterBlank(line)) {
     row = false;
-  } else if (!keep_.Empty() && !keep_.Matches(tested)) {
+  } else if (!keep_.Empty() && !keep_.Matches(tested, keepScouts_.data())) {
     row = false;
-  } else if (!skip_.Empty() && skip_.Matches(tested)) {
+  } else if (!skip_.Empty() && skip_.Matches(tested, skipScouts_.data())) {
     row = false;
   }
   if (row && !isTotal && !summed_.empty()) AddRow(line);
@@ -197,7 +198,7 @@ std::string_view RowRules::Prepared(std::string_view line) {
     byColumns_ = true;
     return line;
   }
-  if (tabSize_ >= 1 && line.find('\t') != std::string_view::npos) {
+  if (tabSize_ >= 1 && controls_.Holds(line) && line.find('\t') != std::string_view::npos) {
     ExpandTabs(line, tabSize_, expanded_);
     line = expanded_;
   }
@@ -205,38 +206,45 @@ std::string_view RowRules::Prepared(std::string_view line) {
 }
 
 // Positions start..end (from 1) of the prepared line: bytes, or printed columns.
-std::string_view RowRules::Field(std::string_view line, std::size_t column) {
+std::string_view RowRules::Field(std::string_view line, std::size_t column, std::size_t& readable) {
+  readable = 0;
   const SummedColumn& c = summed_[column];
   if (c.start < 1 || c.end < c.start) return {};
-  if (byColumns_) return columns_.Cut(line, c.start, c.end - c.start + 1);
+  if (byColumns_) {
+    const std::string_view field = columns_.Cut(line, c.start, c.end - c.start + 1);
+    readable = field.size();
+    return field;
+  }
   const std::size_t from = static_cast<std::size_t>(c.start - 1);
   if (from >= line.size()) return {};
+  readable = line.size() - from;
   return line.substr(from, static_cast<std::size_t>(c.end - c.start + 1));
 }
 
 void RowRules::AddRow(std::string_view line) {
   line = Prepared(line);
-  const NumberLocale& loc = NumberLocale::Current();
+  if (!byColumns_) {
+    AmountSum::AddFields(sums_, fieldBytes_, line);
+    return;
+  }
   for (std::size_t c = 0; c < summed_.size(); ++c) {
-    Fixed4 value;
-    const std::string_view field = Field(line, c);
-    if (!QuickFixed(field, value, loc) && ParseFixed(field, value, loc) != NumberParse::kOk) {
-      continue;
-    }
-    Sum& sum = sums_[c];
-    sum.numeric = true;
-    if (!AddFixed(sum.total, value, sum.total)) sum.overflow = true;
+    std::size_t readable = 0;
+    const std::string_view field = Field(line, c, readable);
+    sums_[c].Add(field, readable);
   }
 }
 
 void RowRules::CheckTotals(Context& ctx, std::int64_t lineNumber, std::string_view line) {
   line = Prepared(line);
   for (std::size_t c = 0; c < summed_.size(); ++c) {
-    Sum& sum = sums_[c];
-    const std::string_view printedText = Trim(Field(line, c));
+    AmountSum& column = sums_[c];
+    std::size_t readable = 0;
+    const std::string_view printedText = Trim(Field(line, c, readable));
+    const AmountSum::Result sum = column.Take();
     Fixed4 printed;
     // Only numeric columns are checked, and only where the total line prints a number.
-    if (sum.numeric && ParseFixed(printedText, printed) == NumberParse::kOk) {
+    if (column.Numeric() && (QuickFixed(printedText, printed, NumberLocale::Current()) ||
+                             ParseFixed(printedText, printed) == NumberParse::kOk)) {
       ++ctx.run.tally.totalsChecked;
       if (sum.overflow || printed.raw != sum.total.raw) {
         ++ctx.run.tally.totalsDiffering;
@@ -254,8 +262,6 @@ void RowRules::CheckTotals(Context& ctx, std::int64_t lineNumber, std::string_vi
         }
       }
     }
-    sum.total = Fixed4{};
-    sum.overflow = false;
   }
 }
 

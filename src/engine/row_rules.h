@@ -10,7 +10,9 @@
 #include <string_view>
 #include <vector>
 
+#include "engine/amount_sum.h"
 #include "engine/pattern.h"
+#include "util/literal_scout.h"
 #include "util/numbers.h"
 #include "util/utf8_text.h"
 
@@ -22,19 +24,16 @@ class clsTable;
 // The blank test of the row filters: nothing but blanks, tabs and form feeds.
 bool IsFilterBlank(std::string_view line);
 
-// The amounts of a report in their usual printed form, read without the general numeric test:
-// blanks around, a leading minus or parentheses, digits grouped by threes with the locale's
-// separator (or not grouped), the locale's decimal point and at most four decimals. True with the
-// value when the text has that form (the general test then gives the same value); false when it
-// does not, and the caller asks ParseFixed.
-bool QuickFixed(std::string_view text, Fixed4& out, const NumberLocale& loc);
-
 class RowRules {
  public:
   // Compiles the table's patterns. False when one does not compile: `error` then holds the
   // message to show ("Error in Table n : Invalid <key> pattern: ...").
   // `utf8`: the report is read as UTF-8, so positions count printed columns.
   bool Prepare(const clsTable& table, int tabSize, bool utf8, std::string& error);
+  // Says that the lines Admit will be given lie in order in `report` (the mapped report): the
+  // searches for literals then run ahead through it instead of through each line. Optional; the
+  // answers are the same either way.
+  void ReadsFrom(std::string_view report);
 
   // Whether the table has any rule at all; when not, nothing below need be called.
   bool Active() const { return active_; }
@@ -53,6 +52,9 @@ class RowRules {
   // The line column `index` cuts its value from: the latest line that matched its pattern, or
   // an empty line before any has. Only for columns that carry.
   std::string_view CarriedLine(std::size_t index) const;
+  // Changes whenever a carried line does: what was cut from the carried lines before still holds
+  // while it stays the same.
+  std::uint64_t CarriedVersion() const { return carriedVersion_; }
   // True when some carried line holds a tab (its fields then need the line processor's
   // expansion).
   bool CarriedTabs() const { return carriedTabs_; }
@@ -63,17 +65,17 @@ class RowRules {
   void Finish(Context& ctx);
 
  private:
-  struct Sum {
-    Fixed4 total;
-    bool numeric = false;   // some row of the table had a number here
-    bool overflow = false;  // the sum left the fixed-point range since the last total line
-  };
   void AddRow(std::string_view line);
   void CheckTotals(Context& ctx, std::int64_t lineNumber, std::string_view line);
   // The line as slot 1 would hold it for cutting: tabs expanded, UTF-8 beyond ASCII indexed by
   // printed columns.
   std::string_view Prepared(std::string_view line);
-  std::string_view Field(std::string_view line, std::size_t column);
+  // The field of summed column `column` in the prepared line; `readable` says how many bytes from
+  // its start may be read.
+  std::string_view Field(std::string_view line, std::size_t column, std::size_t& readable);
+
+  void PlanScouts(std::string_view report);
+  std::vector<LiteralScout*> ScoutsFor(const Pattern& pattern);
 
   bool active_ = false;
   bool skipBlank_ = false;
@@ -87,6 +89,7 @@ class RowRules {
   std::vector<int> carry_;
   bool carriedTabs_ = false;
   bool carriedAscii_ = true;
+  std::uint64_t carriedVersion_ = 0;
 
   // Totals check: the columns summed (all that do not carry), their positions and letters.
   struct SummedColumn {
@@ -96,7 +99,8 @@ class RowRules {
     std::string letter;
   };
   std::vector<SummedColumn> summed_;
-  std::vector<Sum> sums_;
+  std::vector<AmountSum> sums_;               // per summed column, since the last total line
+  std::vector<AmountSum::Bytes> fieldBytes_;  // per summed column, its bytes in a line
   int tableNumber_ = 0;
   int tabSize_ = 0;
   bool utf8_ = false;
@@ -108,6 +112,16 @@ class RowRules {
   std::vector<std::string> messages_;
   std::string expanded_;  // the line with its tabs expanded, when it has any
   std::string scratch_;   // the line with form feeds as blanks, when it has any
+
+  // The searches for the literals of the patterns (one per distinct literal, shared by the
+  // patterns that need it) and for form feeds and tabs (which few lines hold); and each
+  // pattern's scouts, in the order its Matches takes them.
+  std::vector<LiteralScout> scouts_;
+  LiteralScout controls_;
+  std::vector<LiteralScout*> skipScouts_;
+  std::vector<LiteralScout*> keepScouts_;
+  std::vector<LiteralScout*> totalScouts_;
+  std::vector<std::vector<LiteralScout*>> carryScouts_;
 };
 
 }  // namespace kroveld

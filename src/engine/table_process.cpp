@@ -62,6 +62,8 @@ void clsTable::Process(Context& ctx) {
     return;
   }
   GoToStart(file, block, keysInFile);
+  // The lines are views into the mapping: the rules' searches can run ahead through it.
+  if (file.IsMapped()) rules.ReadsFrom(file.MappedBytes());
 
   std::int64_t pastEnd = 0;  // rows read past the end of the file
   for (std::int64_t lineNumber = block.startLine; lineNumber <= block.endLine; ++lineNumber) {

@@ -85,20 +85,56 @@ TEST(Pattern, PrefilterAgreesWithTheMatcher) {
       "\\124OTAL",
       "TOTAL\\x3B?",
       "T\\QOT\\EAL",
+      // Alternatives, some of them nothing but their literal (found, they match at once).
+      "^(ACME|DEPT)|TOTAL",
+      "^(AB|CD)X",
+      "^(TO|SU)+B",
+      "^(TOTAL|SUB)$|X",
+      "TOTAL|^SUB",
+      "(TOTAL|SUB) X",
+      "^( +TOTAL|A\\.B)",
+      "TOT|TOTALL",
+      "^(DEPT 12 TOTALLY|A)",
+      "^TOTALLX",
   };
   const std::vector<std::string> lines = {
-      "",        "TOTAL",     " TOTAL ", "TOTTAL", "TOAL", "TOTOTAL", "DEPT 12 TOTAL", "]TOTAL",
-      "ATOTAL",  "SUB TOTAL", "...",     "A.B",    "AxB",  "A TOTAL", "  ----  ",      "TOTALX",
-      "TOTALLX", "DEPT X",    "aab",     "ab",     "xTAL", "TOTALL",
+      "",        "TOTAL",     " TOTAL ",       "TOTTAL",
+      "TOAL",    "TOTOTAL",   "DEPT 12 TOTAL", "]TOTAL",
+      "ATOTAL",  "SUB TOTAL", "...",           "A.B",
+      "AxB",     "A TOTAL",   "  ----  ",      "TOTALX",
+      "TOTALLX", "DEPT X",    "aab",           "ab",
+      "xTAL",    "TOTALL",    "SUBX",          "ABX",
+      "CDX",     "AB",        "TOSUB",         "TOTOB",
+      "SUB",     "ACME LTD",  " TOTAL X",      "DEPT 12 TOTALLY SO",
+      "A",
   };
+  // The same lines, one after the other in one block of memory, as a mapped report holds them:
+  // the literals' searches then run ahead through the block.
+  std::string block;
+  std::vector<std::size_t> starts;
+  for (const std::string& line : lines) {
+    starts.push_back(block.size());
+    block += line + "\r\n";
+  }
   for (const std::string& text : patterns) {
     const Pattern p = Compiled(text);
     RE2::Options options;
     options.set_encoding(RE2::Options::EncodingLatin1);
     const RE2 plain(text, options);
     ASSERT_TRUE(plain.ok()) << text;
-    for (const std::string& line : lines) {
-      EXPECT_EQ(p.Matches(line), RE2::PartialMatch(line, plain)) << text << " on '" << line << "'";
+    std::vector<LiteralScout> scouts(p.SearchedLiterals().size());
+    std::vector<LiteralScout*> pointers;
+    for (std::size_t i = 0; i < scouts.size(); ++i) {
+      scouts[i].Reset(block, p.SearchedLiterals()[i]);
+      pointers.push_back(&scouts[i]);
+    }
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+      const std::string& line = lines[i];
+      const bool expected = RE2::PartialMatch(line, plain);
+      EXPECT_EQ(p.Matches(line), expected) << text << " on '" << line << "'";
+      const std::string_view inBlock(block.data() + starts[i], line.size());
+      EXPECT_EQ(p.Matches(inBlock, pointers.data()), expected)
+          << text << " on '" << line << "' in the block";
       if (!p.RequiredLiteral().empty() && p.Matches(line)) {
         EXPECT_NE(line.find(p.RequiredLiteral()), std::string::npos) << text;
       }

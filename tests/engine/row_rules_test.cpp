@@ -372,3 +372,143 @@ TEST(RowRulesUtf8, CarriedFieldsAndTotalsAreCutByPrintedColumns) {
 
 }  // namespace
 }  // namespace kroveld::testing
+
+namespace kroveld::testing {
+namespace {
+
+// What the rules made of each line: row or not, and the carried line it left.
+struct Verdicts {
+  std::vector<std::string> lines;
+  std::vector<std::string> messages;
+  std::uint64_t checked = 0;
+  std::uint64_t differing = 0;
+};
+
+Verdicts RunRules(const clsTable& table, const std::string& report, bool inPlace) {
+  ExtractFixture f;
+  RowRules rules;
+  std::string error;
+  EXPECT_TRUE(rules.Prepare(table, 8, false, error)) << error;
+  // The lines as views into the report, or each a copy of its own.
+  std::vector<std::string_view> views;
+  std::size_t from = 0;
+  for (std::size_t i = 0; i < report.size(); ++i) {
+    if (report[i] != '\r' && report[i] != '\n') continue;
+    views.emplace_back(report.data() + from, i - from);
+    if (report[i] == '\r' && i + 1 < report.size() && report[i + 1] == '\n') ++i;
+    from = i + 1;
+  }
+  std::vector<std::string> copies(views.begin(), views.end());
+  if (inPlace) rules.ReadsFrom(report);
+  Verdicts v;
+  for (std::size_t i = 0; i < views.size(); ++i) {
+    const std::string_view line = inPlace ? views[i] : std::string_view(copies[i]);
+    const bool row = rules.Admit(*f.ctx, static_cast<std::int64_t>(i) + 1, line);
+    v.lines.push_back((row ? "row " : "--- ") + std::string(rules.CarriedLine(1)));
+    if (rules.HasMessages()) rules.ShowMessages(*f.ctx);
+  }
+  rules.Finish(*f.ctx);
+  for (const auto& m : f.ui.messages) v.messages.push_back(m.text);
+  v.checked = f.ctx->run.tally.totalsChecked;
+  v.differing = f.ctx->run.tally.totalsDiffering;
+  return v;
+}
+
+// The rules read the lines of a mapped report in place, their searches running ahead through it;
+// they must decide every line as they do for lines handed one by one.
+TEST(RowRulesInPlace, DecideAsForLinesReadOneByOne) {
+  const std::string amount = "        1,234.50";  // columns 21-36
+  std::string report = "ACCOUNT   DESCRIPTION         AMOUNT\r\n";
+  for (int dept = 1; dept <= 40; ++dept) {
+    // A heading, after a form feed on every other department (the heading pattern takes the
+    // form feed as a blank), then rows, blank lines of every kind, and a total.
+    report +=
+        std::string(dept % 2 ? "" : "\f") + "  DEPT " + std::to_string(100 + dept) + " SALES\r\n";
+    const int rows = 60 * (dept % 7 + 1);
+    for (int r = 0; r < rows; ++r) {
+      report += std::to_string(1000 + r) + "  Item " + std::to_string(r % 10) + "        " +
+                (r % 5 == 0 ? "      (1,000.25)" : amount) + "\r\n";
+      if (r % 97 == 0) report += "\r\n   \r\n\f\r\n \f\t \r\n";
+      if (r % 89 == 0) report += "\t1999 tabbed   x\r\n";
+      if (r % 83 == 0) report += "2000  ends in DEPT\r\nTOTAL starts the next line\n";
+    }
+    // The rows' sum, printed right (every eighth department) or wrong (every other fourth).
+    const Fixed4 sum{(rows - rows / 5) * 12345000LL - rows / 5 * 10002500LL +
+                     (dept % 8 != 0 ? 100 : 0)};
+    std::string total = FormatGrouped(sum, 2);
+    total.insert(0, 16 - total.size(), ' ');
+    switch (dept % 4) {
+      case 0:
+        report += "          DEPT TOTAL" + total + "\r\n";
+        break;
+      case 1:
+        report += "DEPT\fTOTAL\r\n";
+        break;  // no amount printed
+      case 2:
+        report += "          DEPT TOTAL\r\n";
+        break;  // empty columns
+      default:
+        report += "      GRAND DEPT TOTAL\n";
+        break;  // literal at the end
+    }
+  }
+  clsColumn department = MakeColumn(8, 10, "B");
+  department.CarryFrom = "^ *DEPT [0-9]";
+  clsTable table = LedgerTable({MakeColumn(1, 4, "A"), department, MakeColumn(21, 36, "C")});
+  table.SkipBlankLines = true;
+  table.SkipLinesMatching = "^(ACCOUNT|  DEPT)|TOTAL";
+  table.TotalLinesMatching = "DEPT TOTAL";
+  const Verdicts inPlace = RunRules(table, report, true);
+  const Verdicts apart = RunRules(table, report, false);
+  ASSERT_EQ(inPlace.lines.size(), apart.lines.size());
+  for (std::size_t i = 0; i < inPlace.lines.size(); ++i) {
+    ASSERT_EQ(inPlace.lines[i], apart.lines[i]) << "line " << i + 1;
+  }
+  EXPECT_EQ(inPlace.messages, apart.messages);
+  EXPECT_EQ(inPlace.checked, apart.checked);
+  EXPECT_EQ(inPlace.differing, apart.differing);
+  // The report is built to give some of each: rows, passed-over lines, totals that differ.
+  EXPECT_GT(apart.differing, 0u);
+  EXPECT_GT(apart.checked, apart.differing);
+}
+
+}  // namespace
+}  // namespace kroveld::testing
+
+namespace kroveld::testing {
+namespace {
+
+// The quick CSV rows write a carried field once per heading: every row must still show the
+// heading above it, and a carried "=" value still warns on each row that writes it.
+TEST(CarriedColumns, ManyRowsUnderChangingHeadingsInCsv) {
+  std::string report = "TOP\r\n";
+  Strings expected;
+  int rowsUnderEqualSign = 0;
+  for (int d = 1; d <= 6; ++d) {
+    const std::string dept = d == 4 ? "=40" : std::to_string(d * 100);
+    report += "DEPT: " + dept + "\r\n";
+    for (int r = 0; r < 25 * d; ++r) {
+      const std::string account = std::to_string(1000 + d * 100 + r);
+      report += account + " item\r\n";
+      expected.push_back(account + "," + dept);
+      if (d == 4) ++rowsUnderEqualSign;
+    }
+  }
+  report += "END\r\n";
+  ExtractFixture f;
+  f.ui.SetAlwaysDue(false);  // no status text between rows: the quick CSV path takes them
+  f.UseReport(report);
+  clsColumn department = MakeColumn(7, 9, "B");
+  department.CarryFrom = "^DEPT: ";
+  clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 4, "A"), department});
+  table.KeepLinesMatching = "^[0-9]{4} ";
+  f.Run(table, true);
+  EXPECT_EQ(f.sink.rows, expected);
+  int warnings = 0;
+  for (const auto& m : f.ui.messages) warnings += m.icon == Icon::Critical ? 1 : 0;
+  EXPECT_EQ(warnings, rowsUnderEqualSign);
+  EXPECT_EQ(f.ui.messages.size(), static_cast<std::size_t>(rowsUnderEqualSign));
+}
+
+}  // namespace
+}  // namespace kroveld::testing

@@ -1,0 +1,307 @@
+// Summing a column's amounts: digits counted by place for the usual printed form, the numeric test
+// for the rest.
+#include "engine/amount_sum.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstring>
+#include <limits>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+namespace kroveld {
+
+namespace {
+
+constexpr std::uint64_t kMaxRaw =
+    static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
+
+std::uint64_t Magnitude(std::int64_t raw) {
+  return raw < 0 ? 0 - static_cast<std::uint64_t>(raw) : static_cast<std::uint64_t>(raw);
+}
+
+std::int64_t Power10(int n) {
+  std::int64_t p = 1;
+  for (int i = 0; i < n; ++i) p *= 10;
+  return p;
+}
+
+// Characters that mean something else to the counting by place.
+bool Plain(char c) {
+  return c != ' ' && c != '-' && c != '(' && c != ')' && (c < '0' || c > '9');
+}
+
+}  // namespace
+
+bool QuickFixed(std::string_view text, Fixed4& out, const NumberLocale& loc) {
+  std::size_t i = 0;
+  std::size_t n = text.size();
+  while (i < n && text[i] == ' ') ++i;
+  while (n > i && text[n - 1] == ' ') --n;
+  if (i == n) return false;
+  bool negative = false;
+  if (text[i] == '-') {
+    negative = true;
+    ++i;
+  } else if (text[i] == '(') {
+    if (text[n - 1] != ')') return false;
+    negative = true;
+    ++i;
+    --n;
+  }
+  std::int64_t whole = 0;
+  int digits = 0;       // whole digits
+  int groupDigits = 0;  // digits since the last separator
+  bool grouped = false;
+  for (; i < n; ++i) {
+    const char c = text[i];
+    if (c >= '0' && c <= '9') {
+      whole = whole * 10 + (c - '0');
+      ++digits;
+      ++groupDigits;
+      if (digits > 14) return false;  // near the end of the fixed-point range: the general test
+    } else if (c == loc.thousands_sep && loc.thousands_sep != loc.decimal_point) {
+      // Groups of three after a first group of one to three digits.
+      if (grouped ? groupDigits != 3 : (groupDigits < 1 || groupDigits > 3)) return false;
+      grouped = true;
+      groupDigits = 0;
+    } else {
+      break;
+    }
+  }
+  if (digits == 0 || (grouped && groupDigits != 3)) return false;
+  std::int64_t fraction = 0;
+  if (i < n) {
+    if (text[i] != loc.decimal_point) return false;
+    ++i;
+    int decimals = 0;
+    for (; i < n; ++i) {
+      const char c = text[i];
+      if (c < '0' || c > '9' || ++decimals > 4) return false;
+      fraction = fraction * 10 + (c - '0');
+    }
+    if (decimals == 0) return false;
+    for (int d = decimals; d < 4; ++d) fraction *= 10;
+  }
+  const std::int64_t raw = whole * Fixed4::kScale + fraction;
+  out.raw = negative ? -raw : raw;
+  return true;
+}
+
+AmountSum::AmountSum(const NumberLocale& loc)
+    : loc_(&loc),
+      point_(loc.decimal_point),
+      separator_(loc.thousands_sep),
+      countable_(loc.decimal_point != loc.thousands_sep && Plain(loc.decimal_point) &&
+                 Plain(loc.thousands_sep)) {
+  for (int n = 0; n <= kPlaces; ++n) {
+    for (int p = 0; p < kPlaces; ++p) laneInField_[n][p] = static_cast<char>(p < n ? 0xFF : 0);
+  }
+}
+
+// A field that Add did not count: one too near the end of the line for a load of sixteen bytes
+// is counted from a copy, any other read.
+void AmountSum::AddOtherwise(std::string_view field, std::size_t readable) {
+  if (readable < kPlaceBytes && field.size() <= kPlaceBytes && countable_ && !inOrder_) {
+    char padded[kPlaces];
+    std::memset(padded, ' ', sizeof padded);
+    if (!field.empty()) std::memcpy(padded, field.data(), field.size());
+    if (Counted<false>(padded, field.size())) return;
+  }
+  Fixed4 value;
+  if (!QuickFixed(field, value, *loc_) && ParseFixed(field, value, *loc_) != NumberParse::kOk) {
+    return;
+  }
+  numeric_ = true;
+  AddValue(value);
+}
+
+// An amount read by the numeric test.
+void AmountSum::AddValue(Fixed4 value) {
+  const std::uint64_t magnitude = Magnitude(value.raw);
+  if (!inOrder_ && magnitude > kMaxRaw - bound_) {
+    // From here on some order of adding could leave the range: what is summed so far (which no
+    // order could) becomes the running sum, and the rest is added as it comes.
+    running_.raw = CountedSum() + added_;
+    inOrder_ = true;
+  }
+  if (inOrder_) {
+    if (!AddFixed(running_, value, running_)) overflow_ = true;
+    return;
+  }
+  bound_ += magnitude;
+  added_ += value.raw;
+}
+
+#if defined(__SSE2__)
+
+// Counts the field's digits by place when the field holds an amount laid out as the counted ones
+// are (or, with nothing counted yet, lays the counting out by it). False when it does not: the
+// caller reads it.
+template <bool full>
+[[gnu::always_inline]] inline bool AmountSum::Counted(const char* field, std::size_t length) {
+  const unsigned inField = full ? 0xFFFFu : (1u << length) - 1;
+  const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(field));
+  const auto bits = [&v, inField](char c) {
+    return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_set1_epi8(c)))) & inField;
+  };
+  const __m128i fromZero = _mm_sub_epi8(v, _mm_set1_epi8('0'));
+  const __m128i isDigit = _mm_cmpeq_epi8(_mm_min_epu8(fromZero, _mm_set1_epi8(9)), fromZero);
+  const unsigned digits = static_cast<unsigned>(_mm_movemask_epi8(isDigit)) & inField;
+  const unsigned points = bits(point_);
+  if (!laidOut_ || points != 1u << pointAt_) {
+    // A new layout only while nothing is counted by the old one.
+    if (counted_ || !Learn(digits, points)) return false;
+  }
+  // Every byte in its place: blanks (bytes beyond the field count as blanks) up to the first
+  // digit, the whole digits and the separators in theirs, the point, the decimals, blanks.
+  const unsigned whole = digits & beforePoint_;
+  if (whole == 0) return false;
+  const int first = std::countr_zero(whole);
+  const unsigned lead = (1u << first) - 1;
+  const unsigned span = beforePoint_ & ~lead;
+  const unsigned blanks = full ? bits(' ') : bits(' ') | (~inField & 0xFFFFu);
+  if (digits != ((wholePlaces_ & span) | fraction_) ||
+      bits(separator_) != (separatorPlaces_ & span)) {
+    return false;
+  }
+  bool negative = false;
+  if (blanks != (lead | after_)) {
+    // A negative: a minus or an opening parenthesis just before the first digit, and with the
+    // parenthesis its closing one just after the decimals.
+    const unsigned sign = first > 0 ? 1u << (first - 1) : 0u;
+    if (sign == 0) return false;
+    if (blanks == ((lead & ~sign) | after_)) {
+      if (bits('-') != sign) return false;
+    } else if (blanks == ((lead & ~sign) | (after_ & ~close_)) && close_ != 0) {
+      if (bits('(') != sign || bits(')') != close_) return false;
+    } else {
+      return false;
+    }
+    negative = true;
+  }
+
+  const std::uint64_t most = most_[first];
+  if (most > kMaxRaw - bound_) return false;  // the numeric test adds it, in order from here on
+  bound_ += most;
+  numeric_ = true;
+  counted_ = true;
+  const __m128i d =
+      full ? _mm_and_si128(fromZero, isDigit)
+           : _mm_and_si128(fromZero,
+                           _mm_and_si128(isDigit, _mm_load_si128(reinterpret_cast<const __m128i*>(
+                                                      laneInField_[length]))));
+  __m128i* sums = reinterpret_cast<__m128i*>(negative ? minus_ : plus_);
+  _mm_store_si128(sums, _mm_add_epi8(_mm_load_si128(sums), d));
+  if (++byteRows_ == kRowsPerByte) Flush();
+  return true;
+}
+
+#else
+
+template <bool full>
+bool AmountSum::Counted(const char*, std::size_t) {
+  return false;
+}
+
+#endif
+
+void AmountSum::Add(std::string_view field, std::size_t readable) {
+  if (readable >= kPlaceBytes && countable_ && !inOrder_) {
+    if (field.size() == kPlaceBytes
+            ? Counted<true>(field.data(), kPlaceBytes)
+            : field.size() < kPlaceBytes && Counted<false>(field.data(), field.size())) {
+      return;
+    }
+  }
+  AddOtherwise(field, readable);
+}
+
+void AmountSum::AddFields(std::vector<AmountSum>& sums, const std::vector<Bytes>& fields,
+                          std::string_view line) {
+  for (std::size_t c = 0; c < sums.size(); ++c) {
+    const Bytes& at = fields[c];
+    if (at.from >= line.size()) {
+      sums[c].AddOtherwise({}, 0);
+      continue;
+    }
+    const std::size_t readable = line.size() - at.from;
+    const std::string_view field(line.data() + at.from, std::min(at.width, readable));
+    sums[c].Add(field, readable);
+  }
+}
+
+// Lays the counting out by an amount with one decimal point followed by one to four digits: the
+// point's place, the decimals, the places of the whole digits and separators (every fourth place
+// before the point), and the weights of the places.
+bool AmountSum::Learn(unsigned digits, unsigned points) {
+  if (std::popcount(points) != 1) return false;
+  const int at = std::countr_zero(points);
+  int decimals = 0;
+  while (at + decimals + 1 < kPlaces && (digits >> (at + decimals + 1) & 1u) != 0) ++decimals;
+  if (decimals == 0 || decimals > 4) return false;
+  laidOut_ = true;
+  pointAt_ = at;
+  const int last = at + decimals;
+  beforePoint_ = (1u << at) - 1;
+  fraction_ = ((2u << last) - 1) & ~((2u << at) - 1);
+  after_ = 0xFFFFu & ~((2u << last) - 1);
+  close_ = (1u << (last + 1)) & 0xFFFFu;
+  separatorPlaces_ = 0;
+  for (int p = at - 4; p >= 0; p -= 4) separatorPlaces_ |= 1u << p;
+  wholePlaces_ = beforePoint_ & ~separatorPlaces_;
+  for (int p = 0; p < kPlaces; ++p) {
+    weight_[p] = 0;
+    most_[p] = 0;
+  }
+  int place = 4;  // the digit before the point counts 10^4 units of 1/10000
+  for (int p = at - 1; p >= 0; --p) {
+    if ((wholePlaces_ >> p & 1u) == 0) continue;
+    weight_[p] = Power10(place);
+    most_[p] = static_cast<std::uint64_t>(weight_[p]) * 10;
+    ++place;
+  }
+  for (int d = 1; d <= decimals; ++d) weight_[at + d] = Power10(4 - d);
+  return true;
+}
+
+void AmountSum::Flush() {
+  for (int p = 0; p < kPlaces; ++p) {
+    counts_[p] += static_cast<std::int64_t>(plus_[p]) - minus_[p];
+    plus_[p] = minus_[p] = 0;
+  }
+  byteRows_ = 0;
+}
+
+// What the counted digits are worth. No more than the bound, which fits the range.
+std::int64_t AmountSum::CountedSum() {
+  if (!counted_) return 0;
+  Flush();
+  __int128 sum = 0;
+  for (int p = 0; p < kPlaces; ++p) {
+    sum += static_cast<__int128>(counts_[p]) * weight_[p];
+    counts_[p] = 0;
+  }
+  counted_ = false;
+  return static_cast<std::int64_t>(sum);
+}
+
+AmountSum::Result AmountSum::Take() {
+  Result result;
+  if (inOrder_) {
+    result.total = running_;
+    result.overflow = overflow_;
+  } else {
+    result.total.raw = CountedSum() + added_;
+  }
+  added_ = 0;
+  bound_ = 0;
+  inOrder_ = false;
+  running_ = Fixed4{};
+  overflow_ = false;
+  return result;
+}
+
+}  // namespace kroveld
