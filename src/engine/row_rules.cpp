@@ -12,10 +12,6 @@ namespace kroveld {
 
 namespace {
 
-// Differences shown one message each; past this many a table's others are counted in one message,
-// so a pattern that picks the wrong lines does not bury the user in boxes.
-constexpr int kMaxTotalMessages = 20;
-
 bool CompileKey(Pattern& into, std::string_view key, const std::string& text,
                 const std::string& section, std::string& error) {
   std::string why;
@@ -248,18 +244,14 @@ void RowRules::CheckTotals(Context& ctx, std::int64_t lineNumber, std::string_vi
       ++ctx.run.tally.totalsChecked;
       if (sum.overflow || printed.raw != sum.total.raw) {
         ++ctx.run.tally.totalsDiffering;
-        if (shown_ < kMaxTotalMessages) {
-          ++shown_;
-          std::string text = "Error in Table " + ToText(tableNumber_) + " : Total on line ";
-          AppendInt(text, lineNumber);
-          text += " does not match its rows in column " + summed_[c].letter + ": printed ";
-          text += printedText;
-          text += ", sum of the rows ";
-          text += sum.overflow ? std::string("out of range") : SumText(sum.total);
-          messages_.push_back(std::move(text));
-        } else {
-          ++unshown_;
-        }
+        // Every difference is reported, once.
+        std::string text = "Error in Table " + ToText(tableNumber_) + " : Total on line ";
+        AppendInt(text, lineNumber);
+        text += " does not match its rows in column " + summed_[c].letter + ": printed ";
+        text += printedText;
+        text += ", sum of the rows ";
+        text += sum.overflow ? std::string("out of range") : SumText(sum.total);
+        messages_.push_back(std::move(text));
       }
     }
   }
@@ -272,11 +264,6 @@ void RowRules::ShowMessages(Context& ctx) {
 
 void RowRules::Finish(Context& ctx) {
   ShowMessages(ctx);
-  if (unshown_ == 0) return;
-  ctx.ui.Message("Error in Table " + ToText(tableNumber_) + " : " + ToText(unshown_) +
-                     " more totals do not match their rows",
-                 Icon::Exclamation);
-  unshown_ = 0;
 }
 
 }  // namespace kroveld

@@ -107,8 +107,6 @@ class RowRules {
   bool byColumns_ = false;  // the prepared line is cut through columns_
   LineColumns columns_;
   std::string repaired_;
-  int shown_ = 0;  // differences shown one by one; the rest are counted
-  std::int64_t unshown_ = 0;
   std::vector<std::string> messages_;
   std::string expanded_;  // the line with its tabs expanded, when it has any
   std::string scratch_;   // the line with form feeds as blanks, when it has any

@@ -242,6 +242,28 @@ TEST(TotalsCheck, ReportsEachDifferenceOnceAndCountsTheTotals) {
   }
 }
 
+// However many totals differ, each is reported once, in the order of the report: none is folded
+// into a count.
+TEST(TotalsCheck, EveryDifferenceIsReported) {
+  std::string report = "ACCOUNT   DESCRIPTION           AMOUNT\r\n";
+  std::vector<std::string> expected;
+  for (int d = 0; d < 30; ++d) {
+    report += Detail("1000", "Cash", "10.00") + "\r\n" + Detail("", "DEPT TOTAL", "99.00") + "\r\n";
+    expected.push_back(
+        "Error in Table 1 : Total on line " + std::to_string(3 + 2 * d) +
+        " does not match its rows in column C: printed 99.00, sum of the rows 10.00");
+  }
+  report += "END OF REPORT\r\n";
+  ExtractFixture f;
+  f.UseReport(report);
+  clsTable table = LedgerTable({MakeColumn(1, 10, "A"), MakeColumn(29, 38, "C")});
+  table.KeepLinesMatching = "^[0-9]{4} ";
+  table.TotalLinesMatching = "DEPT TOTAL";
+  f.Run(table, true);
+  EXPECT_EQ(f.ui.Texts(), expected);
+  EXPECT_EQ(f.ctx->run.tally.totalsDiffering, 30u);
+}
+
 TEST(TotalsCheck, RowsThatAddUpSayNothing) {
   // Without the unassigned row the first department adds up too.
   ExtractFixture f;
