@@ -113,6 +113,31 @@ struct FastCsvRows::LineMarks {
   }
 };
 
+namespace {
+
+// The bytes of a line (`size` long, `slotSize` with the blank slot 1 appends) that a cut of
+// `width` from byte `from` takes, and whether it reaches into that appended blank. False for an
+// empty field.
+struct Piece {
+  const char* data = nullptr;
+  std::size_t size = 0;
+  bool blankAfter = false;
+};
+[[gnu::always_inline]] inline bool CutPiece(const char* line, long long size, long long slotSize,
+                                            long long from, long long width, Piece& piece) {
+  long long to = from + width;
+  if (from < 0) from = 0;
+  if (to > slotSize) to = slotSize;
+  if (from >= to) return false;
+  const long long inLine = to < size ? to : size;
+  piece.size = from < inLine ? static_cast<std::size_t>(inLine - from) : 0;
+  piece.data = line + (piece.size > 0 ? static_cast<std::size_t>(from) : 0);
+  piece.blankAfter = to > size;
+  return true;
+}
+
+}  // namespace
+
 FastCsvRows::FastCsvRows() : marks_(std::make_unique<LineMarks>()) {}
 FastCsvRows::~FastCsvRows() = default;
 
@@ -153,17 +178,11 @@ void FastCsvRows::CutCarried(const RowRules& rules) {
     const std::string_view line = rules.CarriedLine(c);
     const long long size = static_cast<long long>(line.size());
     const long long slotSize = size + (size > 0 && line.back() != ' ' ? 1 : 0);
-    long long from = cut.from;
-    long long to = from + cut.width;
-    if (from < 0) from = 0;
-    if (to > slotSize) to = slotSize;
-    if (from >= to) continue;  // an empty field
-    const long long inLine = to < size ? to : size;
-    const std::size_t n = from < inLine ? static_cast<std::size_t>(inLine - from) : 0;
-    const char* const piece = line.data() + (n > 0 ? static_cast<std::size_t>(from) : 0);
-    buffer.resize(2 * static_cast<std::size_t>(to - from) + 4);
-    char* const end = clsColumn::PutCsvValue(std::string_view(piece, n), to > size, buffer.data(),
-                                             field.equalSign);
+    Piece piece;
+    if (!CutPiece(line.data(), size, slotSize, cut.from, cut.width, piece)) continue;
+    buffer.resize(2 * (piece.size + 1) + 4);
+    char* const end = clsColumn::PutCsvValue(std::string_view(piece.data, piece.size),
+                                             piece.blankAfter, buffer.data(), field.equalSign);
     field.text.assign(buffer.data(), end);
   }
   carriedVersion_ = rules.CarriedVersion();
@@ -213,16 +232,12 @@ std::string_view FastCsvRows::WriteRow(Context& ctx, std::string_view current,
       }
       continue;
     }
-    long long from = cut.from;
-    long long to = from + cut.width;
-    if (from < 0) from = 0;
-    if (to > slotSize) to = slotSize;
-    if (from >= to) continue;  // an empty field
-    const long long inLine = to < size ? to : size;
-    const std::size_t a = static_cast<std::size_t>(from);
-    const std::size_t n = from < inLine ? static_cast<std::size_t>(inLine - from) : 0;
-    const char* const piece = line.data() + (n > 0 ? a : 0);
-    const bool blankAfter = to > size;
+    Piece cutPiece;
+    if (!CutPiece(line.data(), size, slotSize, cut.from, cut.width, cutPiece)) continue;
+    const char* const piece = cutPiece.data;
+    const std::size_t n = cutPiece.size;
+    const std::size_t a = static_cast<std::size_t>(piece - line.data());
+    const bool blankAfter = cutPiece.blankAfter;
     if (cut.typed != nullptr) {
       // Converted from the field as it stands (the appended blank is trimmed away anyway).
       const std::string_view field(piece, n);

@@ -14,8 +14,9 @@ namespace {
 // Written data is handed to the disk in steps of this size.
 constexpr std::int64_t kWritebackStep = std::int64_t{8} << 20;
 
-// Writes all of `data`; the errno of the failure, or 0.
-int WriteAll(int fd, const std::string& data) {
+}  // namespace
+
+int WriteAll(int fd, std::string_view data) {
   const char* p = data.data();
   std::size_t left = data.size();
   while (left > 0) {
@@ -29,8 +30,6 @@ int WriteAll(int fd, const std::string& data) {
   }
   return 0;
 }
-
-}  // namespace
 
 BackgroundWriter::BackgroundWriter(int fd) : fd_(fd), thread_([this] { Run(); }) {}
 

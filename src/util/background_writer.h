@@ -7,9 +7,14 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <thread>
 
 namespace kroveld {
+
+// Writes all of `data` to `fd`, short writes and interruptions retried. The errno of a failure, or
+// 0.
+int WriteAll(int fd, std::string_view data);
 
 class BackgroundWriter {
  public:

@@ -428,18 +428,9 @@ void AtomicFile::Flush(bool last) {
     if (!writer_->Submit(buffer_)) StopWriter();
     return;
   }
-  const char* p = buffer_.data();
-  std::size_t left = buffer_.size();
-  while (left > 0) {
-    const ssize_t n = ::write(fd_, p, left);
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      failed_ = true;
-      error_ = "Cannot write " + target_ + ": " + LastErrorText();
-      break;
-    }
-    p += n;
-    left -= static_cast<std::size_t>(n);
+  if (const int error = WriteAll(fd_, buffer_); error != 0) {
+    failed_ = true;
+    error_ = "Cannot write " + target_ + ": " + std::strerror(error);
   }
   buffer_.clear();
 }
