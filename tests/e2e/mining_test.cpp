@@ -2,7 +2,7 @@
 // department printed above it, the rows checked against the department totals the report prints.
 #include <gtest/gtest.h>
 
-#include "e2e/e2e_support.h"
+#include "support/e2e_support.h"
 
 namespace kroveld {
 namespace {

@@ -4,8 +4,8 @@
 // byte for byte what they were.
 #include <gtest/gtest.h>
 
-#include "e2e/e2e_support.h"
-#include "jobs/workbook_test_helpers.h"
+#include "support/e2e_support.h"
+#include "support/workbook_readers.h"
 
 namespace kroveld {
 namespace {
@@ -23,24 +23,17 @@ constexpr const char* kLedger =
     "01.01.49   3000          (3.50)\r\n"
     "END\r\n";
 
-std::string Column(int n, int start, int end, const char* letter, const std::string& extra) {
-  return "[Table 1 Col " + std::to_string(n) + "]\r\nReadColumnStart=" + std::to_string(start) +
-         "\r\nReadColumnEnd=" + std::to_string(end) + "\r\nWriteColumn=" + letter +
-         "\r\nPeriodOperator=\r\n" + extra;
-}
-
 // The trial balance example's recipe, with the ledger as its report and an export definition of
 // one table: date, account, amount, typed as `types` says (or not at all).
 struct Ledger : testing::ExampleWork {
   explicit Ledger(bool typed) : ExampleWork("trial-balance") {
     WriteFile(F("trial-balance.txt"), kLedger);
     WriteFile(F("trial-balance.krs"),
-              std::string("[Header]\r\nProduct=KRO\r\nFileType=EXPORT SPEC\r\nFileFormat=1.1\r\n"
-                          "\r\n[Table 1]\r\nReadStartLine=Date\r\nReadStartLineOffset=2\r\n"
-                          "ReadEndLine=END\r\nReadEndLineOffset=-1\r\nTotalColumns=3\r\n\r\n") +
-                  Column(1, 1, 10, "A", typed ? "Type=Date\r\nDateFormat=DD.MM.YY\r\n" : "") +
-                  Column(2, 12, 19, "B", typed ? "Type=Text\r\n" : "") +
-                  Column(3, 21, 32, "C", typed ? "Type=Number\r\n" : ""));
+              testing::SpecHeader() +
+                  testing::SpecTable(1, "Date", 2, "END", -1,
+                                     {{1, 10, "A", "", typed ? "Type=Date\r\nDateFormat=DD.MM.YY\r\n" : ""},
+                                      {12, 19, "B", "", typed ? "Type=Text\r\n" : ""},
+                                      {21, 32, "C", "", typed ? "Type=Number\r\n" : ""}}));
   }
   testing::RunResult Convert(const std::string& out) const {
     return Run({"-i", "trial-balance.txt", "-r", "trial-balance.rcp", "-o", out});

@@ -6,8 +6,8 @@
 
 #include <filesystem>
 
-#include "e2e/e2e_support.h"
-#include "jobs/workbook_test_helpers.h"
+#include "support/e2e_support.h"
+#include "support/workbook_readers.h"
 
 namespace kroveld {
 namespace {

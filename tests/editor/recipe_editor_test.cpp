@@ -262,16 +262,23 @@ class RecipeEditorTest : public QObject {
     QTest::addColumn<bool>("asks");
     QTest::addColumn<bool>("closed");
     QTest::addColumn<QByteArray>("file");
-    QTest::newRow("cmdClose, No discards")
-        << "cmdClose" << false << "" << true << true << QByteArray("KEEP\r\n");
-    QTest::newRow("close box, No discards")
-        << "box" << false << "" << true << true << QByteArray("KEEP\r\n");
-    QTest::newRow("cmdClose, Yes saves")
-        << "cmdClose" << true << "out.rcp" << true << true << QByteArray("KEEP\r\nmore");
-    QTest::newRow("Yes, save dialog cancelled: stays open")
-        << "box" << true << "" << true << false << QByteArray("KEEP\r\n");
-    QTest::newRow("cmdCancel asks nothing")
-        << "cmdCancel" << true << "" << false << true << QByteArray("KEEP\r\n");
+    const struct {
+      const char *name, *how;
+      bool answer;
+      const char* saveTo;
+      bool asks, closed;
+      const char* file;
+    } rows[] = {
+        {"cmdClose, No discards", "cmdClose", false, "", true, true, "KEEP\r\n"},
+        {"close box, No discards", "box", false, "", true, true, "KEEP\r\n"},
+        {"cmdClose, Yes saves", "cmdClose", true, "out.rcp", true, true, "KEEP\r\nmore"},
+        {"Yes, save dialog cancelled: stays open", "box", true, "", true, false, "KEEP\r\n"},
+        {"cmdCancel asks nothing", "cmdCancel", true, "", false, true, "KEEP\r\n"},
+    };
+    for (const auto& r : rows) {
+      QTest::newRow(r.name) << QString(r.how) << r.answer << QString(r.saveTo) << r.asks
+                            << r.closed << QByteArray(r.file);
+    }
   }
   // Closing after an edit: the question, and what each answer does to the file.
   void Close() {
@@ -309,56 +316,29 @@ class RecipeEditorTest : public QObject {
     QTest::addColumn<QString>("message");
     QTest::addColumn<QString>("after");
     QTest::addColumn<QString>("caption");
-    QTest::newRow("number 0") << "txtTableNumber"
-                              << "0"
-                              << "Table Number must be a number larger than 0"
-                              << "3"
-                              << "Add Table 3";
-    QTest::newRow("number abc") << "txtTableNumber"
-                                << "abc"
-                                << "Table Number must be a number larger than 0"
-                                << "3"
-                                << "Add Table 3";
-    QTest::newRow("number -4") << "txtTableNumber"
-                               << "-4"
-                               << "Table Number must be a number larger than 0"
-                               << "3"
-                               << "Add Table 3";
-    QTest::newRow("number 7") << "txtTableNumber"
-                              << "7"
-                              << ""
-                              << "7"
-                              << "Add Table 7";
-    QTest::newRow("number 12abc") << "txtTableNumber"
-                                  << "12abc"
-                                  << ""
-                                  << "12"
-                                  << "Add Table 12";
-    QTest::newRow("top key blank") << "txtReadStartLine"
-                                   << "   "
-                                   << "Top Key Text should not be a blank!"
-                                   << "KEY TEXT AT TOP"
-                                   << "Add Table 3";
-    QTest::newRow("bottom key cleared") << "txtReadEndLine"
-                                        << ""
-                                        << "Bottom Key Text should not be a blank!"
-                                        << "KEY TEXT AT BOTTOM"
-                                        << "Add Table 3";
-    QTest::newRow("top offset x") << "txtReadStartLineOffset"
-                                  << "x"
-                                  << "Top Line offset must be a number"
-                                  << "0"
-                                  << "Add Table 3";
-    QTest::newRow("top offset -2") << "txtReadStartLineOffset"
-                                   << "-2"
-                                   << ""
-                                   << "-2"
-                                   << "Add Table 3";
-    QTest::newRow("bottom offset 1.5") << "txtReadEndLineOffset"
-                                       << "1.5"
-                                       << "Bottom Line offset must be a number"
-                                       << "0"
-                                       << "Add Table 3";
+    const char* number = "Table Number must be a number larger than 0";
+    const struct {
+      const char *name, *field, *typed, *message, *after, *caption;
+    } rows[] = {
+        {"number 0", "txtTableNumber", "0", number, "3", "Add Table 3"},
+        {"number abc", "txtTableNumber", "abc", number, "3", "Add Table 3"},
+        {"number -4", "txtTableNumber", "-4", number, "3", "Add Table 3"},
+        {"number 7", "txtTableNumber", "7", "", "7", "Add Table 7"},
+        {"number 12abc", "txtTableNumber", "12abc", "", "12", "Add Table 12"},
+        {"top key blank", "txtReadStartLine", "   ", "Top Key Text should not be a blank!",
+         "KEY TEXT AT TOP", "Add Table 3"},
+        {"bottom key cleared", "txtReadEndLine", "", "Bottom Key Text should not be a blank!",
+         "KEY TEXT AT BOTTOM", "Add Table 3"},
+        {"top offset x", "txtReadStartLineOffset", "x", "Top Line offset must be a number", "0",
+         "Add Table 3"},
+        {"top offset -2", "txtReadStartLineOffset", "-2", "", "-2", "Add Table 3"},
+        {"bottom offset 1.5", "txtReadEndLineOffset", "1.5", "Bottom Line offset must be a number",
+         "0", "Add Table 3"},
+    };
+    for (const auto& r : rows) {
+      QTest::newRow(r.name) << QString(r.field) << QString(r.typed) << QString(r.message)
+                            << QString(r.after) << QString(r.caption);
+    }
   }
   // Leaving a field checks it; a rejected value is put back with its message.
   void TableFieldChecks() {
@@ -596,20 +576,12 @@ class RecipeEditorTest : public QObject {
     b.editor->Open(QString());
     b.editor->show();
     struct Table {
-      QString top, topOffset, bottom, bottomOffset;
-      std::vector<std::pair<QString, bool>> fields;  // width, single data field
+      const char *top, *topOffset, *bottom, *bottomOffset;
+      std::vector<std::pair<const char*, bool>> fields;  // width, single data field
     };
     const Table tables[] = {
-        {QStringLiteral("Code Item"),
-         QStringLiteral("2"),
-         QStringLiteral("END ONE"),
-         QStringLiteral("-1"),
-         {{QStringLiteral("5"), true}, {QStringLiteral("9"), false}, {QStringLiteral("10"), true}}},
-        {QStringLiteral("Region"),
-         QStringLiteral("2"),
-         QStringLiteral("END TWO"),
-         QStringLiteral("-1"),
-         {{QStringLiteral("7"), true}, {QStringLiteral("7"), true}}},
+        {"Code Item", "2", "END ONE", "-1", {{"5", true}, {"9", false}, {"10", true}}},
+        {"Region", "2", "END TWO", "-1", {{"7", true}, {"7", true}}},
     };
     for (const Table& t : tables) {
       OnModal<TableBuilder>([&t](TableBuilder* dialog) {

@@ -17,14 +17,11 @@ namespace {
 
 using testing::CellSink;
 using testing::CrLf;
-using testing::ReadFile;
 using testing::RecordingPort;
+using testing::SpecHeader;
+using testing::SpecTable;
 using testing::TempDir;
 using Strings = std::vector<std::string>;
-
-std::string Header() {
-  return CrLf({"[Header]", "Product=KRO", "FileType=EXPORT SPEC", "FileFormat=1.1"});
-}
 
 std::string TitleSection(int n, int sheet, std::string_view column,
                          std::initializer_list<std::string_view> lines) {
@@ -38,12 +35,7 @@ std::string TitleSection(int n, int sheet, std::string_view column,
 }
 
 std::string TableSection(int n) {
-  const std::string t = "Table " + std::to_string(n);
-  return CrLf({"[" + t + "]", "ReadStartLine=TOP" + std::to_string(n), "ReadStartLineOffset=1",
-               "ReadEndLine=END", "ReadEndLineOffset=-1", "TotalColumns=2", "[" + t + " Col 1]",
-               "ReadColumnStart=1", "ReadColumnEnd=10", "WriteColumn=A",
-               "PeriodOperator=", "[" + t + " Col 2]", "ReadColumnStart=11", "ReadColumnEnd=20",
-               "WriteColumn=C", "PeriodOperator=sum"});
+  return SpecTable(n, "TOP" + std::to_string(n), 1, "END", -1, {{1, 10, "A"}, {11, 20, "C", "sum"}});
 }
 
 TEST(ExportSpecsRead, CountsAndSections) {
@@ -66,7 +58,7 @@ TEST(ExportSpecsRead, CountsAndSections) {
     TempDir dir;
     RecordingPort ui;
     clsExportSpecs specs;
-    specs.ReadFromFile(ui, dir.Write("s.krs", Header() + c.body));
+    specs.ReadFromFile(ui, dir.Write("s.krs", SpecHeader() + c.body));
     EXPECT_EQ(specs.TitleCount, c.titles) << c.what;
     EXPECT_EQ(specs.TableCount, c.tables) << c.what;
     EXPECT_EQ(specs.SectionSequenceCollection.size(), static_cast<std::size_t>(c.titles + c.tables))
@@ -162,7 +154,7 @@ TEST(ExportSpecsRead, ShowsTheSectionMessages) {
   for (const auto& c : cases) {
     RecordingPort ui;
     clsExportSpecs specs;
-    specs.ReadFromFile(ui, dir.Write("s.krs", Header() + c.body));
+    specs.ReadFromFile(ui, dir.Write("s.krs", SpecHeader() + c.body));
     EXPECT_EQ(ui.Texts(), c.messages) << c.body;
     for (const auto& m : ui.messages) EXPECT_EQ(m.icon, Icon::Critical) << m.text;
     if (c.body.rfind("[Title", 0) == 0) {
@@ -206,7 +198,7 @@ TEST(ExportSpecsRead, ValuesOfEverySectionKind) {
   TempDir dir;
   const std::string path = dir.Write(
       "in.krs",
-      Header() +
+      SpecHeader() +
           CrLf({"[General]", "Name=Monthly", "[Title 1]", "WriteSheet=2", "WriteColumn=b",
                 "TotalLines=4", "1Text=   ACME Corp   ", "2Text=", "3Text=Profit; and loss",
                 "[Title 2]", "WriteSheet=1", "WriteColumn=A", "TotalLines=1", "1Text=Summary",
@@ -254,7 +246,7 @@ class ExportSpecsProcess : public ::testing::Test {
   ExportSpecsProcess() : ctx(ui, dir.path()) { ctx.sink = &sink; }
 
   clsExportSpecs& Load(const std::string& body) {
-    specs().ReadFromFile(ui, dir.Write("p.krs", Header() + body));
+    specs().ReadFromFile(ui, dir.Write("p.krs", SpecHeader() + body));
     return specs();
   }
   clsExportSpecs& specs() { return ctx.recipe.ExportSpecs; }
@@ -391,11 +383,11 @@ TEST(ExportSpecsBadFiles, NoCrashNoHang) {
   std::filesystem::create_directory(dir.File("folder.krs"));
   std::string binary;
   for (int i = 0; i < 100000; ++i) binary += static_cast<char>((i * 7919) % 256);
-  std::string longLine = Header() + TitleSection(1, 1, "A", {"x"});
+  std::string longLine = SpecHeader() + TitleSection(1, 1, "A", {"x"});
   longLine.insert(longLine.size() - 2, std::string(10 * 1024 * 1024, 'x'));
-  std::string nul = Header() + TitleSection(1, 1, "A", {"a"});
+  std::string nul = SpecHeader() + TitleSection(1, 1, "A", {"a"});
   nul.insert(nul.find("1Text=a") + 6, std::string("\0\0b", 3));
-  std::string manyHeadings = Header();
+  std::string manyHeadings = SpecHeader();
   for (int i = 0; i < 10001; ++i) manyHeadings += "[Title \r\n";
 
   struct Case {
@@ -407,7 +399,7 @@ TEST(ExportSpecsBadFiles, NoCrashNoHang) {
       {"long line", dir.Write("long.krs", longLine), {"x" + std::string(10 * 1024 * 1024, 'x')}},
       {"nul bytes", dir.Write("nul.krs", nul), {std::string("\0\0ba", 4)}},
       {"duplicated: first wins",
-       dir.Write("dup.krs", Header() + TitleSection(1, 1, "A", {"first"}) +
+       dir.Write("dup.krs", SpecHeader() + TitleSection(1, 1, "A", {"first"}) +
                                 TitleSection(1, 2, "B", {"again"})),
        {"first"}},
       {"too many headings", dir.Write("many.krs", manyHeadings), {}},

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/context.h"
-#include "engine/extract_support.h"
+#include "support/extract_support.h"
 
 namespace kroveld::testing {
 namespace {

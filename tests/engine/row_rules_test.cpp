@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/extract_support.h"
+#include "support/extract_support.h"
 #include "engine/row_rules.h"
 
 namespace kroveld::testing {

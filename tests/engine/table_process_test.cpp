@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "engine/context.h"
-#include "engine/extract_support.h"
+#include "support/extract_support.h"
 #include "engine/table.h"
 
 namespace kroveld::testing {
@@ -156,17 +156,6 @@ TEST_F(TableTest, CsvRowsKeepBlankLinesTrailingBlanksTabsAndShiftLeadingEmptyFie
   EXPECT_EQ(std::vector<std::string>{"a,,b"}, g.sink.rows);
 }
 
-TEST_F(TableTest, TheTabSizeOfTheContextAppliesToTableLines) {
-  f.UseReport("START\r\nab\tcd\r\nEND\r\n");
-  clsTable table = MakeTable("START", 1, "END", -1, {MakeColumn(5, 6, "A")});
-  f.ctx->tabSize = 4;
-  f.Run(table);
-  EXPECT_EQ("cd", f.sink.At(1, 1));
-  f.ctx->tabSize = 0;
-  f.Run(table);
-  EXPECT_EQ("d ", f.sink.At(2, 1));  // "ab\tcd " unexpanded
-}
-
 TEST_F(TableTest, AnInvalidColumnIsReportedOnTheFirstRowNamingIt) {
   for (auto bad : {MakeColumn(0, 3, "B"), MakeColumn(5, 4, "B")}) {
     for (bool csv : {false, true}) {
@@ -186,21 +175,6 @@ TEST_F(TableTest, AnInvalidColumnIsReportedOnTheFirstRowNamingIt) {
       EXPECT_FALSE(g.sink.RowWritten(4));
     }
   }
-}
-
-TEST_F(TableTest, TablesStackOnSheetOne) {
-  f.UseReport(NumberedLines(12, {{1, "FIRST"}, {4, "END1"}, {6, "SECOND"}, {9, "END2"}}));
-  clsTable one = MakeTable("FIRST", 1, "END1", -1, {MakeColumn(1, 6, "A")});
-  clsTable two = MakeTable("SECOND", 1, "END2", 0, {MakeColumn(1, 6, "B")});
-  f.Run(one);
-  f.Run(two);
-  EXPECT_EQ("line 2", f.sink.At(1, 1));
-  EXPECT_EQ("line 3", f.sink.At(2, 1));
-  EXPECT_EQ("line 7", f.sink.At(3, 2));
-  EXPECT_EQ("END2 ", f.sink.At(5, 2));
-  EXPECT_EQ(6, f.Pointer());
-  EXPECT_EQ(3, two.FirstRowWritten);
-  EXPECT_EQ(5, two.LastRowWritten);
 }
 
 TEST_F(TableTest, KeysAreSearchedInTheFirstFileTakingPartButRowsComeFromFileOne) {

@@ -3,7 +3,7 @@
 // column on values kept as text.
 #include <gtest/gtest.h>
 
-#include "engine/extract_support.h"
+#include "support/extract_support.h"
 #include "engine/section_map.h"
 #include "util/private_profile.h"
 #include "util/text_file.h"

@@ -2,7 +2,7 @@
 // the line processor for the others), sums across periods, and the recipe's InputEncoding key.
 #include <gtest/gtest.h>
 
-#include "engine/extract_support.h"
+#include "support/extract_support.h"
 #include "engine/recipe.h"
 
 namespace kroveld::testing {

@@ -9,7 +9,7 @@
 #include "engine/context.h"
 #include "jobs/auto_recipe_lock.h"
 #include "jobs/conversion_job.h"
-#include "jobs/job_test_support.h"
+#include "support/job_support.h"
 #include "jobs/write_report.h"
 #include "support/recording_port.h"
 

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "engine/context.h"
-#include "engine/extract_support.h"
+#include "support/extract_support.h"
 #include "jobs/csv/csv_conversion.h"
 #include "jobs/csv/csv_sink.h"
 #include "util/files.h"

@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "jobs/conversion_job.h"
-#include "jobs/job_test_support.h"
+#include "support/job_support.h"
 #include "support/recording_port.h"
 
 namespace kroveld {

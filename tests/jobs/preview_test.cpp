@@ -7,7 +7,7 @@
 
 #include "engine/context.h"
 #include "jobs/conversion_job.h"
-#include "jobs/job_test_support.h"
+#include "support/job_support.h"
 #include "jobs/preview/cell_text.h"
 #include "jobs/preview/message_sections.h"
 #include "jobs/preview/preview_run.h"
@@ -21,6 +21,8 @@ namespace {
 
 using testing::CrLf;
 using testing::ReadFile;
+using testing::SpecHeader;
+using testing::SpecTable;
 using testing::TempDir;
 
 const std::string kExamples = std::string(KROVELD_SOURCE_DIR) + "/examples/";
@@ -167,19 +169,13 @@ TEST(Preview, MessagesAreCollectedUnderTheirSectionWithTheRecipeLineToShow) {
       {ShortRecipe("NOWHERE"), "Error in Table specs: Can not find ReadStartLine: NOWHERE",
        "Table 1", 7},
       // A validation message names its section itself; line 10 is TotalColumns of Table 1.
-      {CrLf({"[Header]", "Product=KRO", "FileType=EXPORT SPEC", "FileFormat=1.1", "[Table 1]",
-             "ReadStartLine=ITEMS", "ReadStartLineOffset=1", "ReadEndLine=END",
-             "ReadEndLineOffset=-1", "TotalColumns=0"}),
+      {SpecHeader() + SpecTable(1, "ITEMS", 1, "END", -1, {}),
        "Error in Table 1Number of Columns must be > 0!", "Table 1", 10},
   };
   // A misspelt key reads as missing; the check names no section, the preview finds it.
-  cases.push_back(
-      {CrLf({"[Header]", "Product=KRO", "FileType=EXPORT SPEC", "FileFormat=1.1", "[Table 1]",
-             "ReadStartLine=ITEMS", "ReadStartLineOffset=1", "ReadEndLine=END",
-             "ReadEndLineOffset=-1", "TotalColumns=2", "[Table 1 Col 1]", "ReadColumnStart=1",
-             "ReadColumnEnd=5", "WriteColumn=A", "[Table 1 Col 2]", "ReadColumStart=6",
-             "ReadColumnEnd=13", "WriteColumn=B"}),
-       "Invalid Read Column start position!", "Table 1 Col 2", 15});
+  std::string misspelt = SpecHeader() + SpecTable(1, "ITEMS", 1, "END", -1, {{1, 5}, {6, 13}});
+  misspelt.replace(misspelt.find("ReadColumnStart=6"), 15, "ReadColumStart");
+  cases.push_back({misspelt, "Invalid Read Column start position!", "Table 1 Col 2", 16});
   for (const auto& c : cases) {
     const PreviewResult result = RunPreview({c.recipe, work.File("r.rcp"), report, 8, 100});
     ASSERT_FALSE(result.messages.empty()) << c.text;
@@ -208,27 +204,11 @@ TEST(Preview, MessagesAreCollectedUnderTheirSectionWithTheRecipeLineToShow) {
 TEST(Preview, ExportDefinitionTypedAsItIsAndTheReportLinesItsTitleRepeats) {
   TempDir work;
   const std::string report = work.Write("in.txt", testing::SmallReport());
-  const std::string spec = CrLf({"[Header]",
-                                 "Product=KRO",
-                                 "FileType=EXPORT SPEC",
-                                 "FileFormat=1.1",
-                                 "[Title 1]",
-                                 "WriteSheet=2",
-                                 "WriteColumn=C",
-                                 "TotalLines=2",
-                                 "1Text=  Stock list",
-                                 "2Text=Other",
-                                 "[Table 1]",
-                                 "ReadStartLine=ITEMS",
-                                 "ReadStartLineOffset=1",
-                                 "ReadEndLine=END",
-                                 "ReadEndLineOffset=-1",
-                                 "TotalColumns=1",
-                                 "[Table 1 Col 1]",
-                                 "ReadColumnStart=6",
-                                 "ReadColumnEnd=13",
-                                 "WriteColumn=B",
-                                 "PeriodOperator="});
+  const std::string spec =
+      SpecHeader() +
+      CrLf({"[Title 1]", "WriteSheet=2", "WriteColumn=C", "TotalLines=2", "1Text=  Stock list",
+            "2Text=Other"}) +
+      SpecTable(1, "ITEMS", 1, "END", -1, {{6, 13, "B"}});
   const PreviewResult result = RunPreview({spec, work.File("typed.krs"), report, 8, 100});
   EXPECT_FALSE(result.HasMessages());
   ASSERT_EQ(result.titles.size(), 1u);
@@ -276,18 +256,6 @@ TEST(Preview, LongReportIsPreviewedOnItsFirstLinesWithANote) {
   // END lies beyond the lines previewed.
   ASSERT_FALSE(cut.messages.empty());
   EXPECT_EQ(cut.messages.front().text, "Error in Table specs: Can not find ReadEndLine: END");
-}
-
-TEST(Preview, TextListsBlocksAndAlignsNumbersRight) {
-  const std::string text = PreviewText(RunPreview(ExampleRequest()), 3);
-  EXPECT_NE(text.find("Table 1: lines 8-14 (top key on line 6, bottom key on line 16)"),
-            std::string::npos);
-  EXPECT_NE(text.find("  Col 3: characters 41-53 -> column C\n"), std::string::npos);
-  EXPECT_NE(text.find("14 rows, the first 3 shown"), std::string::npos);
-  // Row 3: the account number and the debit right-aligned in their columns.
-  EXPECT_NE(text.find(" 1000 | Cash at bank                   | 12,450.00 |\n"), std::string::npos)
-      << text;
-  EXPECT_EQ(text.find("\n 4 |"), std::string::npos);
 }
 
 TEST(MessageSections, SectionNamedInTheMessage) {

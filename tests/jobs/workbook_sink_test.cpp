@@ -8,7 +8,7 @@
 #include "jobs/workbook/xlsx_reader.h"
 #include "support/test_support.h"
 #include "util/files.h"
-#include "workbook_test_helpers.h"
+#include "support/workbook_readers.h"
 
 namespace kroveld {
 namespace {

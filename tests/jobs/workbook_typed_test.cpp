@@ -5,7 +5,7 @@
 
 #include "jobs/workbook/workbook_sink.h"
 #include "support/test_support.h"
-#include "workbook_test_helpers.h"
+#include "support/workbook_readers.h"
 
 namespace kroveld {
 namespace {

@@ -58,6 +58,29 @@ std::string CrLf(std::initializer_list<std::string_view> lines) {
 
 std::string DataFile(std::string_view name) { return std::string(KROVELD_TEST_DATA) + "/" + std::string(name); }
 
+std::string SpecHeader() {
+  return CrLf({"[Header]", "Product=KRO", "FileType=EXPORT SPEC", "FileFormat=1.1"});
+}
+
+std::string SpecTable(int n, std::string_view top, int topOffset, std::string_view bottom,
+                      int bottomOffset, const std::vector<SpecColumn>& columns) {
+  const std::string t = "Table " + std::to_string(n);
+  std::string s = CrLf({"[" + t + "]", "ReadStartLine=" + std::string(top),
+                        "ReadStartLineOffset=" + std::to_string(topOffset),
+                        "ReadEndLine=" + std::string(bottom),
+                        "ReadEndLineOffset=" + std::to_string(bottomOffset),
+                        "TotalColumns=" + std::to_string(columns.size())});
+  for (std::size_t k = 0; k < columns.size(); ++k) {
+    const SpecColumn& c = columns[k];
+    s += CrLf({"[" + t + " Col " + std::to_string(k + 1) + "]",
+               "ReadColumnStart=" + std::to_string(c.start),
+               "ReadColumnEnd=" + std::to_string(c.end), "WriteColumn=" + c.letter,
+               "PeriodOperator=" + c.op}) +
+         c.extra;
+  }
+  return s;
+}
+
 // ---- RecordingPort ----
 
 RecordingPort::~RecordingPort() {
