@@ -30,10 +30,18 @@ TEST(PreviewCli, ExamplePrintsBlocksAndFirstRowsAndWritesNothing) {
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.err, "");
   EXPECT_EQ(Listing(w.dir.path()), before);  // not even config.ini or the error log
+  // The blocks, spans and rows the tables found, then the first rows of the sheet.
+  EXPECT_EQ(r.out.substr(0, r.out.find("\n\n") + 1),
+            "Title 1: sheet 1 rows 1-2, column A\n"
+            "Title 2: sheet 1 row 10, column A\n"
+            "Table 1: lines 8-14 (top key on line 6, bottom key on line 16), sheet 1 rows 3-9\n"
+            "  Col 1: characters 1-8 -> column A\n  Col 2: characters 10-39 -> column B\n"
+            "  Col 3: characters 41-53 -> column C\n  Col 4: characters 55-67 -> column D\n"
+            "Table 2: lines 21-24 (top key on line 19, bottom key on line 26), sheet 1 rows 11-14\n"
+            "  Col 1: characters 1-8 -> column A\n  Col 2: characters 10-39 -> column B\n"
+            "  Col 3: characters 41-47 -> column C\n  Col 4: characters 49-60 -> column D\n");
   for (const char* line :
-       {"Table 1: lines 8-14 (top key on line 6, bottom key on line 16), sheet 1 rows 3-9\n",
-        "Table 2: lines 21-24 (top key on line 19, bottom key on line 26), sheet 1 rows 11-14\n",
-        "  Col 4: characters 49-60 -> column D\n", "Sheet 1 (Sheet1): 14 rows\n",
+       {"Sheet 1 (Sheet1): 14 rows\n",
         " 5 |                                           2000 | Accounts payable               "
         "|               |  4,120.10\n",
         "12 | E-0023                                         | Bram de Vries                  "
