@@ -7,6 +7,7 @@
 namespace kroveld {
 namespace {
 
+using testing::LastLine;
 using testing::ReadFile;
 
 struct Work : testing::ExampleWork {
@@ -23,12 +24,6 @@ const char* kRows =
     "30,ADMINISTRATION,6010,Office supplies,87.40\r\n"
     "30,ADMINISTRATION,6020,Telephone,142.60\r\n";
 
-std::string LastLine(const std::string& text) {
-  const std::size_t end = text.find_last_not_of('\n');
-  const std::size_t start = text.rfind('\n', end);
-  return text.substr(start == std::string::npos ? 0 : start + 1, end - start);
-}
-
 TEST(Mining, DetailRowsWithTheirDepartmentAndTheTotalsAgree) {
   Work w;
   const auto r =
@@ -40,11 +35,7 @@ TEST(Mining, DetailRowsWithTheirDepartmentAndTheTotalsAgree) {
 
 TEST(Mining, ATotalThatDiffersIsAWarningAndTheRowsAreStillWritten) {
   Work w;
-  std::string report = ReadFile(w.F("general-ledger.txt"));
-  const std::size_t at = report.find("2,230.00");
-  ASSERT_NE(at, std::string::npos);
-  report.replace(at, 8, "2,330.00");
-  testing::WriteFile(w.F("general-ledger.txt"), report);
+  testing::ReplaceInFile(w.F("general-ledger.txt"), "2,230.00", "2,330.00");
   const auto r =
       w.Run({"-i", "general-ledger.txt", "-o", "gl.csv", "-r", "general-ledger.rcp", "--verbose"});
   EXPECT_EQ(r.status, 1);
@@ -58,11 +49,7 @@ TEST(Mining, ATotalThatDiffersIsAWarningAndTheRowsAreStillWritten) {
 
 TEST(Mining, APatternThatDoesNotCompileIsAMessageNotACrash) {
   Work w;
-  std::string spec = ReadFile(w.F("general-ledger.krs"));
-  const std::size_t at = spec.find("KeepLinesMatching=");
-  ASSERT_NE(at, std::string::npos);
-  spec.insert(at + 18, "(");
-  testing::WriteFile(w.F("general-ledger.krs"), spec);
+  testing::ReplaceInFile(w.F("general-ledger.krs"), "KeepLinesMatching=", "KeepLinesMatching=(");
   const auto r = w.Run({"-i", "general-ledger.txt", "-o", "gl.csv", "-r", "general-ledger.rcp"});
   EXPECT_EQ(r.status, 1);
   EXPECT_NE(r.err.find("kroveld: error: Error in Table 1 : Invalid KeepLinesMatching pattern: "

@@ -53,9 +53,7 @@ TEST(PreviewCli, ExamplePrintsBlocksAndFirstRowsAndWritesNothing) {
 
 TEST(PreviewCli, MessagesGoToStderrWithExitStatusOne) {
   ExampleWork w("trial-balance");
-  std::string spec = ReadFile(w.F("trial-balance.krs"));
-  spec.replace(spec.find("ReadStartLine=Employee Name"), 27, "ReadStartLine=Employee Nmae");
-  testing::WriteFile(w.F("trial-balance.krs"), spec);
+  testing::ReplaceInFile(w.F("trial-balance.krs"), "Employee Name", "Employee Nmae");
   const RunResult r =
       w.Run({"--preview", "-i", "trial-balance.txt", "-r", "trial-balance.rcp", "--rows", "2"});
   EXPECT_EQ(r.status, 1);

@@ -39,9 +39,7 @@ struct Ledger : testing::ExampleWork {
     return Run({"-i", "trial-balance.txt", "-r", "trial-balance.rcp", "-o", out});
   }
   void EditReport(const std::string& from, const std::string& to) const {
-    std::string text = ReadFile(F("trial-balance.txt"));
-    text.replace(text.find(from), from.size(), to);
-    WriteFile(F("trial-balance.txt"), text);
+    testing::ReplaceInFile(F("trial-balance.txt"), from, to);
   }
 };
 
@@ -128,10 +126,8 @@ TEST(TypedColumns, TheCheckKnowsTypeAndDateFormat) {
   EXPECT_EQ(r.out, "");
 
   // A misspelt key is still an unknown one, and a bad value is the loader's error.
-  std::string krs = ReadFile(w.F("trial-balance.krs"));
-  krs.replace(krs.find("Type=Text"), 9, "Tpye=Text");
-  krs.replace(krs.find("Type=Number"), 11, "Type=Amount");
-  WriteFile(w.F("trial-balance.krs"), krs);
+  testing::ReplaceInFile(w.F("trial-balance.krs"), "Type=Text", "Tpye=Text");
+  testing::ReplaceInFile(w.F("trial-balance.krs"), "Type=Number", "Type=Amount");
   r = w.Run({"--check", "-r", "trial-balance.rcp"});
   EXPECT_EQ(r.status, 1);
   EXPECT_NE(r.err.find("Error in Table 1 Col 3 : Type must be Number, Text or Date!"),

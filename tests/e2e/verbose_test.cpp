@@ -12,16 +12,11 @@ namespace kroveld {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::LastLine;
 
 struct Work : testing::ExampleWork {
   Work() : ExampleWork("trial-balance") {}
 };
-
-std::string LastLine(const std::string& text) {
-  const std::size_t end = text.find_last_not_of('\n');
-  const std::size_t start = text.rfind('\n', end);
-  return text.substr(start == std::string::npos ? 0 : start + 1, end - start);
-}
 
 TEST(Verbose, OneSummaryLineAtTheEndOfAConventionalRun) {
   Work w;

@@ -34,11 +34,8 @@ struct Work : testing::ExampleWork {
   }
   // Files in the work folder, sorted (the application folder aside).
   std::vector<std::string> Files() const {
-    std::vector<std::string> names;
-    for (const auto& e : fs::directory_iterator(dir.path())) {
-      if (e.path().filename() != "home") names.push_back(e.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
+    std::vector<std::string> names = testing::FileNames(dir.path());
+    std::erase(names, "home");
     return names;
   }
 };

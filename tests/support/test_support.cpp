@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -45,6 +46,23 @@ std::string ReadFile(const std::string& path) {
 void WriteFile(const std::string& path, std::string_view content) {
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   out.write(content.data(), static_cast<std::streamsize>(content.size()));
+}
+
+void ReplaceInFile(const std::string& path, std::string_view from, std::string_view to) {
+  std::string text = ReadFile(path);
+  const std::size_t at = text.find(from);
+  if (at == std::string::npos) {
+    ADD_FAILURE() << path << " does not hold " << from;
+    return;
+  }
+  WriteFile(path, text.replace(at, from.size(), to));
+}
+
+std::vector<std::string> FileNames(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const auto& e : fs::directory_iterator(folder)) names.push_back(e.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 std::string CrLf(std::initializer_list<std::string_view> lines) {

@@ -27,6 +27,10 @@ class TempDir {
 
 std::string ReadFile(const std::string& path);
 void WriteFile(const std::string& path, std::string_view content);
+// Replaces the first `from` in the file by `to`; fails the test when `from` is not there.
+void ReplaceInFile(const std::string& path, std::string_view from, std::string_view to);
+// Names of the files and folders in `folder`, sorted.
+std::vector<std::string> FileNames(const std::string& folder);
 // Joins lines with CR LF after each.
 std::string CrLf(std::initializer_list<std::string_view> lines);
 // Path of a file in tests/data.
