@@ -175,23 +175,6 @@ TEST(ExportSpecsRead, BadHeaderReadsNothing) {
   EXPECT_TRUE(specs.Titles.empty());
 }
 
-TEST(WritePointers, OnlySheetsOneAndTwo) {
-  RecordingPort ui;
-  clsExportSpecs specs;
-  specs.setWritePointer(ui, 1, 7);
-  specs.setWritePointer(ui, 2, 9);
-  for (int sheet : {0, 3}) {
-    EXPECT_EQ(specs.getWritePointer(ui, sheet), 0);
-    specs.setWritePointer(ui, sheet, 42);
-  }
-  EXPECT_EQ(specs.getWritePointer(ui, 1), 7);
-  EXPECT_EQ(specs.getWritePointer(ui, 2), 9);
-  const std::string get = "Invalid sheet number in clsExportSpecs.getWritePointer!";
-  const std::string set = "Invalid sheet number in clsExportSpecs.setWritePointer!";
-  EXPECT_EQ(ui.Texts(), (Strings{get, set, get, set}));
-  EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
-}
-
 // Values are trimmed, missing title lines and a missing end offset are empty, a later section's
 // keys are not read into an earlier one.
 TEST(ExportSpecsRead, ValuesOfEverySectionKind) {
