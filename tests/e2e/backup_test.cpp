@@ -22,7 +22,9 @@ struct Work : testing::ExampleWork {
   }
   std::vector<std::string> Names() const {
     std::vector<std::string> names = testing::FileNames(dir.path());
-    std::erase_if(names, [](const std::string& n) { return !n.starts_with("out.") && !n.starts_with(".out."); });
+    std::erase_if(names, [](const std::string& n) {
+      return !n.starts_with("out.") && !n.starts_with(".out.");
+    });
     return names;
   }
   // big.txt: `rows` ledger lines between TOP and BOTTOM; big.rcp: a short recipe for them.

@@ -18,9 +18,9 @@ TEST(EncodingE2e, Utf8LedgerToCsvAndXlsx) {
   const std::string home = dir.File("home");
   std::filesystem::create_directories(home);
   // Template "---- ---------- -------": code 1-4, name 6-15, amount 17-23.
-  dir.Write("ledger.krs", testing::SpecHeader() +
-                             testing::SpecTable(1, "CODE", 1, "TOTAL", -1,
-                                                {{1, 4, "A"}, {6, 15, "B"}, {17, 23, "C"}}));
+  dir.Write("ledger.krs",
+            testing::SpecHeader() + testing::SpecTable(1, "CODE", 1, "TOTAL", -1,
+                                                       {{1, 4, "A"}, {6, 15, "B"}, {17, 23, "C"}}));
   dir.Write("ledger.rcp", CrLf({"[Header]", "Product=KRO", "FileType=RECIPE", "FileFormat=1.1",
                                 "[Output File]", "ExportSpecFileName=ledger.krs"}));
   dir.Write("ledger.txt", CrLf({"CODE NAME       AMOUNT", "A004 ÖZTÜRK ÇAĞ  451.25",

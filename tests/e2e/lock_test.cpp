@@ -112,8 +112,9 @@ TEST(AutomaticFilesLock, ConcurrentConversionsInOneApplicationFolderKeepTheirOwn
           << reports[k].tables[0].CsvRow(1);
     }
     // Only the application's own files are left in its folder.
-    EXPECT_EQ(testing::FileNames(home), (std::vector<std::string>{"ErrorLog.txt", "_AutoRecipe.rcp",
-                                                                  "_ExportSpecs.krs", "config.ini"}));
+    EXPECT_EQ(testing::FileNames(home),
+              (std::vector<std::string>{"ErrorLog.txt", "_AutoRecipe.rcp", "_ExportSpecs.krs",
+                                        "config.ini"}));
   }
 }
 

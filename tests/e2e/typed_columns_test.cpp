@@ -30,10 +30,11 @@ struct Ledger : testing::ExampleWork {
     WriteFile(F("trial-balance.txt"), kLedger);
     WriteFile(F("trial-balance.krs"),
               testing::SpecHeader() +
-                  testing::SpecTable(1, "Date", 2, "END", -1,
-                                     {{1, 10, "A", "", typed ? "Type=Date\r\nDateFormat=DD.MM.YY\r\n" : ""},
-                                      {12, 19, "B", "", typed ? "Type=Text\r\n" : ""},
-                                      {21, 32, "C", "", typed ? "Type=Number\r\n" : ""}}));
+                  testing::SpecTable(
+                      1, "Date", 2, "END", -1,
+                      {{1, 10, "A", "", typed ? "Type=Date\r\nDateFormat=DD.MM.YY\r\n" : ""},
+                       {12, 19, "B", "", typed ? "Type=Text\r\n" : ""},
+                       {21, 32, "C", "", typed ? "Type=Number\r\n" : ""}}));
   }
   testing::RunResult Convert(const std::string& out) const {
     return Run({"-i", "trial-balance.txt", "-r", "trial-balance.rcp", "-o", out});
@@ -83,25 +84,18 @@ TEST_P(TypedWorkbookE2e, ReadersSeeFloatAndDateColumns) {
   ASSERT_EQ(r.status, 0) << r.err;
   const testing::DumpedBook book = testing::ReadWithPython(w.F(out));
   ASSERT_FALSE(book.sheets.empty());
-  const auto& cells = book.sheets[0].cells;
-  const struct {
-    int row, column;
-    const char *type, *value, *format;
-  } expected[] = {
-      {1, 1, "d", "2023-03-05", "yyyy-mm-dd"}, {1, 2, "s", "1000", "General"},
-      {1, 3, "n", "-1554.73", "#,##0.00"},     {2, 1, "d", "2024-02-29", "yyyy-mm-dd"},
-      {2, 2, "s", "1200", "General"},          {2, 3, "n", "12.0", "0.00"},
-      {3, 2, "s", "2000", "General"},          {4, 1, "d", "2049-01-01", "yyyy-mm-dd"},
-      {4, 2, "s", "3000", "General"},          {4, 3, "n", "-3.5", "0.00"},
-  };
-  EXPECT_EQ(cells.size(), std::size(expected));  // the blank fields are empty cells
-  for (const auto& e : expected) {
-    const auto it = cells.find({e.row, e.column});
-    ASSERT_NE(it, cells.end()) << e.row << "," << e.column;
-    EXPECT_EQ(it->second.type, e.type) << e.row << "," << e.column;
-    EXPECT_EQ(it->second.value, e.value) << e.row << "," << e.column;
-    EXPECT_EQ(it->second.format, e.format) << e.row << "," << e.column;
-  }
+  testing::ExpectCells(book.sheets[0],
+                       {{1, 1, "d [2023-03-05] yyyy-mm-dd"},
+                        {1, 2, "s [1000] General"},
+                        {1, 3, "n [-1554.73] #,##0.00"},
+                        {2, 1, "d [2024-02-29] yyyy-mm-dd"},
+                        {2, 2, "s [1200] General"},
+                        {2, 3, "n [12.0] 0.00"},
+                        {3, 2, "s [2000] General"},
+                        {4, 1, "d [2049-01-01] yyyy-mm-dd"},
+                        {4, 2, "s [3000] General"},
+                        {4, 3, "n [-3.5] 0.00"}},
+                       true);  // the blank fields are empty cells
   // pandas (whose .xls reading needs a newer xlrd than Debian's) types the date and amount
   // columns of the .xlsx (it reads the account texts as numbers itself, whatever the cells hold).
   if (std::string(GetParam()) == ".xlsx" && testing::HavePythonModules("pandas")) {

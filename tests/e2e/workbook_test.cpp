@@ -13,8 +13,8 @@ namespace kroveld {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::Describe;
 using testing::DumpedBook;
-using testing::DumpedCell;
 using testing::ReadFile;
 using testing::ReadWithPython;
 using testing::WriteFile;
@@ -46,10 +46,6 @@ const DumpedBook& ExpectedDepartments() {
   static const DumpedBook book =
       testing::ParseDump(ReadFile(testing::DataFile("e2e/departments-cells.txt")));
   return book;
-}
-
-std::string Describe(const DumpedCell& c) {
-  return c.type + " [" + c.value + "] " + c.format;
 }
 
 // Compares two dumps and reports every difference, cell by cell.
@@ -191,14 +187,10 @@ TEST_P(WorkbookE2e, AlwaysTwoSheetsAndTheStandardFont) {
 
 // The two real print-outs of the sample collection, converted with recipes of ours.
 TEST_P(WorkbookE2e, RealSampleReports) {
-  struct Expected {
-    int row, column;
-    const char* cell;
-  };
   struct Case {
     const char* recipe;
     const char* report;
-    std::vector<Expected> cells;
+    std::vector<testing::CellIs> cells;
   } cases[] = {
       {"card-statements.rcp",
        "card-statements.txt",
@@ -236,12 +228,7 @@ TEST_P(WorkbookE2e, RealSampleReports) {
     const DumpedBook book = ReadWithPython(w.F(Out()));
     ASSERT_EQ(book.sheets.size(), 2u) << c.recipe;
     EXPECT_EQ(book.font, "Courier New");
-    const auto& cells = book.sheets[0].cells;
-    for (const Expected& e : c.cells) {
-      const auto it = cells.find({e.row, e.column});
-      ASSERT_NE(it, cells.end()) << c.recipe << " R" << e.row << "C" << e.column;
-      EXPECT_EQ(Describe(it->second), e.cell) << c.recipe << " R" << e.row << "C" << e.column;
-    }
+    testing::ExpectCells(book.sheets[0], c.cells, false);
   }
 }
 

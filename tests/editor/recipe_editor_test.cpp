@@ -276,8 +276,8 @@ class RecipeEditorTest : public QObject {
         {"cmdCancel asks nothing", "cmdCancel", true, "", false, true, "KEEP\r\n"},
     };
     for (const auto& r : rows) {
-      QTest::newRow(r.name) << QString(r.how) << r.answer << QString(r.saveTo) << r.asks
-                            << r.closed << QByteArray(r.file);
+      QTest::newRow(r.name) << QString(r.how) << r.answer << QString(r.saveTo) << r.asks << r.closed
+                            << QByteArray(r.file);
     }
   }
   // Closing after an edit: the question, and what each answer does to the file.

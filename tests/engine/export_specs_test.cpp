@@ -35,7 +35,8 @@ std::string TitleSection(int n, int sheet, std::string_view column,
 }
 
 std::string TableSection(int n) {
-  return SpecTable(n, "TOP" + std::to_string(n), 1, "END", -1, {{1, 10, "A"}, {11, 20, "C", "sum"}});
+  return SpecTable(n, "TOP" + std::to_string(n), 1, "END", -1,
+                   {{1, 10, "A"}, {11, 20, "C", "sum"}});
 }
 
 TEST(ExportSpecsRead, CountsAndSections) {

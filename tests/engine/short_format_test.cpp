@@ -9,8 +9,8 @@
 
 #include "engine/context.h"
 #include "engine/export_specs.h"
-#include "support/extract_support.h"
 #include "engine/recipe.h"
+#include "support/extract_support.h"
 #include "support/recording_port.h"
 #include "support/test_support.h"
 #include "util/profile.h"

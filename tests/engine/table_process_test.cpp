@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "engine/context.h"
-#include "support/extract_support.h"
 #include "engine/table.h"
+#include "support/extract_support.h"
 
 namespace kroveld::testing {
 namespace {

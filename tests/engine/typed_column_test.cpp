@@ -2,8 +2,8 @@
 // columns writes to cells and CSV rows, with its one note per column on values kept as text.
 #include <gtest/gtest.h>
 
-#include "support/extract_support.h"
 #include "engine/section_map.h"
+#include "support/extract_support.h"
 #include "util/text_file.h"
 
 namespace kroveld::testing {

@@ -9,8 +9,8 @@
 #include "engine/context.h"
 #include "jobs/auto_recipe_lock.h"
 #include "jobs/conversion_job.h"
-#include "support/job_support.h"
 #include "jobs/write_report.h"
+#include "support/job_support.h"
 #include "support/recording_port.h"
 
 namespace kroveld {

@@ -3,9 +3,9 @@
 #include <filesystem>
 
 #include "engine/context.h"
-#include "support/extract_support.h"
 #include "jobs/csv/csv_conversion.h"
 #include "jobs/csv/csv_sink.h"
+#include "support/extract_support.h"
 #include "util/files.h"
 
 namespace kroveld::testing {

@@ -7,12 +7,12 @@
 
 #include "engine/context.h"
 #include "jobs/conversion_job.h"
-#include "support/job_support.h"
 #include "jobs/preview/cell_text.h"
 #include "jobs/preview/message_sections.h"
 #include "jobs/preview/preview_run.h"
 #include "jobs/preview/preview_text.h"
 #include "jobs/workbook/xlsx_reader.h"
+#include "support/job_support.h"
 #include "support/recording_port.h"
 #include "util/strings.h"
 
@@ -179,11 +179,10 @@ TEST(Preview, MessagesAreCollectedUnderTheirSectionWithTheRecipeLineToShow) {
 TEST(Preview, ExportDefinitionTypedAsItIsAndTheReportLinesItsTitleRepeats) {
   TempDir work;
   const std::string report = work.Write("in.txt", testing::SmallReport());
-  const std::string spec =
-      SpecHeader() +
-      CrLf({"[Title 1]", "WriteSheet=2", "WriteColumn=C", "TotalLines=2", "1Text=  Stock list",
-            "2Text=Other"}) +
-      SpecTable(1, "ITEMS", 1, "END", -1, {{6, 13, "B"}});
+  const std::string spec = SpecHeader() +
+                           CrLf({"[Title 1]", "WriteSheet=2", "WriteColumn=C", "TotalLines=2",
+                                 "1Text=  Stock list", "2Text=Other"}) +
+                           SpecTable(1, "ITEMS", 1, "END", -1, {{6, 13, "B"}});
   const PreviewResult result = RunPreview({spec, work.File("typed.krs"), report, 8, 100});
   EXPECT_FALSE(result.HasMessages());
   ASSERT_EQ(result.titles.size(), 1u);

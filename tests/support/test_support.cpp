@@ -27,7 +27,9 @@ TempDir::~TempDir() {
   fs::remove_all(path_, ec);
 }
 
-std::string TempDir::File(std::string_view name) const { return path_ + "/" + std::string(name); }
+std::string TempDir::File(std::string_view name) const {
+  return path_ + "/" + std::string(name);
+}
 
 std::string TempDir::Write(std::string_view name, std::string_view content) const {
   std::string full = File(name);
@@ -74,7 +76,9 @@ std::string CrLf(std::initializer_list<std::string_view> lines) {
   return s;
 }
 
-std::string DataFile(std::string_view name) { return std::string(KROVELD_TEST_DATA) + "/" + std::string(name); }
+std::string DataFile(std::string_view name) {
+  return std::string(KROVELD_TEST_DATA) + "/" + std::string(name);
+}
 
 std::string SpecHeader() {
   return CrLf({"[Header]", "Product=KRO", "FileType=EXPORT SPEC", "FileFormat=1.1"});
@@ -127,7 +131,9 @@ bool RecordingPort::Ask(std::string_view text, Icon, std::string_view) {
   return answer;
 }
 
-void RecordingPort::Status(int panel, std::string_view text) { statuses.emplace_back(panel, std::string(text)); }
+void RecordingPort::Status(int panel, std::string_view text) {
+  statuses.emplace_back(panel, std::string(text));
+}
 
 void RecordingPort::SetCaption(std::string_view text) {
   caption_ = std::string(text);
@@ -139,7 +145,9 @@ void RecordingPort::ProcessEvents() {
   if (onProcessEvents) onProcessEvents();
 }
 
-void RecordingPort::ExpectQuestion(std::string text, bool answer) { script_.emplace_back(std::move(text), answer); }
+void RecordingPort::ExpectQuestion(std::string text, bool answer) {
+  script_.emplace_back(std::move(text), answer);
+}
 
 std::vector<std::string> RecordingPort::Texts() const {
   std::vector<std::string> out;

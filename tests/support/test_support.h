@@ -43,7 +43,11 @@ std::string SpecHeader();
 struct SpecColumn {
   SpecColumn(int start, int end, std::string letter = "A", std::string op = "",
              std::string extra = "")
-      : start(start), end(end), letter(std::move(letter)), op(std::move(op)), extra(std::move(extra)) {}
+      : start(start),
+        end(end),
+        letter(std::move(letter)),
+        op(std::move(op)),
+        extra(std::move(extra)) {}
   int start;
   int end;
   std::string letter;
