@@ -11,7 +11,6 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
-#include <QProcess>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalSpy>
@@ -34,7 +33,7 @@
 #include "editor/table_builder.h"
 #include "editor/text_display.h"
 #include "engine/context.h"
-#include "support/qt_test_support.h"
+#include "support/window_session.h"
 
 using namespace kroveld;
 
@@ -507,21 +506,12 @@ class RecipeEditorTest : public QObject {
   // From the main window: both ways in open one editor on the recipe field's path; Save puts
   // its path into the field; Help shows topic 13; closing the frame closes the editor first.
   void OpenedFromMainWindow() {
-    QTemporaryDir dir;
-    QtPort port;
-    std::vector<std::string> said;
-    port.SetAnswerer([&said](const std::string& text, Icon, bool) {
-      said.push_back(text);
-      return false;
-    });
-    Context ctx(port, dir.path().toStdString());
-    Settings settings(PrepareApplicationFolder(ctx));
-    MainFrame frame(ctx, port, settings);
-    frame.Main()->Load();
-    frame.show();
+    testing::Session s;
+    MainFrame& frame = *s.frame;
+    const QTemporaryDir& dir = s.dir;
     const QString recipe = dir.filePath(QStringLiteral("r.rcp"));
     Write(recipe, "[Table 1]\r\n");
-    frame.findChild<QComboBox*>(QStringLiteral("cbRecipeFile"))->setEditText(recipe);
+    s.Type("cbRecipeFile", recipe);
     Child<QPushButton>(&frame, "cmdEditRecipe")->click();
     QPointer<RecipeEditor> editor = frame.Main()->RecipeEditorWindow();
     QVERIFY(editor != nullptr && editor->isVisible());
@@ -532,7 +522,7 @@ class RecipeEditorTest : public QObject {
 
     // The preview pane: fed once shown, on the window's input report; its messages lead to lines.
     const QString report = kExamples + QStringLiteral("trial-balance.txt");
-    frame.findChild<QComboBox*>(QStringLiteral("cbInputFile"))->setEditText(report);
+    s.Type("cbInputFile", report);
     auto* pane = qobject_cast<PreviewPane*>(editor->PreviewPane());
     QVERIFY(pane != nullptr && pane->SampleReport().isEmpty());
     QSignalSpy refreshed(pane, &PreviewPane::refreshed);
@@ -547,7 +537,7 @@ class RecipeEditorTest : public QObject {
       return dir.filePath(QStringLiteral("saved.rcp"));
     };
     QVERIFY(editor->Save());
-    QCOMPARE(frame.findChild<QComboBox*>(QStringLiteral("cbRecipeFile"))->currentText(),
+    QCOMPARE(s.Find<QComboBox>("cbRecipeFile")->currentText(),
              dir.filePath(QStringLiteral("saved.rcp")));
     Child<QPushButton>(editor.data(), "cmdHelp")->click();
     auto* help = frame.findChild<HelpWindow*>();
@@ -557,15 +547,11 @@ class RecipeEditorTest : public QObject {
     // Unsaved edits, and the save dialog cancelled at the frame's close: everything stays.
     editor->TextBox()->appendPlainText(QStringLiteral("more"));
     editor->askSavePath = [](const QString&, const QString&, const QString&) { return QString(); };
-    port.SetAnswerer([&said](const std::string& text, Icon, bool) {
-      said.push_back(text);
-      return true;
-    });
-    QVERIFY(!frame.close());
+    QVERIFY(!frame.close());  // the question is answered Yes
     QVERIFY(editor != nullptr && editor->isVisible());
-    said.clear();
+    s.said.clear();
     Child<QPushButton>(editor.data(), "cmdCancel")->click();
-    QVERIFY(said.empty());
+    QVERIFY(s.said.empty());
     QTRY_VERIFY(editor == nullptr);  // deleted on close
   }
 
@@ -630,16 +616,10 @@ class RecipeEditorTest : public QObject {
           "North  100\n"
           "South  250\n"
           "==== END TWO\n");
-    QDir(b.dir.path()).mkdir(QStringLiteral("home"));
-    QProcess cli;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("KROVELD_HOME"), b.Path("home"));
-    cli.setProcessEnvironment(env);
-    cli.start(QStringLiteral(KROVELD_BINARY),
-              {QStringLiteral("-i"), b.Path("report.txt"), QStringLiteral("-o"), b.Path("out.csv"),
-               QStringLiteral("-r"), b.Path("built.rcp")});
-    QVERIFY(cli.waitForFinished(60000));
-    QCOMPARE(cli.exitCode(), 0);
+    QCOMPARE(testing::RunKroveld(b.Path("home"),
+                                 {QStringLiteral("-i"), b.Path("report.txt"), QStringLiteral("-o"),
+                                  b.Path("out.csv"), QStringLiteral("-r"), b.Path("built.rcp")}),
+             0);
     // Table 1: fields at 1-5, 6-14 and 15 to the line's end; table 2: 1-7 and 8 to the end.
     // Each line read carries one added blank at its end.
     QCOMPARE(Read(b.Path("out.csv")), QByteArray("A1   ,Bolts    ,   12.50 \r\n"
