@@ -303,17 +303,6 @@ TEST_F(ConvertFixture, BadShortRecipes) {
   }
 }
 
-TEST_F(ConvertFixture, TooManyRowsIsRefused) {
-  std::string big = "TOP\r\n";
-  for (int i = 0; i < 10000; ++i) big += "  a   1\r\n";
-  big += "BOTTOM\r\n";
-  input = dir.Write("big.txt", big);
-  Convert(ShortSection(1, "TOP", "BOTTOM", "=R", "A"));
-  EXPECT_EQ((std::vector<std::string>{"Error: A table must have no more than 9999 rows!",
-                                      "Table 1 not found!"}),
-            ui.Texts());
-}
-
 TEST_F(ShortFixture, LoadFromMissingShortRecipe) {
   const std::string longPath = ctx.AppFile("_ExportSpecs.krs");
   testing::WriteFile(longPath, CrLf({"[Table 9]", "ReadStartLine=old"}));
