@@ -98,28 +98,16 @@ TEST_P(WorkbookE2e, DepartmentsExampleReadsBackCellByCell) {
 TEST_P(WorkbookE2e, ExistingOutputIsWrittenIntoOrClearedFirst) {
   // An older output: a heading on sheet 1 row 1 (overwritten), a note on sheet 1 row 30 and two
   // on sheet 2 (cells the departments run never writes).
-  std::vector<std::string> krs = {"[Header]",       "Product=KRO",      "FileType=EXPORT SPEC",
-                                  "FileFormat=1.1", "[General]",        "Name=n",
-                                  "[Title 1]",      "WriteSheet=1",     "WriteColumn=A",
-                                  "TotalLines=30",  "1Text=OLD HEADING"};
-  for (int n = 2; n < 30; ++n) krs.push_back(std::to_string(n) + "Text=");
-  for (const char* line : {"30Text=NOTE ON SHEET 1", "[Title 2]", "WriteSheet=2", "WriteColumn=F",
-                           "TotalLines=4", "1Text=", "2Text=", "3Text=", "4Text=NOTE ON SHEET 2"}) {
-    krs.push_back(line);
-  }
-  std::string notesKrs;
-  for (const std::string& line : krs) notesKrs += line + "\r\n";
-  const std::string notesRcp = testing::CrLf({
-      "Sheet1Name=Old",
-      "[Header]",
-      "Product=KRO",
-      "FileType=RECIPE",
-      "FileFormat=1.1",
-      "[Output File]",
-      "ExportSpecFileName=notes.krs",
-      "[Input Files]",
-      "1FileName=departments.txt",
-  });
+  std::vector<std::string> sheet1(30);
+  sheet1.front() = "OLD HEADING";
+  sheet1.back() = "NOTE ON SHEET 1";
+  const std::string notesKrs = testing::SpecHeader() + "[General]\r\nName=n\r\n" +
+                               testing::SpecTitle(1, 1, "A", sheet1) +
+                               testing::SpecTitle(2, 2, "F", {"", "", "", "NOTE ON SHEET 2"});
+  const std::string notesRcp =
+      testing::CrLf({"Sheet1Name=Old", "[Header]", "Product=KRO", "FileType=RECIPE",
+                     "FileFormat=1.1", "[Output File]", "ExportSpecFileName=notes.krs",
+                     "[Input Files]", "1FileName=departments.txt"});
   // The last case runs twice over its own output without clearing: nothing doubled or shifted.
   struct Case {
     const char* name;

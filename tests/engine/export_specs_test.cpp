@@ -24,14 +24,8 @@ using testing::TempDir;
 using Strings = std::vector<std::string>;
 
 std::string TitleSection(int n, int sheet, std::string_view column,
-                         std::initializer_list<std::string_view> lines) {
-  std::string s =
-      CrLf({"[Title " + std::to_string(n) + "]", "WriteSheet=" + std::to_string(sheet),
-            "WriteColumn=" + std::string(column), "TotalLines=" + std::to_string(lines.size())});
-  int i = 0;
-  for (std::string_view line : lines)
-    s += std::to_string(++i) + "Text=" + std::string(line) + "\r\n";
-  return s;
+                         std::initializer_list<std::string> lines) {
+  return testing::SpecTitle(n, sheet, column, lines);
 }
 
 std::string TableSection(int n) {

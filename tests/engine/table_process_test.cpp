@@ -173,25 +173,16 @@ TEST_F(TableTest, TheStatusPanelShowsTheRowAndThenEachColumn) {
   EXPECT_EQ(2, f.ui.events);  // one yield per row
 }
 
-TEST_F(TableTest, AwkwardBytesAndLineEndsPassThrough) {
+// Lone CRs, bytes above 127, tabs and a last line without a line end are among the cases below;
+// here a form feed and a NUL byte inside a line and a line of a megabyte.
+TEST_F(TableTest, AwkwardBytesPassThrough) {
   const std::string longField(1 << 20, 'w');
-  std::string report = "TOP\r";                  // lone CR line ends
-  report += "form\ffeed\r";                      // form feed inside a line
-  report += std::string("nul\0byte", 8) + "\n";  // NUL byte
-  report += "caf\xe9 \x80\xff\r\n";              // bytes above 127
-  report += "\t\t\tx\ty\r\n";                    // tabs, expanded at tab size 8
-  report += longField + "\n";                    // a 1 MB line
-  report += "END";                               // last line without a line end
-  f.UseReport(report);
-  clsTable table = MakeTable("TOP", 1, "END", 0, {MakeColumn(1, 1 << 21)});
+  f.UseReport("TOP\r\nform\ffeed\r\n" + std::string("nul\0byte", 8) + "\n" + longField + "\nEND");
+  clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 1 << 21)});
   f.Run(table, true);
-  ASSERT_EQ(6u, f.sink.rows.size());
-  EXPECT_EQ("form\ffeed ", f.sink.rows[0]);
-  EXPECT_EQ(std::string("nul\0byte ", 9), f.sink.rows[1]);
-  EXPECT_EQ("caf\xe9 \x80\xff ", f.sink.rows[2]);
-  EXPECT_EQ(std::string(24, ' ') + "x" + std::string(7, ' ') + "y ", f.sink.rows[3]);
-  EXPECT_EQ(longField + " ", f.sink.rows[4]);
-  EXPECT_EQ("END ", f.sink.rows[5]);
+  EXPECT_EQ(
+      (std::vector<std::string>{"form\ffeed ", std::string("nul\0byte ", 9), longField + " "}),
+      f.sink.rows);
   EXPECT_TRUE(f.ui.messages.empty());
 }
 

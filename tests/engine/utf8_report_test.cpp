@@ -1,5 +1,5 @@
 // Reports read as UTF-8: a table cut by printed columns (the fast CSV path for its ASCII lines,
-// the line processor for the others), and sums across periods.
+// the line processor for the others).
 #include <gtest/gtest.h>
 
 #include "support/extract_support.h"
@@ -39,16 +39,6 @@ TEST(Utf8Report, TableCutByPrintedColumns) {
                                                    " is not valid UTF-8 throughout: each invalid "
                                                    "byte counts as one character and is written "
                                                    "as U+FFFD"});
-}
-
-TEST(Utf8Report, SumsAcrossPeriodsCutEachSlotByColumns) {
-  ExtractFixture f;
-  clsLineProcessor& lp = f.ctx->lineProcessor;
-  lp.SetUtf8(true);
-  lp.SetSlot(1, "ÖZTÜRK  10.50");
-  lp.SetSlot(2, "山田    2.25");
-  f.ctx->recipe.InputFileLast = 2;
-  EXPECT_EQ(lp.ProcessField(kOpSum, 9, 14), "12.75");
 }
 
 }  // namespace

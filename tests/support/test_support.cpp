@@ -84,6 +84,17 @@ std::string SpecHeader() {
   return CrLf({"[Header]", "Product=KRO", "FileType=EXPORT SPEC", "FileFormat=1.1"});
 }
 
+std::string SpecTitle(int n, int sheet, std::string_view column,
+                      const std::vector<std::string>& lines) {
+  std::string s =
+      CrLf({"[Title " + std::to_string(n) + "]", "WriteSheet=" + std::to_string(sheet),
+            "WriteColumn=" + std::string(column), "TotalLines=" + std::to_string(lines.size())});
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    s += std::to_string(i + 1) + "Text=" + lines[i] + "\r\n";
+  }
+  return s;
+}
+
 std::string SpecTable(int n, std::string_view top, int topOffset, std::string_view bottom,
                       int bottomOffset, const std::vector<SpecColumn>& columns) {
   const std::string t = "Table " + std::to_string(n);

@@ -38,6 +38,9 @@ std::string DataFile(std::string_view name);
 
 // The [Header] lines of an export definition.
 std::string SpecHeader();
+// A [Title n] section writing `lines` to sheet `sheet` from column `column` down.
+std::string SpecTitle(int n, int sheet, std::string_view column,
+                      const std::vector<std::string>& lines);
 // A column of a table section: report columns start..end written to column `letter`; `extra`
 // holds further key lines (each ending in CR LF).
 struct SpecColumn {
