@@ -70,11 +70,6 @@ TEST(Preview, ExampleGivesTheCellsARealConversionWrites) {
 
   // The blocks, spans and rows found are checked on the printed preview of the binary.
   ASSERT_EQ(result.tables.size(), 2u);
-  const Sheet& sheet = result.workbook.GetSheet(1);
-  EXPECT_EQ(CellDisplayText(sheet.Get(3, 3)), "12,450.00");
-  EXPECT_EQ(sheet.Get(3, 3).type, CellType::kNumber);
-  EXPECT_EQ(CellDisplayText(sheet.Get(12, 3)), "152.5");
-  EXPECT_EQ(sheet.Get(11, 1).type, CellType::kText);
 
   // The same recipe converted for real into a workbook: every cell of both sheets equal.
   TempDir dir;
@@ -122,9 +117,6 @@ TEST(Preview, WritesNothingButItsOwnTemporaryFolderAndRemovesIt) {
   ASSERT_EQ(result.tables.size(), 1u);
   EXPECT_EQ(result.tables[0].startLine, 3);
   EXPECT_EQ(result.tables[0].endLine, 4);
-  const Sheet& sheet = result.workbook.GetSheet(1);
-  EXPECT_EQ(Trim(sheet.Get(1, 2).text), "apple");
-  EXPECT_EQ(sheet.Get(2, 3).number, 7);
   // Neither the temporary folder nor the recipe's or report's folder keep anything new.
   EXPECT_TRUE(std::filesystem::is_empty(tmp.path()));
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(work.path()), {}), 1);
