@@ -93,19 +93,6 @@ TEST(SlashCommandLine, EmptyTextIsNoJobAndBlanksAreAJob) {
   EXPECT_TRUE(options.bClearOutputFileBeforeProcessing);
 }
 
-TEST(SlashCommandLine, FieldHelpers) {
-  EXPECT_EQ(CountFields("", '/'), 1);
-  EXPECT_EQ(CountFields("/a/b", '/'), 3);
-  std::string key;
-  EXPECT_EQ(GetField(2, "x/ i  some value  /o", '/', &key), "i  some value");
-  EXPECT_EQ(key, "");
-  EXPECT_EQ(GetField(3, "x/i a/ob ", '/', &key), "b");
-  EXPECT_EQ(key, "O");
-  EXPECT_EQ(GetField(2, "x//y", '/', &key), "");
-  EXPECT_EQ(key, "");
-  EXPECT_EQ(RemoveQuotes("\"a\"b\""), "ab");
-}
-
 TEST(ConventionalCommandLine, RelativePathsBecomeAbsoluteAndFlagsApply) {
   clsConversionOptions options;
   const auto r =
