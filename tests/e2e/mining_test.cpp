@@ -10,10 +10,6 @@ namespace {
 using testing::LastLine;
 using testing::ReadFile;
 
-struct Work : testing::ExampleWork {
-  Work() : ExampleWork("general-ledger") {}
-};
-
 const char* kRows =
     "10,SALES,4000,Product sales,12500.00\r\n"
     "10,SALES,4010,Service revenue,3250.50\r\n"
@@ -25,7 +21,7 @@ const char* kRows =
     "30,ADMINISTRATION,6020,Telephone,142.60\r\n";
 
 TEST(Mining, DetailRowsWithTheirDepartmentAndTheTotalsAgree) {
-  Work w;
+  testing::ExampleWork w("general-ledger");
   const auto r =
       w.Run({"-i", "general-ledger.txt", "-o", "gl.csv", "-r", "general-ledger.rcp", "--verbose"});
   EXPECT_EQ(r.status, 0) << r.err;
@@ -34,7 +30,7 @@ TEST(Mining, DetailRowsWithTheirDepartmentAndTheTotalsAgree) {
 }
 
 TEST(Mining, ATotalThatDiffersIsAWarningAndTheRowsAreStillWritten) {
-  Work w;
+  testing::ExampleWork w("general-ledger");
   testing::ReplaceInFile(w.F("general-ledger.txt"), "2,230.00", "2,330.00");
   const auto r =
       w.Run({"-i", "general-ledger.txt", "-o", "gl.csv", "-r", "general-ledger.rcp", "--verbose"});
@@ -48,7 +44,7 @@ TEST(Mining, ATotalThatDiffersIsAWarningAndTheRowsAreStillWritten) {
 }
 
 TEST(Mining, APatternThatDoesNotCompileIsAMessageNotACrash) {
-  Work w;
+  testing::ExampleWork w("general-ledger");
   testing::ReplaceInFile(w.F("general-ledger.krs"), "KeepLinesMatching=", "KeepLinesMatching=(");
   const auto r = w.Run({"-i", "general-ledger.txt", "-o", "gl.csv", "-r", "general-ledger.rcp"});
   EXPECT_EQ(r.status, 1);

@@ -14,12 +14,8 @@ namespace {
 namespace fs = std::filesystem;
 using testing::LastLine;
 
-struct Work : testing::ExampleWork {
-  Work() : ExampleWork("trial-balance") {}
-};
-
 TEST(Verbose, OneSummaryLineAtTheEndOfAConventionalRun) {
-  Work w;
+  testing::ExampleWork w("trial-balance");
   const std::string size = std::to_string(fs::file_size(w.F("trial-balance.txt")));
   const std::string bytes =
       size.size() > 3 ? size.substr(0, size.size() - 3) + "," + size.substr(size.size() - 3) : size;
@@ -50,7 +46,7 @@ TEST(Verbose, OneSummaryLineAtTheEndOfAConventionalRun) {
 }
 
 TEST(Batch, AWildcardThatMatchesNothingSaysSoAndStillSucceeds) {
-  Work w;
+  testing::ExampleWork w("trial-balance");
   fs::create_directories(w.F("empty"));
   const auto r = w.Run({"-i", "empty/*.txt", "-o", "out/*.csv", "-r", "trial-balance.rcp"});
   EXPECT_EQ(r.status, 0);
