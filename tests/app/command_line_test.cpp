@@ -31,11 +31,6 @@ TEST(SlashCommandLine, EachSwitchSetsItsField) {
          EXPECT_EQ(o.sRecipeFile, "\\r\\x.rcp");
          EXPECT_TRUE(o.bUseRecipe);
        }},
-      {"bare recipe name is in the application folder", "/Rledger.rcp",
-       [](const clsConversionOptions& o) {
-         EXPECT_EQ(o.sRecipeFile, kApp + "\\ledger.rcp");
-         EXPECT_TRUE(o.bUseRecipe);
-       }},
       {"subfolders", "/S", [](const clsConversionOptions& o) { EXPECT_TRUE(o.bDoSubfolders); }},
       {"beside input", "/G",
        [](const clsConversionOptions& o) { EXPECT_TRUE(o.bSaveInOriginalFolder); }},
@@ -48,10 +43,6 @@ TEST(SlashCommandLine, EachSwitchSetsItsField) {
          EXPECT_EQ(o.sInputFile, "\\a.txt");
          EXPECT_TRUE(o.bDoSubfolders);
        }},
-      {"tab size lower case", "/t12",
-       [](const clsConversionOptions& o) { EXPECT_EQ(o.lTabSize, 12); }},
-      {"tab size not a number keeps 8", "/Tx",
-       [](const clsConversionOptions& o) { EXPECT_EQ(o.lTabSize, 8); }},
       {"sheet quotes removed", "/W \"Budget, Expense\"",
        [](const clsConversionOptions& o) { EXPECT_EQ(o.sSheetTarget, "Budget, Expense"); }},
       {"quotes and backslash: quotes removed", "/I\"\\my data\\in.txt\"",
@@ -100,19 +91,6 @@ TEST(SlashCommandLine, EmptyTextIsNoJobAndBlanksAreAJob) {
   EXPECT_TRUE(options.sInputFile.empty());
   EXPECT_EQ(options.sSheetTarget, "1");
   EXPECT_TRUE(options.bClearOutputFileBeforeProcessing);
-}
-
-TEST(SlashCommandLine, FieldHelpers) {
-  EXPECT_EQ(CountFields("", '/'), 1);
-  EXPECT_EQ(CountFields("/a/b", '/'), 3);
-  std::string key;
-  EXPECT_EQ(GetField(2, "x/ i  some value  /o", '/', &key), "i  some value");
-  EXPECT_EQ(key, "");
-  EXPECT_EQ(GetField(3, "x/i a/ob ", '/', &key), "b");
-  EXPECT_EQ(key, "O");
-  EXPECT_EQ(GetField(2, "x//y", '/', &key), "");
-  EXPECT_EQ(key, "");
-  EXPECT_EQ(RemoveQuotes("\"a\"b\""), "ab");
 }
 
 TEST(ConventionalCommandLine, RelativePathsBecomeAbsoluteAndFlagsApply) {
@@ -166,16 +144,14 @@ TEST(ConventionalCommandLine, UnknownOptionsAreNamedWithTheNearestKnownOne) {
   }
 }
 
-// A conversion needs input and output; --check needs a recipe and takes no output.
-TEST(ConventionalCommandLine, RequiredOptionsOfAConversionAndOfTheCheck) {
+// A conversion needs input and output (what --check needs is checked through the binary).
+TEST(ConventionalCommandLine, RequiredOptionsOfAConversion) {
   const struct {
     std::vector<std::string> args;
     std::string err;
   } refused[] = {
       {{"-o", "b.csv"}, "--input is required"},
       {{"-i", "a.txt"}, "--output is required"},
-      {{"--check", "-i", "a.txt"}, "--check needs --recipe"},
-      {{"--check", "-r", "x.rcp", "-o", "b.csv"}, "--check writes nothing: leave out --output"},
   };
   for (const auto& c : refused) {
     clsConversionOptions options;
@@ -184,13 +160,6 @@ TEST(ConventionalCommandLine, RequiredOptionsOfAConversionAndOfTheCheck) {
     EXPECT_EQ(r.exitCode, 2);
     EXPECT_EQ(r.err, "kroveld: " + c.err + "\nRun with --help for more information.\n");
   }
-  clsConversionOptions options;
-  const auto r =
-      ParseConventionalCommandLine({"--check", "-r", "/r/x.rcp", "-i", "/r/a.txt"}, options);
-  EXPECT_TRUE(r.check);
-  EXPECT_FALSE(r.job);
-  EXPECT_EQ(options.sRecipeFile, "/r/x.rcp");
-  EXPECT_EQ(options.sInputFile, "/r/a.txt");
 }
 
 TEST(ConventionalCommandLine, LogCreatesItsFolder) {

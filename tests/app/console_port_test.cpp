@@ -16,42 +16,13 @@ std::string Captured(std::FILE* f) {
   return s;
 }
 
-// The line naming a batch's file comes once, before the first line shown while it is converted;
-// a file that shows nothing leaves no trace, and after the batch lines belong to no file.
-TEST(ConsolePort, FileOfABatchIsNamedBeforeItsFirstLine) {
-  std::FILE* f = std::tmpfile();
-  ASSERT_NE(f, nullptr);
-  ConsolePort port(f, false);
-  port.BeginFile("in/a.txt", 1, 3);
-  port.BeginFile("in/b.txt", 2, 3);
-  port.Note("tabs");
-  port.Message("bad", Icon::Critical);
-  port.BeginFile("in/c.txt", 3, 3);
-  EXPECT_TRUE(port.AskYesNo("Do you want to terminate the process?"));
-  port.EndFile();
-  port.Message("stopped", Icon::Exclamation);
-  EXPECT_EQ(Captured(f),
-            "kroveld: converting in/b.txt (file 2 of 3):\nkroveld: note: tabs\n"
-            "kroveld: error: bad\n"
-            "kroveld: converting in/c.txt (file 3 of 3):\n"
-            "kroveld: Do you want to terminate the process? Yes\n"
-            "kroveld: warning: stopped\n");
-  std::fclose(f);
-}
-
-TEST(ConsolePort, NoteDoesNotCountAndTerminateIsAnsweredYes) {
+// The batch's file lines, notes and the terminate question are checked through the binary.
+TEST(ConsolePort, QuestionsOtherThanTerminateAreAnsweredNo) {
   std::FILE* f = std::tmpfile();
   ConsolePort port(f, false);
-  port.Note("NOTE: tabs.\nchange the options.");
-  EXPECT_FALSE(port.MessageShown());
   EXPECT_FALSE(port.AskYesNo("Overwrite everything?"));
   EXPECT_FALSE(port.TerminateConfirmed());
-  EXPECT_TRUE(port.AskYesNo("Do you want to terminate the process?"));
-  EXPECT_TRUE(port.TerminateConfirmed());
-  EXPECT_EQ(Captured(f),
-            "kroveld: note: NOTE: tabs. change the options.\n"
-            "kroveld: Overwrite everything? No\n"
-            "kroveld: Do you want to terminate the process? Yes\n");
+  EXPECT_EQ(Captured(f), "kroveld: Overwrite everything? No\n");
   std::fclose(f);
 }
 

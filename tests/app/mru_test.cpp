@@ -86,12 +86,5 @@ TEST(Mru, DefaultMarkerIsNeverLoadedAndRepeatsLoadOnceAtTheLaterSlot) {
   EXPECT_EQ(mru.Items(), (std::vector<std::string>{"y", "X"}));
 }
 
-TEST(Mru, MissingFileGivesAnEmptyList) {
-  TempDir dir;
-  clsMRU mru;
-  mru.Setup(20, dir.File("none.ini"), "mruRecipeFile");
-  EXPECT_EQ(mru.Count(), 0);
-}
-
 }  // namespace
 }  // namespace kroveld

@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <thread>
 
-#include "e2e/e2e_support.h"
+#include "support/e2e_support.h"
 
 namespace kroveld {
 namespace {
@@ -21,12 +21,10 @@ struct Work : testing::ExampleWork {
     good = ReadFile(F("out.csv"));
   }
   std::vector<std::string> Names() const {
-    std::vector<std::string> names;
-    for (const auto& e : fs::directory_iterator(dir.path())) {
-      const std::string name = e.path().filename().string();
-      if (name.starts_with("out.") || name.starts_with(".out.")) names.push_back(name);
-    }
-    std::sort(names.begin(), names.end());
+    std::vector<std::string> names = testing::FileNames(dir.path());
+    std::erase_if(names, [](const std::string& n) {
+      return !n.starts_with("out.") && !n.starts_with(".out.");
+    });
     return names;
   }
   // big.txt: `rows` ledger lines between TOP and BOTTOM; big.rcp: a short recipe for them.
@@ -85,15 +83,7 @@ TEST(Backup, KeptWhenARunIsStoppedBySignal) {
   const auto r = testing::RunKroveld(
       w.home, {"-i", "big.txt", "-o", "out.csv", "-r", "big.rcp", "--backup"}, w.dir.path(),
       [&](pid_t pid) {
-        // Stop once the new output is being written.
-        for (int tries = 0; tries < 4000; ++tries) {
-          bool writing = false;
-          for (const auto& e : fs::directory_iterator(w.dir.path())) {
-            writing = writing || e.path().filename().string().starts_with(".out.csv.kroveld-");
-          }
-          if (writing) break;
-          std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
+        testing::AwaitEntry(w.dir.path(), ".out.csv.kroveld-", 4000);  // the new output is written
         kill(pid, SIGTERM);
       });
   EXPECT_EQ(r.status, 1) << r.err;
@@ -111,14 +101,7 @@ TEST(Save, AStopWhileTheWorkbookIsSavedKeepsTheOldOne) {
   const auto r = testing::RunKroveld(
       w.home, {"-i", "big.txt", "-o", "book.xlsx", "-r", "big.rcp"}, w.dir.path(), [&](pid_t pid) {
         // The temporary workbook appears when the save begins.
-        for (int tries = 0; tries < 20000; ++tries) {
-          bool saving = false;
-          for (const auto& e : fs::directory_iterator(w.dir.path())) {
-            saving = saving || e.path().filename().string().starts_with(".book.xlsx.kroveld-");
-          }
-          if (saving) break;
-          std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
+        testing::AwaitEntry(w.dir.path(), ".book.xlsx.kroveld-", 20000);
         kill(pid, SIGTERM);
       });
   EXPECT_EQ(r.status, 1);
@@ -127,8 +110,8 @@ TEST(Save, AStopWhileTheWorkbookIsSavedKeepsTheOldOne) {
             std::string::npos)
       << r.err;
   EXPECT_EQ(ReadFile(w.F("book.xlsx")), before);
-  for (const auto& e : fs::directory_iterator(w.dir.path())) {
-    EXPECT_FALSE(e.path().filename().string().starts_with(".book.xlsx.")) << e.path();
+  for (const std::string& name : testing::FileNames(w.dir.path())) {
+    EXPECT_FALSE(name.starts_with(".book.xlsx.")) << name;
   }
 }
 

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "e2e/e2e_support.h"
+#include "support/e2e_support.h"
 
 namespace kroveld {
 namespace {
@@ -15,17 +15,9 @@ struct Work : testing::ExampleWork {
   Work() : ExampleWork("trial-balance") {}
   // Replaces the first `from` of the example's file `name` by `to`.
   void Edit(const std::string& name, const std::string& from, const std::string& to) const {
-    std::string text = ReadFile(F(name));
-    const std::size_t at = text.find(from);
-    ASSERT_NE(at, std::string::npos) << from;
-    WriteFile(F(name), text.replace(at, from.size(), to));
+    testing::ReplaceInFile(F(name), from, to);
   }
-  std::vector<std::string> HomeFiles() const {
-    std::vector<std::string> names;
-    for (const auto& e : fs::directory_iterator(home)) names.push_back(e.path().filename());
-    std::sort(names.begin(), names.end());
-    return names;
-  }
+  std::vector<std::string> HomeFiles() const { return testing::FileNames(home); }
 };
 
 // The shipped examples are clean.

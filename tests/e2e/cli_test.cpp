@@ -6,7 +6,7 @@
 #include <map>
 #include <regex>
 
-#include "e2e/e2e_support.h"
+#include "support/e2e_support.h"
 
 namespace kroveld {
 namespace {

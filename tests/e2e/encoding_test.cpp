@@ -4,8 +4,8 @@
 
 #include <filesystem>
 
-#include "e2e/e2e_support.h"
-#include "jobs/workbook_test_helpers.h"
+#include "support/e2e_support.h"
+#include "support/workbook_readers.h"
 
 namespace kroveld {
 namespace {
@@ -18,31 +18,9 @@ TEST(EncodingE2e, Utf8LedgerToCsvAndXlsx) {
   const std::string home = dir.File("home");
   std::filesystem::create_directories(home);
   // Template "---- ---------- -------": code 1-4, name 6-15, amount 17-23.
-  dir.Write("ledger.krs", CrLf({"[Header]",
-                                "Product=KRO",
-                                "FileType=EXPORT SPEC",
-                                "FileFormat=1.1",
-                                "[Table 1]",
-                                "ReadStartLine=CODE",
-                                "ReadStartLineOffset=1",
-                                "ReadEndLine=TOTAL",
-                                "ReadEndLineOffset=-1",
-                                "TotalColumns=3",
-                                "[Table 1 Col 1]",
-                                "ReadColumnStart=1",
-                                "ReadColumnEnd=4",
-                                "WriteColumn=A",
-                                "PeriodOperator=",
-                                "[Table 1 Col 2]",
-                                "ReadColumnStart=6",
-                                "ReadColumnEnd=15",
-                                "WriteColumn=B",
-                                "PeriodOperator=",
-                                "[Table 1 Col 3]",
-                                "ReadColumnStart=17",
-                                "ReadColumnEnd=23",
-                                "WriteColumn=C",
-                                "PeriodOperator="}));
+  dir.Write("ledger.krs",
+            testing::SpecHeader() + testing::SpecTable(1, "CODE", 1, "TOTAL", -1,
+                                                       {{1, 4, "A"}, {6, 15, "B"}, {17, 23, "C"}}));
   dir.Write("ledger.rcp", CrLf({"[Header]", "Product=KRO", "FileType=RECIPE", "FileFormat=1.1",
                                 "[Output File]", "ExportSpecFileName=ledger.krs"}));
   dir.Write("ledger.txt", CrLf({"CODE NAME       AMOUNT", "A004 ÖZTÜRK ÇAĞ  451.25",

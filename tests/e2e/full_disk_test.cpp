@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-#include "e2e/e2e_support.h"
+#include "support/e2e_support.h"
 
 namespace kroveld {
 namespace {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "e2e/e2e_support.h"
+#include "support/e2e_support.h"
 
 namespace kroveld {
 namespace {
@@ -112,11 +112,9 @@ TEST(AutomaticFilesLock, ConcurrentConversionsInOneApplicationFolderKeepTheirOwn
           << reports[k].tables[0].CsvRow(1);
     }
     // Only the application's own files are left in its folder.
-    std::vector<std::string> names;
-    for (const auto& e : fs::directory_iterator(home)) names.push_back(e.path().filename());
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (std::vector<std::string>{"ErrorLog.txt", "_AutoRecipe.rcp",
-                                               "_ExportSpecs.krs", "config.ini"}));
+    EXPECT_EQ(testing::FileNames(home),
+              (std::vector<std::string>{"ErrorLog.txt", "_AutoRecipe.rcp", "_ExportSpecs.krs",
+                                        "config.ini"}));
   }
 }
 

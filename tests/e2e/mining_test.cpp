@@ -2,16 +2,13 @@
 // department printed above it, the rows checked against the department totals the report prints.
 #include <gtest/gtest.h>
 
-#include "e2e/e2e_support.h"
+#include "support/e2e_support.h"
 
 namespace kroveld {
 namespace {
 
+using testing::LastLine;
 using testing::ReadFile;
-
-struct Work : testing::ExampleWork {
-  Work() : ExampleWork("general-ledger") {}
-};
 
 const char* kRows =
     "10,SALES,4000,Product sales,12500.00\r\n"
@@ -23,14 +20,8 @@ const char* kRows =
     "30,ADMINISTRATION,6010,Office supplies,87.40\r\n"
     "30,ADMINISTRATION,6020,Telephone,142.60\r\n";
 
-std::string LastLine(const std::string& text) {
-  const std::size_t end = text.find_last_not_of('\n');
-  const std::size_t start = text.rfind('\n', end);
-  return text.substr(start == std::string::npos ? 0 : start + 1, end - start);
-}
-
 TEST(Mining, DetailRowsWithTheirDepartmentAndTheTotalsAgree) {
-  Work w;
+  testing::ExampleWork w("general-ledger");
   const auto r =
       w.Run({"-i", "general-ledger.txt", "-o", "gl.csv", "-r", "general-ledger.rcp", "--verbose"});
   EXPECT_EQ(r.status, 0) << r.err;
@@ -39,12 +30,8 @@ TEST(Mining, DetailRowsWithTheirDepartmentAndTheTotalsAgree) {
 }
 
 TEST(Mining, ATotalThatDiffersIsAWarningAndTheRowsAreStillWritten) {
-  Work w;
-  std::string report = ReadFile(w.F("general-ledger.txt"));
-  const std::size_t at = report.find("2,230.00");
-  ASSERT_NE(at, std::string::npos);
-  report.replace(at, 8, "2,330.00");
-  testing::WriteFile(w.F("general-ledger.txt"), report);
+  testing::ExampleWork w("general-ledger");
+  testing::ReplaceInFile(w.F("general-ledger.txt"), "2,230.00", "2,330.00");
   const auto r =
       w.Run({"-i", "general-ledger.txt", "-o", "gl.csv", "-r", "general-ledger.rcp", "--verbose"});
   EXPECT_EQ(r.status, 1);
@@ -57,12 +44,8 @@ TEST(Mining, ATotalThatDiffersIsAWarningAndTheRowsAreStillWritten) {
 }
 
 TEST(Mining, APatternThatDoesNotCompileIsAMessageNotACrash) {
-  Work w;
-  std::string spec = ReadFile(w.F("general-ledger.krs"));
-  const std::size_t at = spec.find("KeepLinesMatching=");
-  ASSERT_NE(at, std::string::npos);
-  spec.insert(at + 18, "(");
-  testing::WriteFile(w.F("general-ledger.krs"), spec);
+  testing::ExampleWork w("general-ledger");
+  testing::ReplaceInFile(w.F("general-ledger.krs"), "KeepLinesMatching=", "KeepLinesMatching=(");
   const auto r = w.Run({"-i", "general-ledger.txt", "-o", "gl.csv", "-r", "general-ledger.rcp"});
   EXPECT_EQ(r.status, 1);
   EXPECT_NE(r.err.find("kroveld: error: Error in Table 1 : Invalid KeepLinesMatching pattern: "

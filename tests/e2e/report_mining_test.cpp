@@ -8,7 +8,7 @@
 #include <ostream>
 #include <string>
 
-#include "e2e/e2e_support.h"
+#include "support/e2e_support.h"
 
 namespace kroveld {
 namespace {

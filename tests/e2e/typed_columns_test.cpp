@@ -4,8 +4,8 @@
 // byte for byte what they were.
 #include <gtest/gtest.h>
 
-#include "e2e/e2e_support.h"
-#include "jobs/workbook_test_helpers.h"
+#include "support/e2e_support.h"
+#include "support/workbook_readers.h"
 
 namespace kroveld {
 namespace {
@@ -23,32 +23,24 @@ constexpr const char* kLedger =
     "01.01.49   3000          (3.50)\r\n"
     "END\r\n";
 
-std::string Column(int n, int start, int end, const char* letter, const std::string& extra) {
-  return "[Table 1 Col " + std::to_string(n) + "]\r\nReadColumnStart=" + std::to_string(start) +
-         "\r\nReadColumnEnd=" + std::to_string(end) + "\r\nWriteColumn=" + letter +
-         "\r\nPeriodOperator=\r\n" + extra;
-}
-
 // The trial balance example's recipe, with the ledger as its report and an export definition of
 // one table: date, account, amount, typed as `types` says (or not at all).
 struct Ledger : testing::ExampleWork {
   explicit Ledger(bool typed) : ExampleWork("trial-balance") {
     WriteFile(F("trial-balance.txt"), kLedger);
     WriteFile(F("trial-balance.krs"),
-              std::string("[Header]\r\nProduct=KRO\r\nFileType=EXPORT SPEC\r\nFileFormat=1.1\r\n"
-                          "\r\n[Table 1]\r\nReadStartLine=Date\r\nReadStartLineOffset=2\r\n"
-                          "ReadEndLine=END\r\nReadEndLineOffset=-1\r\nTotalColumns=3\r\n\r\n") +
-                  Column(1, 1, 10, "A", typed ? "Type=Date\r\nDateFormat=DD.MM.YY\r\n" : "") +
-                  Column(2, 12, 19, "B", typed ? "Type=Text\r\n" : "") +
-                  Column(3, 21, 32, "C", typed ? "Type=Number\r\n" : ""));
+              testing::SpecHeader() +
+                  testing::SpecTable(
+                      1, "Date", 2, "END", -1,
+                      {{1, 10, "A", "", typed ? "Type=Date\r\nDateFormat=DD.MM.YY\r\n" : ""},
+                       {12, 19, "B", "", typed ? "Type=Text\r\n" : ""},
+                       {21, 32, "C", "", typed ? "Type=Number\r\n" : ""}}));
   }
   testing::RunResult Convert(const std::string& out) const {
     return Run({"-i", "trial-balance.txt", "-r", "trial-balance.rcp", "-o", out});
   }
   void EditReport(const std::string& from, const std::string& to) const {
-    std::string text = ReadFile(F("trial-balance.txt"));
-    text.replace(text.find(from), from.size(), to);
-    WriteFile(F("trial-balance.txt"), text);
+    testing::ReplaceInFile(F("trial-balance.txt"), from, to);
   }
 };
 
@@ -92,25 +84,18 @@ TEST_P(TypedWorkbookE2e, ReadersSeeFloatAndDateColumns) {
   ASSERT_EQ(r.status, 0) << r.err;
   const testing::DumpedBook book = testing::ReadWithPython(w.F(out));
   ASSERT_FALSE(book.sheets.empty());
-  const auto& cells = book.sheets[0].cells;
-  const struct {
-    int row, column;
-    const char *type, *value, *format;
-  } expected[] = {
-      {1, 1, "d", "2023-03-05", "yyyy-mm-dd"}, {1, 2, "s", "1000", "General"},
-      {1, 3, "n", "-1554.73", "#,##0.00"},     {2, 1, "d", "2024-02-29", "yyyy-mm-dd"},
-      {2, 2, "s", "1200", "General"},          {2, 3, "n", "12.0", "0.00"},
-      {3, 2, "s", "2000", "General"},          {4, 1, "d", "2049-01-01", "yyyy-mm-dd"},
-      {4, 2, "s", "3000", "General"},          {4, 3, "n", "-3.5", "0.00"},
-  };
-  EXPECT_EQ(cells.size(), std::size(expected));  // the blank fields are empty cells
-  for (const auto& e : expected) {
-    const auto it = cells.find({e.row, e.column});
-    ASSERT_NE(it, cells.end()) << e.row << "," << e.column;
-    EXPECT_EQ(it->second.type, e.type) << e.row << "," << e.column;
-    EXPECT_EQ(it->second.value, e.value) << e.row << "," << e.column;
-    EXPECT_EQ(it->second.format, e.format) << e.row << "," << e.column;
-  }
+  testing::ExpectCells(book.sheets[0],
+                       {{1, 1, "d [2023-03-05] yyyy-mm-dd"},
+                        {1, 2, "s [1000] General"},
+                        {1, 3, "n [-1554.73] #,##0.00"},
+                        {2, 1, "d [2024-02-29] yyyy-mm-dd"},
+                        {2, 2, "s [1200] General"},
+                        {2, 3, "n [12.0] 0.00"},
+                        {3, 2, "s [2000] General"},
+                        {4, 1, "d [2049-01-01] yyyy-mm-dd"},
+                        {4, 2, "s [3000] General"},
+                        {4, 3, "n [-3.5] 0.00"}},
+                       true);  // the blank fields are empty cells
   // pandas (whose .xls reading needs a newer xlrd than Debian's) types the date and amount
   // columns of the .xlsx (it reads the account texts as numbers itself, whatever the cells hold).
   if (std::string(GetParam()) == ".xlsx" && testing::HavePythonModules("pandas")) {
@@ -135,10 +120,8 @@ TEST(TypedColumns, TheCheckKnowsTypeAndDateFormat) {
   EXPECT_EQ(r.out, "");
 
   // A misspelt key is still an unknown one, and a bad value is the loader's error.
-  std::string krs = ReadFile(w.F("trial-balance.krs"));
-  krs.replace(krs.find("Type=Text"), 9, "Tpye=Text");
-  krs.replace(krs.find("Type=Number"), 11, "Type=Amount");
-  WriteFile(w.F("trial-balance.krs"), krs);
+  testing::ReplaceInFile(w.F("trial-balance.krs"), "Type=Text", "Tpye=Text");
+  testing::ReplaceInFile(w.F("trial-balance.krs"), "Type=Number", "Type=Amount");
   r = w.Run({"--check", "-r", "trial-balance.rcp"});
   EXPECT_EQ(r.status, 1);
   EXPECT_NE(r.err.find("Error in Table 1 Col 3 : Type must be Number, Text or Date!"),

@@ -6,25 +6,16 @@
 #include <filesystem>
 #include <regex>
 
-#include "e2e/e2e_support.h"
+#include "support/e2e_support.h"
 
 namespace kroveld {
 namespace {
 
 namespace fs = std::filesystem;
-
-struct Work : testing::ExampleWork {
-  Work() : ExampleWork("trial-balance") {}
-};
-
-std::string LastLine(const std::string& text) {
-  const std::size_t end = text.find_last_not_of('\n');
-  const std::size_t start = text.rfind('\n', end);
-  return text.substr(start == std::string::npos ? 0 : start + 1, end - start);
-}
+using testing::LastLine;
 
 TEST(Verbose, OneSummaryLineAtTheEndOfAConventionalRun) {
-  Work w;
+  testing::ExampleWork w("trial-balance");
   const std::string size = std::to_string(fs::file_size(w.F("trial-balance.txt")));
   const std::string bytes =
       size.size() > 3 ? size.substr(0, size.size() - 3) + "," + size.substr(size.size() - 3) : size;
@@ -55,7 +46,7 @@ TEST(Verbose, OneSummaryLineAtTheEndOfAConventionalRun) {
 }
 
 TEST(Batch, AWildcardThatMatchesNothingSaysSoAndStillSucceeds) {
-  Work w;
+  testing::ExampleWork w("trial-balance");
   fs::create_directories(w.F("empty"));
   const auto r = w.Run({"-i", "empty/*.txt", "-o", "out/*.csv", "-r", "trial-balance.rcp"});
   EXPECT_EQ(r.status, 0);

@@ -6,15 +6,15 @@
 
 #include <filesystem>
 
-#include "e2e/e2e_support.h"
-#include "jobs/workbook_test_helpers.h"
+#include "support/e2e_support.h"
+#include "support/workbook_readers.h"
 
 namespace kroveld {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::Describe;
 using testing::DumpedBook;
-using testing::DumpedCell;
 using testing::ReadFile;
 using testing::ReadWithPython;
 using testing::WriteFile;
@@ -34,11 +34,8 @@ struct Work : testing::ExampleWork {
   }
   // Files in the work folder, sorted (the application folder aside).
   std::vector<std::string> Files() const {
-    std::vector<std::string> names;
-    for (const auto& e : fs::directory_iterator(dir.path())) {
-      if (e.path().filename() != "home") names.push_back(e.path().filename().string());
-    }
-    std::sort(names.begin(), names.end());
+    std::vector<std::string> names = testing::FileNames(dir.path());
+    std::erase(names, "home");
     return names;
   }
 };
@@ -49,10 +46,6 @@ const DumpedBook& ExpectedDepartments() {
   static const DumpedBook book =
       testing::ParseDump(ReadFile(testing::DataFile("e2e/departments-cells.txt")));
   return book;
-}
-
-std::string Describe(const DumpedCell& c) {
-  return c.type + " [" + c.value + "] " + c.format;
 }
 
 // Compares two dumps and reports every difference, cell by cell.
@@ -105,28 +98,16 @@ TEST_P(WorkbookE2e, DepartmentsExampleReadsBackCellByCell) {
 TEST_P(WorkbookE2e, ExistingOutputIsWrittenIntoOrClearedFirst) {
   // An older output: a heading on sheet 1 row 1 (overwritten), a note on sheet 1 row 30 and two
   // on sheet 2 (cells the departments run never writes).
-  std::vector<std::string> krs = {"[Header]",       "Product=KRO",      "FileType=EXPORT SPEC",
-                                  "FileFormat=1.1", "[General]",        "Name=n",
-                                  "[Title 1]",      "WriteSheet=1",     "WriteColumn=A",
-                                  "TotalLines=30",  "1Text=OLD HEADING"};
-  for (int n = 2; n < 30; ++n) krs.push_back(std::to_string(n) + "Text=");
-  for (const char* line : {"30Text=NOTE ON SHEET 1", "[Title 2]", "WriteSheet=2", "WriteColumn=F",
-                           "TotalLines=4", "1Text=", "2Text=", "3Text=", "4Text=NOTE ON SHEET 2"}) {
-    krs.push_back(line);
-  }
-  std::string notesKrs;
-  for (const std::string& line : krs) notesKrs += line + "\r\n";
-  const std::string notesRcp = testing::CrLf({
-      "Sheet1Name=Old",
-      "[Header]",
-      "Product=KRO",
-      "FileType=RECIPE",
-      "FileFormat=1.1",
-      "[Output File]",
-      "ExportSpecFileName=notes.krs",
-      "[Input Files]",
-      "1FileName=departments.txt",
-  });
+  std::vector<std::string> sheet1(30);
+  sheet1.front() = "OLD HEADING";
+  sheet1.back() = "NOTE ON SHEET 1";
+  const std::string notesKrs = testing::SpecHeader() + "[General]\r\nName=n\r\n" +
+                               testing::SpecTitle(1, 1, "A", sheet1) +
+                               testing::SpecTitle(2, 2, "F", {"", "", "", "NOTE ON SHEET 2"});
+  const std::string notesRcp =
+      testing::CrLf({"Sheet1Name=Old", "[Header]", "Product=KRO", "FileType=RECIPE",
+                     "FileFormat=1.1", "[Output File]", "ExportSpecFileName=notes.krs",
+                     "[Input Files]", "1FileName=departments.txt"});
   // The last case runs twice over its own output without clearing: nothing doubled or shifted.
   struct Case {
     const char* name;
@@ -194,14 +175,10 @@ TEST_P(WorkbookE2e, AlwaysTwoSheetsAndTheStandardFont) {
 
 // The two real print-outs of the sample collection, converted with recipes of ours.
 TEST_P(WorkbookE2e, RealSampleReports) {
-  struct Expected {
-    int row, column;
-    const char* cell;
-  };
   struct Case {
     const char* recipe;
     const char* report;
-    std::vector<Expected> cells;
+    std::vector<testing::CellIs> cells;
   } cases[] = {
       {"card-statements.rcp",
        "card-statements.txt",
@@ -239,12 +216,7 @@ TEST_P(WorkbookE2e, RealSampleReports) {
     const DumpedBook book = ReadWithPython(w.F(Out()));
     ASSERT_EQ(book.sheets.size(), 2u) << c.recipe;
     EXPECT_EQ(book.font, "Courier New");
-    const auto& cells = book.sheets[0].cells;
-    for (const Expected& e : c.cells) {
-      const auto it = cells.find({e.row, e.column});
-      ASSERT_NE(it, cells.end()) << c.recipe << " R" << e.row << "C" << e.column;
-      EXPECT_EQ(Describe(it->second), e.cell) << c.recipe << " R" << e.row << "C" << e.column;
-    }
+    testing::ExpectCells(book.sheets[0], c.cells, false);
   }
 }
 

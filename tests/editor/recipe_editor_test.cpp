@@ -11,7 +11,6 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPlainTextEdit>
-#include <QProcess>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSignalSpy>
@@ -34,7 +33,7 @@
 #include "editor/table_builder.h"
 #include "editor/text_display.h"
 #include "engine/context.h"
-#include "support/qt_test_support.h"
+#include "support/window_session.h"
 
 using namespace kroveld;
 
@@ -262,16 +261,23 @@ class RecipeEditorTest : public QObject {
     QTest::addColumn<bool>("asks");
     QTest::addColumn<bool>("closed");
     QTest::addColumn<QByteArray>("file");
-    QTest::newRow("cmdClose, No discards")
-        << "cmdClose" << false << "" << true << true << QByteArray("KEEP\r\n");
-    QTest::newRow("close box, No discards")
-        << "box" << false << "" << true << true << QByteArray("KEEP\r\n");
-    QTest::newRow("cmdClose, Yes saves")
-        << "cmdClose" << true << "out.rcp" << true << true << QByteArray("KEEP\r\nmore");
-    QTest::newRow("Yes, save dialog cancelled: stays open")
-        << "box" << true << "" << true << false << QByteArray("KEEP\r\n");
-    QTest::newRow("cmdCancel asks nothing")
-        << "cmdCancel" << true << "" << false << true << QByteArray("KEEP\r\n");
+    const struct {
+      const char *name, *how;
+      bool answer;
+      const char* saveTo;
+      bool asks, closed;
+      const char* file;
+    } rows[] = {
+        {"cmdClose, No discards", "cmdClose", false, "", true, true, "KEEP\r\n"},
+        {"close box, No discards", "box", false, "", true, true, "KEEP\r\n"},
+        {"cmdClose, Yes saves", "cmdClose", true, "out.rcp", true, true, "KEEP\r\nmore"},
+        {"Yes, save dialog cancelled: stays open", "box", true, "", true, false, "KEEP\r\n"},
+        {"cmdCancel asks nothing", "cmdCancel", true, "", false, true, "KEEP\r\n"},
+    };
+    for (const auto& r : rows) {
+      QTest::newRow(r.name) << QString(r.how) << r.answer << QString(r.saveTo) << r.asks << r.closed
+                            << QByteArray(r.file);
+    }
   }
   // Closing after an edit: the question, and what each answer does to the file.
   void Close() {
@@ -309,56 +315,29 @@ class RecipeEditorTest : public QObject {
     QTest::addColumn<QString>("message");
     QTest::addColumn<QString>("after");
     QTest::addColumn<QString>("caption");
-    QTest::newRow("number 0") << "txtTableNumber"
-                              << "0"
-                              << "Table Number must be a number larger than 0"
-                              << "3"
-                              << "Add Table 3";
-    QTest::newRow("number abc") << "txtTableNumber"
-                                << "abc"
-                                << "Table Number must be a number larger than 0"
-                                << "3"
-                                << "Add Table 3";
-    QTest::newRow("number -4") << "txtTableNumber"
-                               << "-4"
-                               << "Table Number must be a number larger than 0"
-                               << "3"
-                               << "Add Table 3";
-    QTest::newRow("number 7") << "txtTableNumber"
-                              << "7"
-                              << ""
-                              << "7"
-                              << "Add Table 7";
-    QTest::newRow("number 12abc") << "txtTableNumber"
-                                  << "12abc"
-                                  << ""
-                                  << "12"
-                                  << "Add Table 12";
-    QTest::newRow("top key blank") << "txtReadStartLine"
-                                   << "   "
-                                   << "Top Key Text should not be a blank!"
-                                   << "KEY TEXT AT TOP"
-                                   << "Add Table 3";
-    QTest::newRow("bottom key cleared") << "txtReadEndLine"
-                                        << ""
-                                        << "Bottom Key Text should not be a blank!"
-                                        << "KEY TEXT AT BOTTOM"
-                                        << "Add Table 3";
-    QTest::newRow("top offset x") << "txtReadStartLineOffset"
-                                  << "x"
-                                  << "Top Line offset must be a number"
-                                  << "0"
-                                  << "Add Table 3";
-    QTest::newRow("top offset -2") << "txtReadStartLineOffset"
-                                   << "-2"
-                                   << ""
-                                   << "-2"
-                                   << "Add Table 3";
-    QTest::newRow("bottom offset 1.5") << "txtReadEndLineOffset"
-                                       << "1.5"
-                                       << "Bottom Line offset must be a number"
-                                       << "0"
-                                       << "Add Table 3";
+    const char* number = "Table Number must be a number larger than 0";
+    const struct {
+      const char *name, *field, *typed, *message, *after, *caption;
+    } rows[] = {
+        {"number 0", "txtTableNumber", "0", number, "3", "Add Table 3"},
+        {"number abc", "txtTableNumber", "abc", number, "3", "Add Table 3"},
+        {"number -4", "txtTableNumber", "-4", number, "3", "Add Table 3"},
+        {"number 7", "txtTableNumber", "7", "", "7", "Add Table 7"},
+        {"number 12abc", "txtTableNumber", "12abc", "", "12", "Add Table 12"},
+        {"top key blank", "txtReadStartLine", "   ", "Top Key Text should not be a blank!",
+         "KEY TEXT AT TOP", "Add Table 3"},
+        {"bottom key cleared", "txtReadEndLine", "", "Bottom Key Text should not be a blank!",
+         "KEY TEXT AT BOTTOM", "Add Table 3"},
+        {"top offset x", "txtReadStartLineOffset", "x", "Top Line offset must be a number", "0",
+         "Add Table 3"},
+        {"top offset -2", "txtReadStartLineOffset", "-2", "", "-2", "Add Table 3"},
+        {"bottom offset 1.5", "txtReadEndLineOffset", "1.5", "Bottom Line offset must be a number",
+         "0", "Add Table 3"},
+    };
+    for (const auto& r : rows) {
+      QTest::newRow(r.name) << QString(r.field) << QString(r.typed) << QString(r.message)
+                            << QString(r.after) << QString(r.caption);
+    }
   }
   // Leaving a field checks it; a rejected value is put back with its message.
   void TableFieldChecks() {
@@ -527,21 +506,12 @@ class RecipeEditorTest : public QObject {
   // From the main window: both ways in open one editor on the recipe field's path; Save puts
   // its path into the field; Help shows topic 13; closing the frame closes the editor first.
   void OpenedFromMainWindow() {
-    QTemporaryDir dir;
-    QtPort port;
-    std::vector<std::string> said;
-    port.SetAnswerer([&said](const std::string& text, Icon, bool) {
-      said.push_back(text);
-      return false;
-    });
-    Context ctx(port, dir.path().toStdString());
-    Settings settings(PrepareApplicationFolder(ctx));
-    MainFrame frame(ctx, port, settings);
-    frame.Main()->Load();
-    frame.show();
+    testing::Session s;
+    MainFrame& frame = *s.frame;
+    const QTemporaryDir& dir = s.dir;
     const QString recipe = dir.filePath(QStringLiteral("r.rcp"));
     Write(recipe, "[Table 1]\r\n");
-    frame.findChild<QComboBox*>(QStringLiteral("cbRecipeFile"))->setEditText(recipe);
+    s.Type("cbRecipeFile", recipe);
     Child<QPushButton>(&frame, "cmdEditRecipe")->click();
     QPointer<RecipeEditor> editor = frame.Main()->RecipeEditorWindow();
     QVERIFY(editor != nullptr && editor->isVisible());
@@ -552,7 +522,7 @@ class RecipeEditorTest : public QObject {
 
     // The preview pane: fed once shown, on the window's input report; its messages lead to lines.
     const QString report = kExamples + QStringLiteral("trial-balance.txt");
-    frame.findChild<QComboBox*>(QStringLiteral("cbInputFile"))->setEditText(report);
+    s.Type("cbInputFile", report);
     auto* pane = qobject_cast<PreviewPane*>(editor->PreviewPane());
     QVERIFY(pane != nullptr && pane->SampleReport().isEmpty());
     QSignalSpy refreshed(pane, &PreviewPane::refreshed);
@@ -567,7 +537,7 @@ class RecipeEditorTest : public QObject {
       return dir.filePath(QStringLiteral("saved.rcp"));
     };
     QVERIFY(editor->Save());
-    QCOMPARE(frame.findChild<QComboBox*>(QStringLiteral("cbRecipeFile"))->currentText(),
+    QCOMPARE(s.Find<QComboBox>("cbRecipeFile")->currentText(),
              dir.filePath(QStringLiteral("saved.rcp")));
     Child<QPushButton>(editor.data(), "cmdHelp")->click();
     auto* help = frame.findChild<HelpWindow*>();
@@ -577,15 +547,11 @@ class RecipeEditorTest : public QObject {
     // Unsaved edits, and the save dialog cancelled at the frame's close: everything stays.
     editor->TextBox()->appendPlainText(QStringLiteral("more"));
     editor->askSavePath = [](const QString&, const QString&, const QString&) { return QString(); };
-    port.SetAnswerer([&said](const std::string& text, Icon, bool) {
-      said.push_back(text);
-      return true;
-    });
-    QVERIFY(!frame.close());
+    QVERIFY(!frame.close());  // the question is answered Yes
     QVERIFY(editor != nullptr && editor->isVisible());
-    said.clear();
+    s.said.clear();
     Child<QPushButton>(editor.data(), "cmdCancel")->click();
-    QVERIFY(said.empty());
+    QVERIFY(s.said.empty());
     QTRY_VERIFY(editor == nullptr);  // deleted on close
   }
 
@@ -596,20 +562,12 @@ class RecipeEditorTest : public QObject {
     b.editor->Open(QString());
     b.editor->show();
     struct Table {
-      QString top, topOffset, bottom, bottomOffset;
-      std::vector<std::pair<QString, bool>> fields;  // width, single data field
+      const char *top, *topOffset, *bottom, *bottomOffset;
+      std::vector<std::pair<const char*, bool>> fields;  // width, single data field
     };
     const Table tables[] = {
-        {QStringLiteral("Code Item"),
-         QStringLiteral("2"),
-         QStringLiteral("END ONE"),
-         QStringLiteral("-1"),
-         {{QStringLiteral("5"), true}, {QStringLiteral("9"), false}, {QStringLiteral("10"), true}}},
-        {QStringLiteral("Region"),
-         QStringLiteral("2"),
-         QStringLiteral("END TWO"),
-         QStringLiteral("-1"),
-         {{QStringLiteral("7"), true}, {QStringLiteral("7"), true}}},
+        {"Code Item", "2", "END ONE", "-1", {{"5", true}, {"9", false}, {"10", true}}},
+        {"Region", "2", "END TWO", "-1", {{"7", true}, {"7", true}}},
     };
     for (const Table& t : tables) {
       OnModal<TableBuilder>([&t](TableBuilder* dialog) {
@@ -658,16 +616,10 @@ class RecipeEditorTest : public QObject {
           "North  100\n"
           "South  250\n"
           "==== END TWO\n");
-    QDir(b.dir.path()).mkdir(QStringLiteral("home"));
-    QProcess cli;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("KROVELD_HOME"), b.Path("home"));
-    cli.setProcessEnvironment(env);
-    cli.start(QStringLiteral(KROVELD_BINARY),
-              {QStringLiteral("-i"), b.Path("report.txt"), QStringLiteral("-o"), b.Path("out.csv"),
-               QStringLiteral("-r"), b.Path("built.rcp")});
-    QVERIFY(cli.waitForFinished(60000));
-    QCOMPARE(cli.exitCode(), 0);
+    QCOMPARE(testing::RunKroveld(b.Path("home"),
+                                 {QStringLiteral("-i"), b.Path("report.txt"), QStringLiteral("-o"),
+                                  b.Path("out.csv"), QStringLiteral("-r"), b.Path("built.rcp")}),
+             0);
     // Table 1: fields at 1-5, 6-14 and 15 to the line's end; table 2: 1-7 and 8 to the end.
     // Each line read carries one added blank at its end.
     QCOMPARE(Read(b.Path("out.csv")), QByteArray("A1   ,Bolts    ,   12.50 \r\n"

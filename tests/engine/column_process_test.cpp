@@ -2,7 +2,7 @@
 
 #include "engine/column.h"
 #include "engine/context.h"
-#include "engine/extract_support.h"
+#include "support/extract_support.h"
 
 namespace kroveld::testing {
 namespace {

@@ -17,33 +17,20 @@ namespace {
 
 using testing::CellSink;
 using testing::CrLf;
-using testing::ReadFile;
 using testing::RecordingPort;
+using testing::SpecHeader;
+using testing::SpecTable;
 using testing::TempDir;
 using Strings = std::vector<std::string>;
 
-std::string Header() {
-  return CrLf({"[Header]", "Product=KRO", "FileType=EXPORT SPEC", "FileFormat=1.1"});
-}
-
 std::string TitleSection(int n, int sheet, std::string_view column,
-                         std::initializer_list<std::string_view> lines) {
-  std::string s =
-      CrLf({"[Title " + std::to_string(n) + "]", "WriteSheet=" + std::to_string(sheet),
-            "WriteColumn=" + std::string(column), "TotalLines=" + std::to_string(lines.size())});
-  int i = 0;
-  for (std::string_view line : lines)
-    s += std::to_string(++i) + "Text=" + std::string(line) + "\r\n";
-  return s;
+                         std::initializer_list<std::string> lines) {
+  return testing::SpecTitle(n, sheet, column, lines);
 }
 
 std::string TableSection(int n) {
-  const std::string t = "Table " + std::to_string(n);
-  return CrLf({"[" + t + "]", "ReadStartLine=TOP" + std::to_string(n), "ReadStartLineOffset=1",
-               "ReadEndLine=END", "ReadEndLineOffset=-1", "TotalColumns=2", "[" + t + " Col 1]",
-               "ReadColumnStart=1", "ReadColumnEnd=10", "WriteColumn=A",
-               "PeriodOperator=", "[" + t + " Col 2]", "ReadColumnStart=11", "ReadColumnEnd=20",
-               "WriteColumn=C", "PeriodOperator=sum"});
+  return SpecTable(n, "TOP" + std::to_string(n), 1, "END", -1,
+                   {{1, 10, "A"}, {11, 20, "C", "sum"}});
 }
 
 TEST(ExportSpecsRead, CountsAndSections) {
@@ -66,7 +53,7 @@ TEST(ExportSpecsRead, CountsAndSections) {
     TempDir dir;
     RecordingPort ui;
     clsExportSpecs specs;
-    specs.ReadFromFile(ui, dir.Write("s.krs", Header() + c.body));
+    specs.ReadFromFile(ui, dir.Write("s.krs", SpecHeader() + c.body));
     EXPECT_EQ(specs.TitleCount, c.titles) << c.what;
     EXPECT_EQ(specs.TableCount, c.tables) << c.what;
     EXPECT_EQ(specs.SectionSequenceCollection.size(), static_cast<std::size_t>(c.titles + c.tables))
@@ -162,7 +149,7 @@ TEST(ExportSpecsRead, ShowsTheSectionMessages) {
   for (const auto& c : cases) {
     RecordingPort ui;
     clsExportSpecs specs;
-    specs.ReadFromFile(ui, dir.Write("s.krs", Header() + c.body));
+    specs.ReadFromFile(ui, dir.Write("s.krs", SpecHeader() + c.body));
     EXPECT_EQ(ui.Texts(), c.messages) << c.body;
     for (const auto& m : ui.messages) EXPECT_EQ(m.icon, Icon::Critical) << m.text;
     if (c.body.rfind("[Title", 0) == 0) {
@@ -183,30 +170,13 @@ TEST(ExportSpecsRead, BadHeaderReadsNothing) {
   EXPECT_TRUE(specs.Titles.empty());
 }
 
-TEST(WritePointers, OnlySheetsOneAndTwo) {
-  RecordingPort ui;
-  clsExportSpecs specs;
-  specs.setWritePointer(ui, 1, 7);
-  specs.setWritePointer(ui, 2, 9);
-  for (int sheet : {0, 3}) {
-    EXPECT_EQ(specs.getWritePointer(ui, sheet), 0);
-    specs.setWritePointer(ui, sheet, 42);
-  }
-  EXPECT_EQ(specs.getWritePointer(ui, 1), 7);
-  EXPECT_EQ(specs.getWritePointer(ui, 2), 9);
-  const std::string get = "Invalid sheet number in clsExportSpecs.getWritePointer!";
-  const std::string set = "Invalid sheet number in clsExportSpecs.setWritePointer!";
-  EXPECT_EQ(ui.Texts(), (Strings{get, set, get, set}));
-  EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
-}
-
 // Values are trimmed, missing title lines and a missing end offset are empty, a later section's
 // keys are not read into an earlier one.
 TEST(ExportSpecsRead, ValuesOfEverySectionKind) {
   TempDir dir;
   const std::string path = dir.Write(
       "in.krs",
-      Header() +
+      SpecHeader() +
           CrLf({"[General]", "Name=Monthly", "[Title 1]", "WriteSheet=2", "WriteColumn=b",
                 "TotalLines=4", "1Text=   ACME Corp   ", "2Text=", "3Text=Profit; and loss",
                 "[Title 2]", "WriteSheet=1", "WriteColumn=A", "TotalLines=1", "1Text=Summary",
@@ -254,7 +224,7 @@ class ExportSpecsProcess : public ::testing::Test {
   ExportSpecsProcess() : ctx(ui, dir.path()) { ctx.sink = &sink; }
 
   clsExportSpecs& Load(const std::string& body) {
-    specs().ReadFromFile(ui, dir.Write("p.krs", Header() + body));
+    specs().ReadFromFile(ui, dir.Write("p.krs", SpecHeader() + body));
     return specs();
   }
   clsExportSpecs& specs() { return ctx.recipe.ExportSpecs; }
@@ -391,11 +361,11 @@ TEST(ExportSpecsBadFiles, NoCrashNoHang) {
   std::filesystem::create_directory(dir.File("folder.krs"));
   std::string binary;
   for (int i = 0; i < 100000; ++i) binary += static_cast<char>((i * 7919) % 256);
-  std::string longLine = Header() + TitleSection(1, 1, "A", {"x"});
+  std::string longLine = SpecHeader() + TitleSection(1, 1, "A", {"x"});
   longLine.insert(longLine.size() - 2, std::string(10 * 1024 * 1024, 'x'));
-  std::string nul = Header() + TitleSection(1, 1, "A", {"a"});
+  std::string nul = SpecHeader() + TitleSection(1, 1, "A", {"a"});
   nul.insert(nul.find("1Text=a") + 6, std::string("\0\0b", 3));
-  std::string manyHeadings = Header();
+  std::string manyHeadings = SpecHeader();
   for (int i = 0; i < 10001; ++i) manyHeadings += "[Title \r\n";
 
   struct Case {
@@ -407,7 +377,7 @@ TEST(ExportSpecsBadFiles, NoCrashNoHang) {
       {"long line", dir.Write("long.krs", longLine), {"x" + std::string(10 * 1024 * 1024, 'x')}},
       {"nul bytes", dir.Write("nul.krs", nul), {std::string("\0\0ba", 4)}},
       {"duplicated: first wins",
-       dir.Write("dup.krs", Header() + TitleSection(1, 1, "A", {"first"}) +
+       dir.Write("dup.krs", SpecHeader() + TitleSection(1, 1, "A", {"first"}) +
                                 TitleSection(1, 2, "B", {"again"})),
        {"first"}},
       {"too many headings", dir.Write("many.krs", manyHeadings), {}},

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/extract_support.h"
 #include "engine/row_rules.h"
+#include "support/extract_support.h"
 
 namespace kroveld::testing {
 namespace {

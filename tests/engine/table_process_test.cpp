@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "engine/context.h"
-#include "engine/extract_support.h"
 #include "engine/table.h"
+#include "support/extract_support.h"
 
 namespace kroveld::testing {
 namespace {
@@ -94,77 +94,14 @@ TEST_F(TableTest, KeySearchProblemsAreReportedAndMarkTheExportFailed) {
   }
 }
 
-// No message; a verbose run (and a recipe check, which runs as one) gets a note saying why.
-TEST_F(TableTest, AStartBeforeLineOneStopsSilentlyWithANoteWhenVerbose) {
-  struct Case {
-    int topOffset;
-    int bottomOffset;
-    std::string note;
-  };
-  const std::vector<Case> cases = {
-      {-2, 0,
-       "Table 4 skipped: it would start on line 0, before the first line of the report "
-       "(ReadStartLine found on line 2, ReadStartLineOffset -2)"},
-      {-2000000000, 0,
-       "Table 4 skipped: it would start on line -1999999998, before the first line of the report "
-       "(ReadStartLine found on line 2, ReadStartLineOffset -2000000000)"},
-      {-9, -6,  // the end on line 0 as well
-       "Table 4 skipped: it would start on line -7, before the first line of the report "
-       "(ReadStartLine found on line 2, ReadStartLineOffset -9)"},
-  };
-  for (const Case& c : cases) {
-    for (bool verbose : {false, true}) {
-      ExtractFixture g;
-      g.UseReport(NumberedLines(10, {{2, "HEAD"}, {6, "END"}}));
-      g.ctx->options.bVerbose = verbose;
-      clsTable table = MakeTable("HEAD", c.topOffset, "END", c.bottomOffset, {MakeColumn(1, 4)});
-      table.Number = 4;
-      g.Run(table, true);
-      if (verbose) {
-        ASSERT_EQ(1u, g.ui.messages.size());
-        EXPECT_TRUE(g.ui.messages[0].note);
-        EXPECT_EQ(c.note, g.ui.messages[0].text);
-      } else {
-        EXPECT_TRUE(g.ui.messages.empty());
-      }
-      EXPECT_FALSE(g.Failed());
-      EXPECT_TRUE(g.sink.rows.empty());
-      EXPECT_EQ(1, g.Pointer());
-    }
-  }
-}
-
-TEST_F(TableTest, CsvRowsKeepBlankLinesTrailingBlanksTabsAndShiftLeadingEmptyFields) {
-  f.UseReport("START\r\nab\r\n\r\nab\tcd\r\nxy\r\nEND\r\n");
-  // Fields: columns 10-12 (empty on short lines), 1, 2 and 3 (the blank ReadRowPeriod1Only adds).
+// Blank lines, trailing blanks, tabs and leading empty fields are spelled out by the comparison
+// of the two CSV paths below; an empty field between others keeps its comma.
+TEST_F(TableTest, AnEmptyFieldBetweenOthersKeepsItsComma) {
+  f.UseReport("START\r\nab\r\nEND\r\n");
   clsTable table =
-      MakeTable("START", 1, "END", -1,
-                {MakeColumn(10, 12), MakeColumn(1, 1), MakeColumn(2, 2), MakeColumn(3, 3)});
-  f.Run(table, true);
-  EXPECT_EQ((std::vector<std::string>{"a,b, ", "", "d ,a,b, ", "x,y, "}), f.sink.rows);
-  EXPECT_EQ(5, f.Pointer());
-  EXPECT_EQ(1, table.FirstRowWritten);
-  EXPECT_EQ(4, table.LastRowWritten);
-  EXPECT_TRUE(f.sink.cells.empty());
-
-  // An empty field between others keeps its comma.
-  ExtractFixture g;
-  g.UseReport("START\r\nab\r\nEND\r\n");
-  clsTable middle =
       MakeTable("START", 1, "END", -1, {MakeColumn(1, 1), MakeColumn(10, 12), MakeColumn(2, 2)});
-  g.Run(middle, true);
-  EXPECT_EQ(std::vector<std::string>{"a,,b"}, g.sink.rows);
-}
-
-TEST_F(TableTest, TheTabSizeOfTheContextAppliesToTableLines) {
-  f.UseReport("START\r\nab\tcd\r\nEND\r\n");
-  clsTable table = MakeTable("START", 1, "END", -1, {MakeColumn(5, 6, "A")});
-  f.ctx->tabSize = 4;
-  f.Run(table);
-  EXPECT_EQ("cd", f.sink.At(1, 1));
-  f.ctx->tabSize = 0;
-  f.Run(table);
-  EXPECT_EQ("d ", f.sink.At(2, 1));  // "ab\tcd " unexpanded
+  f.Run(table, true);
+  EXPECT_EQ(std::vector<std::string>{"a,,b"}, f.sink.rows);
 }
 
 TEST_F(TableTest, AnInvalidColumnIsReportedOnTheFirstRowNamingIt) {
@@ -186,21 +123,6 @@ TEST_F(TableTest, AnInvalidColumnIsReportedOnTheFirstRowNamingIt) {
       EXPECT_FALSE(g.sink.RowWritten(4));
     }
   }
-}
-
-TEST_F(TableTest, TablesStackOnSheetOne) {
-  f.UseReport(NumberedLines(12, {{1, "FIRST"}, {4, "END1"}, {6, "SECOND"}, {9, "END2"}}));
-  clsTable one = MakeTable("FIRST", 1, "END1", -1, {MakeColumn(1, 6, "A")});
-  clsTable two = MakeTable("SECOND", 1, "END2", 0, {MakeColumn(1, 6, "B")});
-  f.Run(one);
-  f.Run(two);
-  EXPECT_EQ("line 2", f.sink.At(1, 1));
-  EXPECT_EQ("line 3", f.sink.At(2, 1));
-  EXPECT_EQ("line 7", f.sink.At(3, 2));
-  EXPECT_EQ("END2 ", f.sink.At(5, 2));
-  EXPECT_EQ(6, f.Pointer());
-  EXPECT_EQ(3, two.FirstRowWritten);
-  EXPECT_EQ(5, two.LastRowWritten);
 }
 
 TEST_F(TableTest, KeysAreSearchedInTheFirstFileTakingPartButRowsComeFromFileOne) {
@@ -251,25 +173,16 @@ TEST_F(TableTest, TheStatusPanelShowsTheRowAndThenEachColumn) {
   EXPECT_EQ(2, f.ui.events);  // one yield per row
 }
 
-TEST_F(TableTest, AwkwardBytesAndLineEndsPassThrough) {
+// Lone CRs, bytes above 127, tabs and a last line without a line end are among the cases below;
+// here a form feed and a NUL byte inside a line and a line of a megabyte.
+TEST_F(TableTest, AwkwardBytesPassThrough) {
   const std::string longField(1 << 20, 'w');
-  std::string report = "TOP\r";                  // lone CR line ends
-  report += "form\ffeed\r";                      // form feed inside a line
-  report += std::string("nul\0byte", 8) + "\n";  // NUL byte
-  report += "caf\xe9 \x80\xff\r\n";              // bytes above 127
-  report += "\t\t\tx\ty\r\n";                    // tabs, expanded at tab size 8
-  report += longField + "\n";                    // a 1 MB line
-  report += "END";                               // last line without a line end
-  f.UseReport(report);
-  clsTable table = MakeTable("TOP", 1, "END", 0, {MakeColumn(1, 1 << 21)});
+  f.UseReport("TOP\r\nform\ffeed\r\n" + std::string("nul\0byte", 8) + "\n" + longField + "\nEND");
+  clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 1 << 21)});
   f.Run(table, true);
-  ASSERT_EQ(6u, f.sink.rows.size());
-  EXPECT_EQ("form\ffeed ", f.sink.rows[0]);
-  EXPECT_EQ(std::string("nul\0byte ", 9), f.sink.rows[1]);
-  EXPECT_EQ("caf\xe9 \x80\xff ", f.sink.rows[2]);
-  EXPECT_EQ(std::string(24, ' ') + "x" + std::string(7, ' ') + "y ", f.sink.rows[3]);
-  EXPECT_EQ(longField + " ", f.sink.rows[4]);
-  EXPECT_EQ("END ", f.sink.rows[5]);
+  EXPECT_EQ(
+      (std::vector<std::string>{"form\ffeed ", std::string("nul\0byte ", 9), longField + " "}),
+      f.sink.rows);
   EXPECT_TRUE(f.ui.messages.empty());
 }
 
@@ -329,6 +242,7 @@ TEST_F(TableTest, RowsAreTheLinesCountedFromLineOneWhateverTheLineEnds) {
     if (top + c.topOffset < 1) {
       EXPECT_TRUE(g.sink.rows.empty()) << c.top << c.topOffset;
       EXPECT_TRUE(g.ui.messages.empty()) << c.top << c.topOffset;
+      EXPECT_FALSE(g.Failed()) << c.top << c.topOffset;
       continue;
     }
     if (bottom + c.bottomOffset < top + c.topOffset) {

@@ -9,19 +9,16 @@
 #include <QToolButton>
 
 #include "app/help/help_window.h"
+#include "support/qt_test_support.h"
 
 using kroveld::HelpPageUrl;
 using kroveld::HelpWindow;
+using kroveld::testing::Read;
 
 namespace {
 
 QString ResourcePath(const QUrl& url) {
   return QStringLiteral(":") + url.path();
-}
-
-QByteArray Read(const QString& path) {
-  QFile file(path);
-  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "jobs/conversion_job.h"
-#include "jobs/job_test_support.h"
+#include "support/job_support.h"
 #include "support/recording_port.h"
 
 namespace kroveld {
@@ -60,10 +60,10 @@ TEST(InputEncoding, ChoiceOfTheRunTheRecipeOrTheReport) {
       {"auto, Windows-1252", kCp1252Report, InputEncoding::kAuto, "", "8-bit", {}},
       {"cp1252", kCp1252Report, InputEncoding::kCp1252, "", "8-bit", {}},
       {"latin1", kCp1252Report, InputEncoding::kLatin1, "", "8-bit", {}},
-      {"the recipe's utf-8",
+      {"the recipe's utf-8, in any case and with blanks",
        kUtf8Report,
        InputEncoding::kUnset,
-       "InputEncoding=utf-8\r\n",
+       "InputEncoding= UTF-8 \r\n",
        kUtf8Csv,
        {}},
       {"the run's cp1252 before the recipe's utf-8",

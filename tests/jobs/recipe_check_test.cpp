@@ -1,17 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
-#include "jobs/recipe_check.h"
 #include "jobs/recipe_lint.h"
-#include "support/recording_port.h"
-#include "support/test_support.h"
 
 namespace kroveld {
 namespace {
-
-using testing::RecordingPort;
-using testing::TempDir;
 
 const std::string kSpecHeader = "[Header]\nProduct=KRO\nFileType=EXPORT SPEC\nFileFormat=1.1\n";
 // Lines 5-11: a table with one column (the column heading is line 11).
@@ -185,28 +177,6 @@ TEST(RecipeLint, NoteFormat) {
   EXPECT_EQ(FormatRecipeNote({"a.krs", 12, "Table 1", "text"}), "a.krs:12: [Table 1]: text");
   EXPECT_EQ(FormatRecipeNote({"a.krs", 0, "Title 2", "text"}), "a.krs: [Title 2]: text");
   EXPECT_EQ(FormatRecipeNote({"a.rcp", 3, "", "text"}), "a.rcp:3: text");
-}
-
-// The check shows the loaders' own messages and adds the notes of both files.
-TEST(RecipeCheck, MessagesOfTheLoadAndNotesOfBothFiles) {
-  TempDir dir;
-  dir.Write("x.rcp", kRecipeTop + "WriteDataFormat=nearestcent\n");
-  dir.Write("x.krs",
-            kSpecHeader + kTable1 + "[Table 1 Col 1]\nReadColumStart=1\nReadColumnEnd=5\n");
-  dir.Write("report.txt", "ITEMS\nabc\nEND\n");
-  RecordingPort port;
-  auto notes = CheckRecipe(port, {dir.File("x.rcp"), dir.File("report.txt"), 8});
-  ASSERT_EQ(notes.size(), 2u);
-  EXPECT_EQ(notes[0].file, dir.File("x.rcp"));
-  EXPECT_EQ(notes[0].line, 7);
-  EXPECT_EQ(notes[1].file, dir.File("x.krs"));
-  EXPECT_EQ(notes[1].line, 12);
-  // Read twice, as a conversion reads it (with the recipe, then on its own), then processed.
-  EXPECT_EQ(port.Texts(),
-            (std::vector<std::string>{
-                "Invalid Read Column start position!", "Invalid Read Column start position!",
-                "Invalid table specs (column 1): ReadColumnStart is smaller than 1 "
-                "or larger than ReadColumnEnd!"}));
 }
 
 }  // namespace

@@ -15,7 +15,7 @@
 #include "jobs/workbook/xlsx_reader.h"
 #include "jobs/workbook/xlsx_writer.h"
 #include "support/test_support.h"
-#include "workbook_test_helpers.h"
+#include "support/workbook_readers.h"
 
 namespace kroveld {
 namespace {

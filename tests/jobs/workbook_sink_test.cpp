@@ -7,8 +7,8 @@
 #include "jobs/workbook/workbook_sink.h"
 #include "jobs/workbook/xlsx_reader.h"
 #include "support/test_support.h"
+#include "support/workbook_readers.h"
 #include "util/files.h"
-#include "workbook_test_helpers.h"
 
 namespace kroveld {
 namespace {
@@ -50,33 +50,17 @@ void ExpectConversionCells(const DumpedBook& book) {
   EXPECT_EQ(book.font, "Courier New");
   EXPECT_EQ(book.sheets[0].name, "Detail (P1)");
   EXPECT_EQ(book.sheets[1].name, "Summary (P1)");
-  const auto& c = book.sheets[0].cells;
-  struct Expected {
-    int row, column;
-    const char* type;
-    const char* value;
-    const char* format;
-  } expected[] = {
-      {1, 1, "s", "ACME Ltd \xC3\xA9t\xC3\xA9", "General"},
-      {2, 1, "s", "00123", "General"},
-      {2, 2, "n", "1234.5", "#,##0.00"},
-      {2, 3, "n", "1234.0", "#,##0"},
-      {2, 4, "n", "12.5", "0.00"},
-      {2, 5, "n", "-12.0", "General"},
-      {3, 1, "s", "=SUM(A1:A2)", "General"},
-      {3, 2, "s", "  ", "General"},
-  };
-  EXPECT_EQ(c.size(), std::size(expected));
-  for (const Expected& e : expected) {
-    const auto it = c.find({e.row, e.column});
-    ASSERT_NE(it, c.end()) << e.row << "," << e.column;
-    EXPECT_EQ(it->second.type, e.type) << e.row << "," << e.column;
-    EXPECT_EQ(it->second.value, e.value) << e.row << "," << e.column;
-    EXPECT_EQ(it->second.format, e.format) << e.row << "," << e.column;
-  }
-  const auto& s2 = book.sheets[1].cells;
-  ASSERT_EQ(s2.size(), 1u);
-  EXPECT_EQ(s2.at({1, 3}).value, "0.5");
+  testing::ExpectCells(book.sheets[0],
+                       {{1, 1, "s [ACME Ltd \xC3\xA9t\xC3\xA9] General"},
+                        {2, 1, "s [00123] General"},
+                        {2, 2, "n [1234.5] #,##0.00"},
+                        {2, 3, "n [1234.0] #,##0"},
+                        {2, 4, "n [12.5] 0.00"},
+                        {2, 5, "n [-12.0] General"},
+                        {3, 1, "s [=SUM(A1:A2)] General"},
+                        {3, 2, "s [  ] General"}},
+                       true);
+  testing::ExpectCells(book.sheets[1], {{1, 3, "n [0.5] General"}}, true);
 }
 
 class WorkbookFormats : public ::testing::TestWithParam<const char*> {};

@@ -5,7 +5,7 @@
 
 #include "jobs/workbook/workbook_sink.h"
 #include "support/test_support.h"
-#include "workbook_test_helpers.h"
+#include "support/workbook_readers.h"
 
 namespace kroveld {
 namespace {
@@ -36,23 +36,13 @@ TEST_P(TypedWorkbook, OtherReadersSeeNumbersTextAndDates) {
   ASSERT_TRUE(sink.Save()) << sink.Error();
   const testing::DumpedBook book = ReadWithPython(path);
   ASSERT_FALSE(book.sheets.empty());
-  const auto& cells = book.sheets[0].cells;
-  const struct {
-    int row, column;
-    const char *type, *value, *format;
-  } expected[] = {
-      {1, 1, "n", "-1554.73", "#,##0.00"},     {1, 2, "n", "123.0", "General"},
-      {1, 3, "s", "1234", "General"},          {1, 4, "d", "2023-03-05", "yyyy-mm-dd"},
-      {2, 4, "d", "1900-01-01", "yyyy-mm-dd"},
-  };
-  EXPECT_EQ(cells.size(), std::size(expected));
-  for (const auto& e : expected) {
-    const auto it = cells.find({e.row, e.column});
-    ASSERT_NE(it, cells.end()) << e.row << "," << e.column;
-    EXPECT_EQ(it->second.type, e.type) << e.row << "," << e.column;
-    EXPECT_EQ(it->second.value, e.value) << e.row << "," << e.column;
-    EXPECT_EQ(it->second.format, e.format) << e.row << "," << e.column;
-  }
+  testing::ExpectCells(book.sheets[0],
+                       {{1, 1, "n [-1554.73] #,##0.00"},
+                        {1, 2, "n [123.0] General"},
+                        {1, 3, "s [1234] General"},
+                        {1, 4, "d [2023-03-05] yyyy-mm-dd"},
+                        {2, 4, "d [1900-01-01] yyyy-mm-dd"}},
+                       true);
 }
 
 TEST_P(TypedWorkbook, DatesStayDatesWhenTheOutputIsReadAgain) {

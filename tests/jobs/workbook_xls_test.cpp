@@ -8,7 +8,7 @@
 #include "jobs/workbook/xls_reader.h"
 #include "jobs/workbook/xls_writer.h"
 #include "support/test_support.h"
-#include "workbook_test_helpers.h"
+#include "support/workbook_readers.h"
 
 namespace kroveld {
 namespace {

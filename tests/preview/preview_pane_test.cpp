@@ -12,6 +12,7 @@
 
 #include "editor/preview/preview_pane.h"
 #include "editor/preview/report_view.h"
+#include "support/qt_test_support.h"
 
 using kroveld::PreviewPane;
 using kroveld::ReportView;
@@ -19,11 +20,6 @@ using kroveld::ReportView;
 namespace {
 
 const QString kExamples = QStringLiteral(KROVELD_SOURCE_DIR "/examples/");
-
-QString Read(const QString& path) {
-  QFile file(path);
-  return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
 
 // The trial balance as a short recipe typed in the editor; Table 2's top key misspelt.
 QString ShortRecipeWithTypo() {
@@ -51,7 +47,7 @@ class PreviewPaneTest : public QObject {
     // Typing in quick succession gives one refresh, after the pause.
     pane.SetRecipeText(QStringLiteral("[Header]"), recipe);
     pane.SetSampleReport(kExamples + QStringLiteral("trial-balance.txt"));
-    pane.SetRecipeText(Read(recipe), recipe);
+    pane.SetRecipeText(QString::fromUtf8(kroveld::testing::Read(recipe)), recipe);
     QVERIFY(refreshed.wait(3000));
     QTest::qWait(PreviewPane::kDebounceMilliseconds + 200);
     QCOMPARE(refreshed.count(), 1);

@@ -1,9 +1,8 @@
-// Column letters, the list helper, file_read and WriteLines, and the elapsed-seconds text.
+// Column letters, WriteLines and the elapsed-seconds text.
 #include <gtest/gtest.h>
 
 #include "support/recording_port.h"
 #include "support/test_support.h"
-#include "util/collections.h"
 #include "util/column_letters.h"
 #include "util/lines_io.h"
 #include "util/timing.h"
@@ -45,46 +44,6 @@ TEST(ColumnLetters, TwoLetterRange) {
   EXPECT_EQ(AlphaToNum2(port, "A1"), 26);  // the bad letter counts as 0
   EXPECT_EQ(port.Texts(),
             std::vector<std::string>{"unexpected Letter code in utilities.AlphaToNum!"});
-}
-
-TEST(CollectionItemSet, ReplacesInPlaceOrRefuses) {
-  RecordingPort ui;
-  std::vector<std::string> list = {"a", "b", "c"};
-  EXPECT_TRUE(CollectionItemSet(ui, list, 3, "C"));
-  EXPECT_TRUE(CollectionItemSet(ui, list, 1, "A"));
-  EXPECT_EQ(list, (std::vector<std::string>{"A", "b", "C"}));
-  for (int bad : {0, 4, -2}) {
-    RecordingPort port;
-    EXPECT_FALSE(CollectionItemSet(port, list, bad, "x"));
-    EXPECT_EQ(port.Texts(), std::vector<std::string>{"Invalid Index in CollectionItemSet!"});
-    EXPECT_EQ(port.messages[0].icon, Icon::Critical);
-  }
-  EXPECT_EQ(list, (std::vector<std::string>{"A", "b", "C"}));
-  CollectionClear(list);
-  EXPECT_TRUE(list.empty());
-}
-
-TEST(FileRead, RunsOfLines) {
-  TempDir dir;
-  const std::string path = dir.Write("in.txt", "l1\r\nl2\nl3\rl4");
-  RecordingPort ui;
-  std::vector<std::string> lines = {"keep", "keep", "keep"};
-  file_read(ui, lines, path, 0, 2);
-  EXPECT_EQ(ui.Texts(), std::vector<std::string>{" invalid start_line in utilities.file_read!"});
-  EXPECT_EQ(ui.messages[0].icon, Icon::Critical);
-  EXPECT_EQ(lines, (std::vector<std::string>{"keep", "keep", "keep"}));
-
-  RecordingPort quiet;
-  file_read(quiet, lines, path, 2, 2);
-  EXPECT_EQ(lines, (std::vector<std::string>{"l2", "l3", "keep"}));
-  file_read(quiet, lines, path, 4, 3);  // past the end: the rest keeps its values
-  EXPECT_EQ(lines, (std::vector<std::string>{"l4", "l3", "keep"}));
-  std::vector<std::string> grow;
-  file_read(quiet, grow, path, 1, 2);
-  EXPECT_EQ(grow, (std::vector<std::string>{"l1", "l2"}));
-  file_read(quiet, grow, dir.File("missing.txt"), 1, 1);
-  EXPECT_EQ(grow[0], "l1");
-  EXPECT_TRUE(quiet.messages.empty());
 }
 
 TEST(WriteLines, ReplaceAndAppend) {

@@ -170,12 +170,5 @@ TEST(FormatPlainDouble, ShortestTextThatReadsBack) {
   EXPECT_EQ(back, third);
 }
 
-TEST(NumberLocale, CLocaleDefaults) {
-  const NumberLocale l = NumberLocale::FromEnvironment();  // tests run in the C locale
-  EXPECT_EQ(l.decimal_point, '.');
-  EXPECT_EQ(l.thousands_sep, ',');
-  EXPECT_EQ(l.currency, "$");
-}
-
 }  // namespace
 }  // namespace kroveld

@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
-#include <QProcess>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -22,59 +21,17 @@
 #include "app/window/options_dialog.h"
 #include "app/window/qt_port.h"
 #include "engine/context.h"
-#include "support/qt_test_support.h"
+#include "support/window_session.h"
 
 using namespace kroveld;
 
 namespace {
 
 using testing::Read;
-using testing::Said;
+using testing::Session;
 using testing::Write;
 
 const QString kExamples = QStringLiteral(KROVELD_SOURCE_DIR "/examples/");
-
-// One start of the window in a fresh application folder.
-struct Session {
-  QTemporaryDir dir;
-  QtPort port;
-  std::vector<Said> said;
-  std::unique_ptr<Context> ctx;
-  std::unique_ptr<Settings> settings;
-  std::unique_ptr<MainFrame> frame;
-
-  explicit Session(const QByteArray& configExtra = {}) {
-    port.SetAnswerer([this](const std::string& text, Icon icon, bool question) {
-      said.push_back({text, icon, question});
-      return question;  // every question is answered Yes
-    });
-    ctx = std::make_unique<Context>(port, dir.path().toStdString());
-    settings = std::make_unique<Settings>(PrepareApplicationFolder(*ctx));
-    if (!configExtra.isEmpty()) Write(Config(), Read(Config()) + configExtra);
-    frame = std::make_unique<MainFrame>(*ctx, port, *settings);
-    frame->ApplyPlacement(FramePlacement::Read(settings->Path()));
-    Main()->Load();
-    frame->show();
-  }
-  QString Config() const { return dir.filePath(QStringLiteral("config.ini")); }
-  MainWindow* Main() const { return frame->Main(); }
-  template <class W>
-  W* Find(const char* name) const {
-    W* widget = frame->findChild<W*>(QString::fromLatin1(name));
-    if (widget == nullptr) qWarning("no control %s", name);
-    return widget;
-  }
-  void Type(const char* field, const QString& text) const {
-    Find<QComboBox>(field)->setEditText(text);
-  }
-  void Press(const char* key) const { Find<QAction>(key)->trigger(); }
-  QString Panel3() const { return Find<QLabel>("sbCurrentFilePanel1")->text(); }
-  std::vector<std::string> Texts() const {
-    std::vector<std::string> texts;
-    for (const Said& s : said) texts.push_back(s.text);
-    return texts;
-  }
-};
 
 // Three small reports in in/, converted with the example recipe's layout.
 QString MakeBatch(const QTemporaryDir& dir) {
@@ -234,15 +191,12 @@ class MainWindowTest : public QObject {
     QCOMPARE(s.Texts(), std::vector<std::string>{std::string(kTabNote)});
 
     const QString cliOutput = s.dir.filePath(QStringLiteral("cli.csv"));
-    QProcess cli;
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("KROVELD_HOME"), s.dir.filePath(QStringLiteral("cli-home")));
-    cli.setProcessEnvironment(env);
-    cli.start(QStringLiteral(KROVELD_BINARY),
-              {QStringLiteral("-i"), kExamples + QStringLiteral("trial-balance.txt"),
-               QStringLiteral("-r"), kExamples + QStringLiteral("trial-balance.rcp"),
-               QStringLiteral("-o"), cliOutput});
-    QVERIFY(cli.waitForFinished(30000));
+    QCOMPARE(
+        testing::RunKroveld(s.dir.filePath(QStringLiteral("cli-home")),
+                            {QStringLiteral("-i"), kExamples + QStringLiteral("trial-balance.txt"),
+                             QStringLiteral("-r"), kExamples + QStringLiteral("trial-balance.rcp"),
+                             QStringLiteral("-o"), cliOutput}),
+        0);
     QVERIFY(!Read(output).isEmpty());
     QCOMPARE(Read(output), Read(cliOutput));
 

@@ -81,6 +81,29 @@ inline DumpedBook ParseDump(const std::string& text) {
   return book;
 }
 
+// A cell as the readers dump it: "TYPE [VALUE] FORMAT".
+inline std::string Describe(const DumpedCell& c) {
+  return c.type + " [" + c.value + "] " + c.format;
+}
+
+struct CellIs {
+  int row;
+  int column;
+  std::string cell;  // as Describe gives it
+};
+
+// Checks the given cells of a dumped sheet; with `only`, that the sheet holds no others.
+inline void ExpectCells(const DumpedSheet& sheet, const std::vector<CellIs>& cells, bool only) {
+  if (only) {
+    EXPECT_EQ(sheet.cells.size(), cells.size());
+  }
+  for (const CellIs& e : cells) {
+    const auto it = sheet.cells.find({e.row, e.column});
+    EXPECT_EQ(it == sheet.cells.end() ? "missing" : Describe(it->second), e.cell)
+        << "R" << e.row << "C" << e.column;
+  }
+}
+
 // Reads a workbook with tests/e2e/read_workbook.py (xlrd or openpyxl). Fails the test when the
 // reader fails.
 inline DumpedBook ReadWithPython(const std::string& path) {

@@ -96,6 +96,23 @@ struct ExampleWork {
   }
 };
 
+// The last line of a program's output, without its line end.
+inline std::string LastLine(const std::string& text) {
+  const std::size_t end = text.find_last_not_of('\n');
+  const std::size_t start = text.rfind('\n', end);
+  return text.substr(start == std::string::npos ? 0 : start + 1, end - start);
+}
+
+// Waits (up to `tries` milliseconds) until an entry whose name begins with `prefix` is in `folder`.
+inline void AwaitEntry(const std::string& folder, const std::string& prefix, int tries) {
+  for (int i = 0; i < tries; ++i) {
+    for (const auto& e : std::filesystem::directory_iterator(folder)) {
+      if (e.path().filename().string().starts_with(prefix)) return;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+}
+
 // The path with every "/" turned into "\", as the slash syntax wants it.
 inline std::string Backslashed(std::string path) {
   for (char& c : path) c = c == '/' ? '\\' : c;

@@ -41,28 +41,8 @@ inline std::string SmallCsv(std::string_view first = "apple", std::string_view s
 // Writes "stock.krs" and "stock.rcp" (naming `inputName` as its input file 1) into the folder
 // and returns the recipe path.
 inline std::string SmallRecipe(const TempDir& dir, std::string_view inputName = "elsewhere.txt") {
-  dir.Write("stock.krs", CrLf({"[Header]",
-                               "Product=KRO",
-                               "FileType=EXPORT SPEC",
-                               "FileFormat=1.1",
-                               "[General]",
-                               "Name=Stock",
-                               "[Table 1]",
-                               "ReadStartLine=ITEMS",
-                               "ReadStartLineOffset=1",
-                               "ReadEndLine=END",
-                               "ReadEndLineOffset=-1",
-                               "TotalColumns=2",
-                               "[Table 1 Col 1]",
-                               "ReadColumnStart=1",
-                               "ReadColumnEnd=5",
-                               "WriteColumn=A",
-                               "PeriodOperator=",
-                               "[Table 1 Col 2]",
-                               "ReadColumnStart=6",
-                               "ReadColumnEnd=13",
-                               "WriteColumn=B",
-                               "PeriodOperator="}));
+  dir.Write("stock.krs", SpecHeader() + "[General]\r\nName=Stock\r\n" +
+                             SpecTable(1, "ITEMS", 1, "END", -1, {{1, 5, "A"}, {6, 13, "B"}}));
   return dir.Write("stock.rcp",
                    CrLf({"[Header]", "Product=KRO", "FileType=RECIPE", "FileFormat=1.1",
                          "[Output File]", "OutputFileTitle=", "OutputFileName=out.csv",
