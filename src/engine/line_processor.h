@@ -25,7 +25,8 @@ class clsLineProcessor {
   explicit clsLineProcessor(Context& ctx);
 
   // Next line of `file` into slot 1: a blank appended when the line is not empty and does not end
-  // in one, then tabs expanded when tabSize > 0. A null file does nothing.
+  // in one, then tabs expanded when tabSize > 0. A null file does nothing. The system's named
+  // interface; no caller yet (the table rows use SetPeriod1Line).
   void ReadRowPeriod1Only(TextFile* file, int tabSize);
   // The same for a line already read: `line` (blank added, tabs expanded) into slot 1.
   void SetPeriod1Line(std::string_view line, int tabSize);
@@ -35,6 +36,7 @@ class clsLineProcessor {
   }
   // Line n of every input file InputFileFirst..InputFileLast of the recipe into its slot (others
   // emptied). Returns false when the line number overflows the 16-bit counter (after reporting).
+  // The system's named interface; no caller yet.
   bool ReadRow(long long lineNumber, int tabSize);
   // The field text for columns first..last under the operator code. The view stays valid until
   // the next call of any member.
@@ -42,6 +44,7 @@ class clsLineProcessor {
 
   const std::string& Slot(int i) const { return rows_[i - 1]; }
   void SetSlot(int i, std::string_view text);
+  // Line n of a file ("" past its end). The system's named interface; no caller but ReadRow.
   std::string get_text_line(const std::string& fileName, long long lineNumber);
   void ResetRows();
 
