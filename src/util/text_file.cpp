@@ -13,6 +13,7 @@
 
 #include "util/byte_scan.h"
 #include "util/files.h"
+#include "util/map_pager.h"
 
 namespace kroveld {
 
@@ -25,12 +26,22 @@ constexpr std::size_t kSmallBuffer = 4096;
 // stay.
 constexpr std::size_t kReleaseStep = std::size_t{8} << 20;
 constexpr std::size_t kReleaseLag = std::size_t{1} << 20;
+// A file this large has its pages made ready ahead of the reader and given back behind it by a
+// MapPager, told where reading is every kPagerStep bytes.
+constexpr std::size_t kPagedFrom = std::size_t{32} << 20;
+constexpr std::size_t kPagerStep = std::size_t{1} << 20;
 // Pages are given back whole.
 std::size_t PageFloor(std::size_t offset) {
   static const std::size_t page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
   return offset / page * page;
 }
 }  // namespace
+
+TextFile::TextFile() = default;
+
+TextFile::TextFile(const std::string& path) {
+  Open(path);
+}
 
 TextFile::~TextFile() {
   Close();
@@ -93,6 +104,11 @@ bool TextFile::OpenMapped(const std::string& path) {
   map_ = static_cast<const char*>(map);
   map_size_ = size;
   map_pos_ = released_ = 0;
+  next_turn_ = kReleaseStep + kReleaseLag;
+  if (size >= kPagedFrom) {
+    pager_ = std::make_unique<MapPager>(map_, size);
+    next_turn_ = kPagerStep;
+  }
   // The buffer is not needed; a small file's was small anyway.
   buf_.clear();
   buf_.shrink_to_fit();
@@ -101,17 +117,32 @@ bool TextFile::OpenMapped(const std::string& path) {
 
 void TextFile::ReleaseBefore(std::int64_t offset) {
   if (map_ == nullptr || offset <= 0) return;
+  if (pager_ != nullptr) {
+    pager_->At(static_cast<std::size_t>(offset));
+    return;
+  }
   const std::size_t upTo = PageFloor(std::min(static_cast<std::size_t>(offset), map_size_));
   if (upTo <= released_) return;
   ::madvise(const_cast<char*>(map_) + released_, upTo - released_, MADV_DONTNEED);
   released_ = upTo;
+  next_turn_ = std::max(next_turn_, released_ + kReleaseStep + kReleaseLag);
+}
+
+void TextFile::MapTurn() {
+  if (pager_ != nullptr) {
+    pager_->At(map_pos_);
+    next_turn_ = map_pos_ + kPagerStep;
+  } else {
+    ReleaseBefore(static_cast<std::int64_t>(map_pos_ - kReleaseLag));
+  }
 }
 
 void TextFile::Close() {
+  pager_.reset();  // before the pages it looks after go
   if (map_ != nullptr) {
     ::munmap(const_cast<char*>(map_), map_size_);
     map_ = nullptr;
-    map_size_ = map_pos_ = released_ = 0;
+    map_size_ = map_pos_ = released_ = next_turn_ = 0;
   }
   if (file_ != nullptr) {
     std::fclose(file_);
@@ -167,9 +198,7 @@ bool TextFile::ReadMappedLine(std::string_view& line) {
     length = kMaxLineBytes;
   }
   line = std::string_view(s, length);
-  if (map_pos_ >= released_ + kReleaseStep + kReleaseLag) {
-    ReleaseBefore(static_cast<std::int64_t>(map_pos_ - kReleaseLag));
-  }
+  if (map_pos_ >= next_turn_) MapTurn();
   map_pos_ = next;
   ++lines_read_;
   return true;
@@ -263,6 +292,7 @@ bool TextFile::SeekToLine(std::int64_t offset, std::int64_t lineNumber) {
     map_pos_ = static_cast<std::size_t>(offset);
     // Pages given back before are read in again from here on, and given back again after.
     released_ = std::min(released_, PageFloor(map_pos_));
+    next_turn_ = pager_ != nullptr ? map_pos_ : released_ + kReleaseStep + kReleaseLag;
     lines_read_ = lineNumber - 1;
     return true;
   }

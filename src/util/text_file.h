@@ -9,19 +9,22 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace kroveld {
 
+class MapPager;
+
 // The longest line handed out; the bytes of a line beyond it are skipped.
 inline constexpr std::size_t kMaxLineBytes = std::size_t{16} << 20;
 
 class TextFile {
  public:
-  TextFile() = default;
-  explicit TextFile(const std::string& path) { Open(path); }
+  TextFile();
+  explicit TextFile(const std::string& path);
   ~TextFile();
   TextFile(const TextFile&) = delete;
   TextFile& operator=(const TextFile&) = delete;
@@ -60,6 +63,9 @@ class TextFile {
 
  private:
   bool ReadMappedLine(std::string_view& line);
+  // Every so often while reading mapped: pages behind given back, and (paged) those ahead made
+  // ready.
+  void MapTurn();
   bool Fill();
   void FinishCrLf();  // called when pending_cr_ is set
   void AppendToLongLine(const char* s, std::size_t n);
@@ -76,8 +82,10 @@ class TextFile {
   std::string error_;
   const char* map_ = nullptr;  // the mapped file, when it is read through a map
   std::size_t map_size_ = 0;
-  std::size_t map_pos_ = 0;   // where the next line begins
-  std::size_t released_ = 0;  // the pages before this offset were given back
+  std::size_t map_pos_ = 0;          // where the next line begins
+  std::size_t released_ = 0;         // the pages before this offset were given back
+  std::size_t next_turn_ = 0;        // MapTurn() when reading gets here
+  std::unique_ptr<MapPager> pager_;  // a large file's pages, handled on a thread of their own
 };
 
 }  // namespace kroveld

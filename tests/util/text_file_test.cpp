@@ -165,6 +165,17 @@ TEST(TextFile, MappedReadingFallsBackAndSurvivesGivingPagesBack) {
       {"no final line end", true},
       {"form\ffeed\r\nlast\r", true},
       {std::string(5000, 'p') + "\r" + std::string(5000, 'q') + "\n\n", true},
+      // Large enough for its pages to be made ready and given back on a thread of their own.
+      {[] {
+         std::string big;
+         const char* ends[] = {"\r\n", "\n", "\r"};
+         for (int i = 0; big.size() < (std::size_t{40} << 20); ++i) {
+           big.append(static_cast<std::size_t>(i % 251), static_cast<char>('a' + i % 26));
+           big += ends[i % 3];
+         }
+         return big;
+       }(),
+       true},
   };
   int n = 0;
   for (const Case& c : cases) {
@@ -176,13 +187,13 @@ TEST(TextFile, MappedReadingFallsBackAndSurvivesGivingPagesBack) {
     const Lines first = ReadAll(path);
     Lines lines;
     for (std::string line; f.ReadLine(line);) lines.push_back(line);
-    EXPECT_EQ(lines, first) << n;
+    EXPECT_TRUE(lines == first) << n;  // (no dump of the large file)
     // Every page given back, then read again from line 1: the same lines.
     f.ReleaseBefore(static_cast<std::int64_t>(c.content.size()));
     ASSERT_TRUE(f.SeekToLine(0, 1));
     lines.clear();
     for (std::string line; f.ReadLine(line);) lines.push_back(line);
-    EXPECT_EQ(lines, first) << n;
+    EXPECT_TRUE(lines == first) << n;  // (no dump of the large file)
   }
   // A seek in a mapped file counts lines from there; a seek beyond its end is refused.
   const std::string path = dir.Write("seek.txt", "a\r\nbb\ncc\rdd");

@@ -1,0 +1,92 @@
+// The pager's thread: on each move of the reader, give back what lies more than kBehind behind it,
+// then make ready what lies up to kAhead in front of it, two megabytes at a time.
+#include "util/map_pager.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+#ifndef MADV_POPULATE_READ
+#define MADV_POPULATE_READ 22  // Linux 5.14
+#endif
+
+namespace kroveld {
+
+namespace {
+
+constexpr std::size_t kStep = std::size_t{2} << 20;
+
+std::size_t PageSize() {
+  static const std::size_t page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  return page;
+}
+
+std::size_t PageFloor(std::size_t offset) {
+  return offset - offset % PageSize();
+}
+
+}  // namespace
+
+MapPager::MapPager(const char* map, std::size_t size)
+    : map_(map), size_(size), thread_([this] { Run(); }) {}
+
+MapPager::~MapPager() {
+  {
+    std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  moved_.notify_one();
+  thread_.join();
+}
+
+void MapPager::At(std::size_t offset) {
+  {
+    std::lock_guard lock(mutex_);
+    at_ = std::min(offset, size_);
+    news_ = true;
+  }
+  moved_.notify_one();
+}
+
+void MapPager::Populate(std::size_t from, std::size_t to) const {
+  char* const start = const_cast<char*>(map_) + from;
+  if (::madvise(start, to - from, MADV_POPULATE_READ) == 0) return;
+  // An older kernel: reading one byte of each page maps it all the same.
+  volatile char sink = 0;
+  for (std::size_t at = from; at < to; at += PageSize()) sink = sink + map_[at];
+}
+
+void MapPager::Run() {
+  std::size_t released = 0;  // the pages before this offset are given back
+  std::size_t ready = 0;     // the pages from `released` up to this offset are present
+  std::unique_lock lock(mutex_);
+  for (;;) {
+    moved_.wait(lock, [this] { return news_ || stopping_; });
+    if (stopping_) return;
+    const std::size_t at = at_;
+    news_ = false;
+    lock.unlock();
+    const std::size_t keep = PageFloor(at > kBehind ? at - kBehind : 0);
+    if (keep < released) {
+      // The reader went back before what was given back: start again from there.
+      released = keep;
+      ready = PageFloor(at);
+    } else if (keep > released) {
+      ::madvise(const_cast<char*>(map_) + released, keep - released, MADV_DONTNEED);
+      released = keep;
+    }
+    ready = std::max(ready, PageFloor(at));
+    const std::size_t want = std::min(size_, at + kAhead);
+    while (ready < want) {
+      const std::size_t to = std::min(want, ready + kStep);
+      Populate(ready, to);
+      ready = to;
+      std::lock_guard look(mutex_);
+      if (stopping_) return;
+    }
+    lock.lock();
+  }
+}
+
+}  // namespace kroveld
