@@ -41,12 +41,30 @@ MapPager::~MapPager() {
 }
 
 void MapPager::At(std::size_t offset) {
+  std::size_t from = 0, to = 0;
   {
     std::lock_guard lock(mutex_);
     at_ = std::min(offset, size_);
     news_ = true;
+    if (at_ > released_ + kBehind + kMostBehind) ClaimRelease(at_, from, to);
   }
   moved_.notify_one();
+  Release(from, to);
+}
+
+void MapPager::ClaimRelease(std::size_t at, std::size_t& from, std::size_t& to) {
+  const std::size_t keep = PageFloor(at > kBehind ? at - kBehind : 0);
+  from = to = released_;
+  if (keep < released_) {
+    released_ = keep;
+    back_ = true;
+  } else {
+    to = released_ = keep;
+  }
+}
+
+void MapPager::Release(std::size_t from, std::size_t to) const {
+  if (to > from) ::madvise(const_cast<char*>(map_) + from, to - from, MADV_DONTNEED);
 }
 
 void MapPager::Populate(std::size_t from, std::size_t to) const {
@@ -58,30 +76,25 @@ void MapPager::Populate(std::size_t from, std::size_t to) const {
 }
 
 void MapPager::Run() {
-  std::size_t released = 0;  // the pages before this offset are given back
-  std::size_t ready = 0;     // the pages from `released` up to this offset are present
+  std::size_t ready = 0;  // the pages from where the reader is up to this offset are present
   std::unique_lock lock(mutex_);
   for (;;) {
     moved_.wait(lock, [this] { return news_ || stopping_; });
     if (stopping_) return;
     const std::size_t at = at_;
     news_ = false;
+    std::size_t from = 0, to = 0;
+    ClaimRelease(at, from, to);
+    if (back_) ready = 0;  // what lay ahead then may have been given back since
+    back_ = false;
     lock.unlock();
-    const std::size_t keep = PageFloor(at > kBehind ? at - kBehind : 0);
-    if (keep < released) {
-      // The reader went back before what was given back: start again from there.
-      released = keep;
-      ready = PageFloor(at);
-    } else if (keep > released) {
-      ::madvise(const_cast<char*>(map_) + released, keep - released, MADV_DONTNEED);
-      released = keep;
-    }
+    Release(from, to);
     ready = std::max(ready, PageFloor(at));
     const std::size_t want = std::min(size_, at + kAhead);
     while (ready < want) {
-      const std::size_t to = std::min(want, ready + kStep);
-      Populate(ready, to);
-      ready = to;
+      const std::size_t end = std::min(want, ready + kStep);
+      Populate(ready, end);
+      ready = end;
       std::lock_guard look(mutex_);
       if (stopping_) return;
     }
