@@ -46,6 +46,10 @@ std::string Ledger(const std::string& deptTotal2 = "200.00") {
   return text;
 }
 
+// Column A (1-4) of every line of the ledger's block, lines 3..12: total lines begin with blanks,
+// the form feed's line reads as one blank more.
+const Strings kBlock = {"", "0999", "DEPT", "1000", "1010", "    ", "\f ", "DEPT", "2000", "    "};
+
 // The ledger's block (lines 3..12), its account in column A, through the given rules.
 clsTable LedgerTable(std::vector<clsColumn> columns = {MakeColumn(1, 4, "A")}) {
   clsTable table = MakeTable("ACCOUNT", 1, "END OF", -1, std::move(columns));
@@ -69,7 +73,6 @@ Strings Rows(ExtractFixture& f, const clsTable& table, bool csv) {
 }
 
 TEST(RowFilters, DecideWhichLinesOfTheBlockBecomeRows) {
-  const Strings all = {"", "0999", "DEPT", "1000", "1010", "    ", "\f ", "DEPT", "2000", "    "};
   const Strings details = {"0999", "1000", "1010", "2000"};
   struct Case {
     const char* what;
@@ -78,8 +81,7 @@ TEST(RowFilters, DecideWhichLinesOfTheBlockBecomeRows) {
     Strings rows;
     int endOffset = -1;
   } cases[] = {
-      // Total lines begin with blanks; the form feed's line reads as one blank more.
-      {"no filter: every line", false, "", "", all},
+      {"no filter: every line", false, "", "", kBlock},
       {"blank lines, form feeds included",
        true,
        "",
@@ -160,12 +162,7 @@ TEST(PatternKeys, FindTheBlockWithOffsetsAndNameThePatternWhenMissing) {
     Strings rows;
     std::string message;
   } cases[] = {
-      {"",
-       "^ACCOUNT +DESC",
-       "",
-       "^END OF",
-       {"", "0999", "DEPT", "1000", "1010", "    ", "\f ", "DEPT", "2000", "    "},
-       ""},
+      {"", "^ACCOUNT +DESC", "", "^END OF", kBlock, ""},
       {"ACCOUNT", "", "", "DEPT TOTAL +150", {"", "0999", "DEPT", "1000", "1010"}, ""},
       // The pattern wins over a key text that is also given.
       {"nowhere", "^DEPT: 200", "END OF", "", {"2000", "    "}, ""},
