@@ -104,10 +104,8 @@ TEST(ReadableWorkbooks, CharactersXmlCannotCarryReadBackUnchanged) {
   TempDir dir;
   const std::string path = dir.File("x.xlsx");
   const std::vector<std::string> texts = {
-      "a\xEF\xBF\xBE"
-      "b",                  // U+FFFE
-      "\xEF\xBF\xBF",       // U+FFFF
-      "bell\x07 and \x01",  // control characters
+      "a\357\277\276b",  // U+FFFE; control characters are checked through the sink
+      "\xEF\xBF\xBF",    // U+FFFF
       "literal _x0041_ escape-like text",
       "tab\tand line\nend",
   };
