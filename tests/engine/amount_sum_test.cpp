@@ -54,26 +54,27 @@ std::string Digits(Dice& dice, int digits, bool grouped, char sep) {
   return out;
 }
 
+// `text` with '.' and ',' made the locale's decimal point and thousands separator.
+std::string Marks(std::string text, const NumberLocale& loc) {
+  for (char& c : text) c = c == '.' ? loc.decimal_point : c == ',' ? loc.thousands_sep : c;
+  return text;
+}
+
 // An amount as a report prints it, right-aligned in `width` with the sign's room after it, or
-// now and then something else a column holds.
+// now and then something else a column holds: blanks, a word, thousands ungrouped or grouped
+// wrongly, no decimals, signs out of place, grouped with something that is not the separator.
 std::string Field(Dice& dice, int width, int decimals, const NumberLocale& loc) {
   const int form = dice.Below(40);
+  const char* odd[] = {"",        "   N/A",   "",        "12,34",   "1,234",
+                       "  1.50-", "  - 1.00", "  (1.00", " -(1.00)"};
   std::string core;
   if (form == 0) return std::string(static_cast<std::size_t>(width), ' ');
-  if (form == 1) return "   N/A";
-  if (form == 2) core = Digits(dice, 5, false, loc.thousands_sep);          // ungrouped thousands
-  if (form == 3) core = "12" + std::string(1, loc.thousands_sep) + "34";    // grouped wrongly
-  if (form == 4) core = "1" + std::string(1, loc.thousands_sep) + "234";    // no decimals
-  if (form == 5) return "  1" + std::string(1, loc.decimal_point) + "50-";  // trailing sign
-  if (form == 6) return "  - 1" + std::string(1, loc.decimal_point) + "00";
-  if (form == 7) return "  (1" + std::string(1, loc.decimal_point) + "00";
-  if (form == 8) return " -(1" + std::string(1, loc.decimal_point) + "00)";
+  if (form == 2) core = Digits(dice, 5, false, loc.thousands_sep);
+  if (form == 3 || form == 4) core = Marks(odd[form], loc);
+  if (form == 1 || (form >= 5 && form <= 8)) return Marks(odd[form], loc);
   if (form == 10 || form == 11) {
-    // Grouped with something that is not the separator (the sign's room kept).
-    std::string text = "  12" + std::string(1, loc.thousands_sep) + "345" +
-                       std::string(1, loc.decimal_point) + "67 ";
-    text[4] = "'x_/:;"[dice.Below(6)];
-    if (form == 11) text[4] = loc.decimal_point;
+    std::string text = Marks("  12,345.67 ", loc);
+    text[4] = form == 11 ? loc.decimal_point : "'x_/:;"[dice.Below(6)];
     return std::string(static_cast<std::size_t>(width > 12 ? width - 12 : 0), ' ') + text;
   }
   if (core.empty()) {
@@ -135,7 +136,7 @@ TEST(AmountSum, CountingByPlaceAddsUpAsReadingEachAmount) {
   struct Case {
     int width;
     int decimals;
-  } cases[] = {{16, 2}, {14, 2}, {12, 0}, {16, 4}, {10, 1}, {20, 2}, {5, 2}};
+  } cases[] = {{16, 2}, {12, 0}, {16, 4}, {10, 1}, {20, 2}, {5, 2}};
   for (const Case& c : cases) {
     for (std::uint64_t seed = 1; seed <= 6; ++seed) {
       ExpectSameSums(seed, c.width, c.decimals, 4000, seed % 2 ? english : german);
@@ -156,7 +157,6 @@ TEST(AmountSum, LeavingTheRangeIsFoundAsAddingInTurnFindsIt) {
   } cases[] = {
       {"two huge ones", {usual, huge, usual, huge, usual}},
       {"out and back", {huge, huge, "-" + huge, usual}},
-      {"huge then negative", {huge, "  (1,234.56)    ", "-" + huge, usual}},
       {"just in range", {huge, "   1,234.56     ", "-" + huge}},
       // So near the end that one counted amount more leaves it.
       {"at the edge", {"922337203685477.0000", usual, "  (1,234.56)    "}, 1},

@@ -8,9 +8,12 @@
 
 #include "engine/row_rules.h"
 #include "support/extract_support.h"
+#include "support/report_lines.h"
 
 namespace kroveld::testing {
 namespace {
+
+using Strings = std::vector<std::string>;
 
 // A detail line: account in 1-10, description in 11-28, amount right-aligned in 29-38.
 std::string Detail(const std::string& account, const std::string& description,
@@ -23,7 +26,7 @@ std::string Detail(const std::string& account, const std::string& description,
 
 // Lines 1..13 of the ledger; `deptTotal2` is what the report prints as department 200's total.
 std::string Ledger(const std::string& deptTotal2 = "200.00") {
-  const std::vector<std::string> lines = {
+  const Strings lines = {
       "GENERAL LEDGER                      PAGE 1",  // 1
       "ACCOUNT   DESCRIPTION           AMOUNT",      // 2: top key
       "",                                            // 3
@@ -43,6 +46,10 @@ std::string Ledger(const std::string& deptTotal2 = "200.00") {
   return text;
 }
 
+// Column A (1-4) of every line of the ledger's block, lines 3..12: total lines begin with blanks,
+// the form feed's line reads as one blank more.
+const Strings kBlock = {"", "0999", "DEPT", "1000", "1010", "    ", "\f ", "DEPT", "2000", "    "};
+
 // The ledger's block (lines 3..12), its account in column A, through the given rules.
 clsTable LedgerTable(std::vector<clsColumn> columns = {MakeColumn(1, 4, "A")}) {
   clsTable table = MakeTable("ACCOUNT", 1, "END OF", -1, std::move(columns));
@@ -50,96 +57,59 @@ clsTable LedgerTable(std::vector<clsColumn> columns = {MakeColumn(1, 4, "A")}) {
   return table;
 }
 
-// The rows of a run, whichever the output: CSV rows, or sheet-1 rows column by column (A, B, C
-// joined by "|").
-std::vector<std::string> Rows(ExtractFixture& f, const clsTable& table, bool csv) {
+// The rows of a run, whichever the output: CSV rows, or sheet-1 rows with their cells joined by
+// commas like the CSV ones.
+Strings Rows(ExtractFixture& f, const clsTable& table, bool csv) {
   if (csv) return f.sink.rows;
-  std::vector<std::string> rows;
+  Strings rows;
   for (int r = table.FirstRowWritten; r <= table.LastRowWritten; ++r) {
     std::string row;
     for (int c = 1; c <= static_cast<int>(table.Columns.size()); ++c) {
-      if (c > 1) row += "|";
-      row += f.sink.At(r, c);
+      row += (c > 1 ? "," : "") + f.sink.At(r, c);
     }
     rows.push_back(row);
   }
   return rows;
 }
 
-using Strings = std::vector<std::string>;
-
 TEST(RowFilters, DecideWhichLinesOfTheBlockBecomeRows) {
+  const Strings details = {"0999", "1000", "1010", "2000"};
   struct Case {
     const char* what;
     bool skipBlank;
-    std::string skip;
-    std::string keep;
-    Strings rows;  // sheet cells; the CSV rows are the same texts
+    std::string skip, keep;
+    Strings rows;
+    int endOffset = -1;
   } cases[] = {
-      {"no filter: every line",
-       false,
-       "",
-       "",
-       {"", "0999", "DEPT", "1000", "1010", "    ", "\f ", "DEPT", "2000", "    "}},
+      {"no filter: every line", false, "", "", kBlock},
       {"blank lines, form feeds included",
        true,
        "",
        "",
        {"0999", "DEPT", "1000", "1010", "    ", "DEPT", "2000", "    "}},
-      {"keep detail rows", false, "", "^[0-9]{4} ", {"0999", "1000", "1010", "2000"}},
-      {"skip headings and totals", true, "^DEPT:|DEPT TOTAL", "", {"0999", "1000", "1010", "2000"}},
+      {"keep detail rows", false, "", "^[0-9]{4} ", details},
+      {"skip headings and totals", true, "^DEPT:|DEPT TOTAL", "", details},
       {"keep and skip together", false, "^0|^2", "^[0-9]", {"1000", "1010"}},
+      // A block that ends beyond the report's last line reads empty lines there; the filters see
+      // them like any other line.
+      {"lines past the end of the report", false, "", "^[0-9]{4} ", details, 5},
   };
   for (const Case& c : cases) {
     for (const bool csv : {false, true}) {
+      SCOPED_TRACE(std::string(c.what) + (csv ? " (csv)" : " (sheet)"));
       ExtractFixture f;
       f.UseReport(Ledger());
-      clsTable table = LedgerTable();
+      clsTable table = MakeTable("ACCOUNT", 1, "END OF", c.endOffset, {MakeColumn(1, 4, "A")});
+      table.Number = 1;
       table.SkipBlankLines = c.skipBlank;
       table.SkipLinesMatching = c.skip;
       table.KeepLinesMatching = c.keep;
       f.Run(table, csv);
-      EXPECT_TRUE(f.ui.messages.empty()) << c.what;
-      Strings expected = c.rows;
-      // Total lines begin with blanks; slot 1 gives a line one blank more (the form feed's).
-      EXPECT_EQ(Rows(f, table, csv), expected) << c.what << (csv ? " (csv)" : " (sheet)");
+      EXPECT_TRUE(f.ui.messages.empty());
+      EXPECT_EQ(Rows(f, table, csv), c.rows);
       // The write pointer moves by the rows, not by the lines of the block.
-      EXPECT_EQ(f.Pointer(), 1 + static_cast<int>(expected.size())) << c.what;
+      EXPECT_EQ(f.Pointer(), 1 + static_cast<int>(c.rows.size()));
     }
-  }
-}
-
-TEST(RowFilters, LinesReadPastTheEndOfTheReportAreFilteredLikeOthers) {
-  // A block that ends beyond the report's last line reads empty lines there; the filters see
-  // them like any other line (a recipe that runs to the end of a report of unknown length).
-  for (const bool csv : {false, true}) {
-    ExtractFixture f;
-    f.UseReport(Ledger());
-    clsTable table = MakeTable("ACCOUNT", 1, "END OF", 5, {MakeColumn(1, 4, "A")});
-    table.Number = 1;
-    table.KeepLinesMatching = "^[0-9]{4} ";
-    f.Run(table, csv);
-    EXPECT_TRUE(f.ui.messages.empty());
-    EXPECT_EQ(Rows(f, table, csv), (Strings{"0999", "1000", "1010", "2000"}))
-        << (csv ? "csv" : "sheet");
-  }
-}
-
-TEST(CarriedColumns, EveryRowGetsTheLatestHeadingAboveIt) {
-  for (const bool csv : {false, true}) {
-    ExtractFixture f;
-    f.UseReport(Ledger());
-    clsColumn department = MakeColumn(7, 9, "B");
-    department.CarryFrom = "^DEPT: ";
-    clsTable table = LedgerTable({MakeColumn(1, 4, "A"), department, MakeColumn(29, 38, "C")});
-    table.KeepLinesMatching = "^[0-9]{4} ";  // the headings feed the column but are no rows
-    f.Run(table, csv);
-    EXPECT_TRUE(f.ui.messages.empty());
-    const Strings sheet = {"0999||      5.00", "1000|100|    100.00", "1010|100|     50.50",
-                           "2000|200|    200.00"};
-    const Strings rows = {"0999,,      5.00", "1000,100,    100.00", "1010,100,     50.50",
-                          "2000,200,    200.00"};
-    EXPECT_EQ(Rows(f, table, csv), csv ? rows : sheet) << (csv ? "csv" : "sheet");
   }
 }
 
@@ -155,18 +125,44 @@ TEST(CarriedColumns, AHeadingWithATabIsCutAfterExpansion) {
   EXPECT_EQ(f.sink.rows, Strings{"4000,300"});
 }
 
+// Every row gets the latest heading above it, none above the first heading. The quick CSV rows
+// write a carried field once per heading: every row must still show it, and a carried "=" value
+// still warns on each row that writes it.
+TEST(CarriedColumns, EveryRowGetsTheLatestHeadingAboveIt) {
+  std::string report = "TOP\r\n0999 item\r\n";
+  Strings expected = {"0999,"};
+  for (int d = 1; d <= 6; ++d) {
+    const std::string dept = d == 4 ? "=40" : std::to_string(d * 100);
+    report += "DEPT: " + dept + "\r\n";
+    for (int r = 0; r < 25 * d; ++r) {
+      const std::string account = std::to_string(1000 + d * 100 + r);
+      report += account + " item\r\n";
+      expected.push_back(account + "," + dept);
+    }
+  }
+  for (const bool csv : {false, true}) {
+    SCOPED_TRACE(csv ? "csv" : "sheet");
+    ExtractFixture f;
+    f.ui.SetAlwaysDue(false);  // no status text between rows: the quick CSV path takes them
+    f.UseReport(report + "END\r\n");
+    clsColumn department = MakeColumn(7, 9, "B");
+    department.CarryFrom = "^DEPT: ";
+    clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 4, "A"), department});
+    table.KeepLinesMatching = "^[0-9]{4} ";  // the headings feed the column but are no rows
+    f.Run(table, csv);
+    EXPECT_EQ(Rows(f, table, csv), expected);
+    ASSERT_EQ(f.ui.messages.size(), 100u);  // the 100 rows under "=40"
+    for (const auto& m : f.ui.messages) EXPECT_EQ(m.icon, Icon::Critical) << m.text;
+  }
+}
+
 TEST(PatternKeys, FindTheBlockWithOffsetsAndNameThePatternWhenMissing) {
   struct Case {
     std::string startText, startPattern, endText, endPattern;
     Strings rows;
     std::string message;
   } cases[] = {
-      {"",
-       "^ACCOUNT +DESC",
-       "",
-       "^END OF",
-       {"", "0999", "DEPT", "1000", "1010", "    ", "\f ", "DEPT", "2000", "    "},
-       ""},
+      {"", "^ACCOUNT +DESC", "", "^END OF", kBlock, ""},
       {"ACCOUNT", "", "", "DEPT TOTAL +150", {"", "0999", "DEPT", "1000", "1010"}, ""},
       // The pattern wins over a key text that is also given.
       {"nowhere", "^DEPT: 200", "END OF", "", {"2000", "    "}, ""},
@@ -180,6 +176,7 @@ TEST(PatternKeys, FindTheBlockWithOffsetsAndNameThePatternWhenMissing) {
        "[^END]"},
   };
   for (const Case& c : cases) {
+    SCOPED_TRACE(c.startPattern + " " + c.endPattern);
     ExtractFixture f;
     f.UseReport(Ledger());
     clsTable table = LedgerTable();
@@ -189,10 +186,10 @@ TEST(PatternKeys, FindTheBlockWithOffsetsAndNameThePatternWhenMissing) {
     table.ReadEndPattern = c.endPattern;
     f.Run(table);
     if (c.message.empty()) {
-      EXPECT_TRUE(f.ui.messages.empty()) << c.startPattern << " " << c.endPattern;
-      EXPECT_EQ(Rows(f, table, false), c.rows) << c.startPattern << " " << c.endPattern;
+      EXPECT_TRUE(f.ui.messages.empty());
+      EXPECT_EQ(Rows(f, table, false), c.rows);
     } else {
-      ASSERT_EQ(f.ui.messages.size(), 1u) << c.message;
+      ASSERT_EQ(f.ui.messages.size(), 1u);
       EXPECT_EQ(f.ui.messages[0].text, c.message);
       EXPECT_EQ(f.ui.messages[0].icon, Icon::Critical);
       EXPECT_TRUE(f.Failed());
@@ -203,39 +200,33 @@ TEST(PatternKeys, FindTheBlockWithOffsetsAndNameThePatternWhenMissing) {
 TEST(TotalsCheck, ReportsEachDifferenceOnceAndCountsTheTotals) {
   struct Case {
     std::string printed;  // department 200's printed total
-    std::vector<std::string> messages;
-    std::uint64_t differing;
+    Strings messages;
   } cases[] = {
-      {"200.00", {}, 0},
+      {"200.00", {}},
       {"999.00",
        {"Error in Table 1 : Total on line 12 does not match its rows in column C: printed "
-        "999.00, sum of the rows 200.00"},
-       1},
-      // A blank total is no total: nothing compared.
-      {"", {}, 0},
+        "999.00, sum of the rows 200.00"}},
+      {"", {}},  // a blank total is no total: nothing compared
   };
   for (const Case& c : cases) {
     for (const bool csv : {false, true}) {
+      SCOPED_TRACE("'" + c.printed + (csv ? "' (csv)" : "' (sheet)"));
       ExtractFixture f;
       f.UseReport(Ledger(c.printed));
       clsTable table = LedgerTable({MakeColumn(1, 10, "A"), MakeColumn(29, 38, "C")});
       table.KeepLinesMatching = "^[0-9]{4} ";
       table.TotalLinesMatching = "DEPT TOTAL";
       f.Run(table, csv);
-      // Department 100's rows (0999 is above its heading but after the block start: the rows
-      // since the block's start) sum 155.50 against the printed 150.50: always a difference.
-      std::vector<std::string> expected = {
+      // Department 100's total is compared with the rows since the block's start, 0999 included:
+      // 155.50 against the printed 150.50, always a difference.
+      Strings expected = {
           "Error in Table 1 : Total on line 8 does not match its rows in column C: printed "
           "150.50, sum of the rows 155.50"};
       expected.insert(expected.end(), c.messages.begin(), c.messages.end());
-      std::vector<std::string> shown;
-      for (const auto& m : f.ui.messages) {
-        EXPECT_EQ(m.icon, Icon::Exclamation) << m.text;
-        shown.push_back(m.text);
-      }
-      EXPECT_EQ(shown, expected) << c.printed;
+      EXPECT_EQ(f.ui.Texts(), expected);
+      for (const auto& m : f.ui.messages) EXPECT_EQ(m.icon, Icon::Exclamation) << m.text;
       EXPECT_EQ(f.ctx->run.tally.totalsChecked, c.printed.empty() ? 1u : 2u);
-      EXPECT_EQ(f.ctx->run.tally.totalsDiffering, 1 + c.differing);
+      EXPECT_EQ(f.ctx->run.tally.totalsDiffering, expected.size());
       EXPECT_FALSE(f.Failed());  // a difference is a warning: the rows are all written
       EXPECT_EQ(Rows(f, table, csv).size(), 4u);
     }
@@ -246,16 +237,15 @@ TEST(TotalsCheck, ReportsEachDifferenceOnceAndCountsTheTotals) {
 // into a count.
 TEST(TotalsCheck, EveryDifferenceIsReported) {
   std::string report = "ACCOUNT   DESCRIPTION           AMOUNT\r\n";
-  std::vector<std::string> expected;
+  Strings expected;
   for (int d = 0; d < 30; ++d) {
     report += Detail("1000", "Cash", "10.00") + "\r\n" + Detail("", "DEPT TOTAL", "99.00") + "\r\n";
     expected.push_back(
         "Error in Table 1 : Total on line " + std::to_string(3 + 2 * d) +
         " does not match its rows in column C: printed 99.00, sum of the rows 10.00");
   }
-  report += "END OF REPORT\r\n";
   ExtractFixture f;
-  f.UseReport(report);
+  f.UseReport(report + "END OF REPORT\r\n");
   clsTable table = LedgerTable({MakeColumn(1, 10, "A"), MakeColumn(29, 38, "C")});
   table.KeepLinesMatching = "^[0-9]{4} ";
   table.TotalLinesMatching = "DEPT TOTAL";
@@ -264,37 +254,45 @@ TEST(TotalsCheck, EveryDifferenceIsReported) {
   EXPECT_EQ(f.ctx->run.tally.totalsDiffering, 30u);
 }
 
-TEST(TotalsCheck, RowsThatAddUpSayNothing) {
-  // Without the unassigned row the first department adds up too.
-  ExtractFixture f;
-  f.UseReport(Ledger());
-  clsTable table = LedgerTable({MakeColumn(1, 10, "A"), MakeColumn(29, 38, "C")});
-  table.KeepLinesMatching = "^[12][0-9]{3} ";
-  table.TotalLinesMatching = "DEPT TOTAL";
-  f.Run(table, true);
-  EXPECT_TRUE(f.ui.messages.empty());
-  EXPECT_EQ(f.ctx->run.tally.totalsChecked, 2u);
-  EXPECT_EQ(f.ctx->run.tally.totalsDiffering, 0u);
+// A UTF-8 report: the carried heading and the total line hold characters beyond ASCII, so their
+// positions count printed columns, as the other fields' do.
+TEST(RowRulesUtf8, CarriedFieldsAndTotalsAreCutByPrintedColumns) {
+  for (const bool csv : {false, true}) {
+    ExtractFixture f;
+    f.ctx->lineProcessor.SetUtf8(true);
+    f.UseReport(CrLf({"TOP", "Dépt: 10 Genève", "1000 Café       12.25", "1010 Thé         7.55",
+                      "Total ééé       19.80", "END"}));
+    clsColumn department = MakeColumn(7, 8, "A");  // "10", after "Dépt: " (6 columns)
+    department.CarryFrom = "^Dépt: ";
+    clsTable table = MakeTable("TOP", 1, "END", -1,
+                               {department, MakeColumn(1, 4, "B"), MakeColumn(16, 21, "C")});
+    table.Number = 1;
+    table.KeepLinesMatching = "^[0-9]";
+    table.TotalLinesMatching = "Total";
+    f.Run(table, csv);
+    // 12.25 + 7.55 against 19.80; cut by bytes the fields would read 12.2, 7.5 and 19.
+    EXPECT_EQ(f.ui.Texts(), Strings{});
+    EXPECT_EQ(f.ctx->run.tally.totalsChecked, 1u);
+    EXPECT_EQ(Rows(f, table, csv), (Strings{"10,1000, 12.25", "10,1010,  7.55"}))
+        << (csv ? "csv" : "sheet");
+  }
 }
 
 TEST(RowRulesBadPatterns, FailTheTableWithTheKeyAndTheLibrarysReason) {
-  struct Case {
-    std::string clsTable::*key;
-    std::string name;
-  } cases[] = {{&clsTable::SkipLinesMatching, "SkipLinesMatching"},
-               {&clsTable::KeepLinesMatching, "KeepLinesMatching"},
-               {&clsTable::TotalLinesMatching, "TotalLinesMatching"},
-               {&clsTable::ReadStartPattern, "ReadStartPattern"}};
-  for (const Case& c : cases) {
+  const std::pair<std::string clsTable::*, std::string> keys[] = {
+      {&clsTable::SkipLinesMatching, "SkipLinesMatching"},
+      {&clsTable::KeepLinesMatching, "KeepLinesMatching"},
+      {&clsTable::TotalLinesMatching, "TotalLinesMatching"},
+      {&clsTable::ReadStartPattern, "ReadStartPattern"}};
+  for (const auto& [key, name] : keys) {
     ExtractFixture f;
     f.UseReport(Ledger());
     clsTable table = LedgerTable();
-    table.*c.key = "([0-9]";
+    table.*key = "([0-9]";
     f.Run(table);
-    ASSERT_EQ(f.ui.messages.size(), 1u) << c.name;
-    EXPECT_EQ(f.ui.messages[0].text.rfind(
-                  "Error in Table 1 : Invalid " + c.name + " pattern: ([0-9] (missing ", 0),
-              0u)
+    ASSERT_EQ(f.ui.messages.size(), 1u) << name;
+    EXPECT_TRUE(f.ui.messages[0].text.starts_with("Error in Table 1 : Invalid " + name +
+                                                  " pattern: ([0-9] (missing "))
         << f.ui.messages[0].text;
     EXPECT_TRUE(f.Failed());
     EXPECT_TRUE(f.sink.cells.empty());
@@ -308,100 +306,32 @@ TEST(RowRulesBlankTest, FormFeedsTabsAndBlanksOnly) {
   EXPECT_FALSE(IsFilterBlank("\r"));
 }
 
-}  // namespace
-}  // namespace kroveld::testing
-
-namespace kroveld::testing {
-namespace {
-
 // The quick reading of amounts must give what the general numeric test gives, or leave the text
-// to it.
+// to it: one case for each way the quick reading takes a text or steps aside.
 TEST(QuickAmounts, AgreeWithTheNumericTestOrStepAside) {
   const NumberLocale loc;  // '.', ',' and "$"
-  struct Case {
-    const char* text;
-    bool quick;  // read by the quick path
-  } cases[] = {
-      {"  12,500.00 ", true},
-      {"(450.00)", true},
-      {"-3.5", true},
-      {"0", true},
-      {"1234567.8901", true},
-      {"  (1,234)  ", true},
-      {"007", true},
-      {"1,2,3", false},
-      {"12,34.00", false},
-      {"1,234,", false},
-      {"1.", false},
-      {".5", false},
-      {"1.23456", false},
-      {"$5.00", false},
-      {"5-", false},
-      {"(5", false},
-      {"1e3", false},
-      {"", false},
-      {"   ", false},
-      {"12 34", false},
-      {"999999999999999", false},
-  };
-  for (const Case& c : cases) {
-    Fixed4 quick;
+  const char* quick[] = {"  12,500.00 ", "(450.00)",    "-3.5", "0",
+                         "1234567.8901", "  (1,234)  ", "007"};
+  const char* aside[] = {
+      "1,2,3", "12,34.00", "1,234,", "1.",  ".5",    "1.23456", "$5.00",
+      "5-",    "(5",       "1e3",    "   ", "12 34", "",        "999999999999999"};
+  for (const char* text : quick) {
+    Fixed4 fast;
     Fixed4 general;
-    const bool read = QuickFixed(c.text, quick, loc);
-    EXPECT_EQ(read, c.quick) << c.text;
-    if (read) {
-      ASSERT_EQ(ParseFixed(c.text, general, loc), NumberParse::kOk) << c.text;
-      EXPECT_EQ(quick.raw, general.raw) << c.text;
-    }
+    ASSERT_TRUE(QuickFixed(text, fast, loc)) << text;
+    ASSERT_EQ(ParseFixed(text, general, loc), NumberParse::kOk) << text;
+    EXPECT_EQ(fast.raw, general.raw) << text;
+  }
+  for (const char* text : aside) {
+    Fixed4 fast;
+    EXPECT_FALSE(QuickFixed(text, fast, loc)) << text;
   }
 }
-
-}  // namespace
-}  // namespace kroveld::testing
-
-namespace kroveld::testing {
-namespace {
-
-// A UTF-8 report: the carried heading and the total line hold characters beyond ASCII, so their
-// positions count printed columns, as the other fields' do.
-TEST(RowRulesUtf8, CarriedFieldsAndTotalsAreCutByPrintedColumns) {
-  for (const bool csv : {false, true}) {
-    ExtractFixture f;
-    f.ctx->lineProcessor.SetUtf8(true);
-    f.UseReport(
-        "TOP\r\n"
-        "Dépt: 10 Genève\r\n"
-        "1000 Café       12.25\r\n"
-        "1010 Thé         7.55\r\n"
-        "Total ééé       19.80\r\n"
-        "END\r\n");
-    clsColumn department = MakeColumn(7, 8, "A");  // "10", after "Dépt: " (6 columns)
-    department.CarryFrom = "^Dépt: ";
-    clsTable table = MakeTable("TOP", 1, "END", -1,
-                               {department, MakeColumn(1, 4, "B"), MakeColumn(16, 21, "C")});
-    table.Number = 1;
-    table.KeepLinesMatching = "^[0-9]";
-    table.TotalLinesMatching = "Total";
-    f.Run(table, csv);
-    EXPECT_TRUE(f.ui.messages.empty()) << f.ui.messages[0].text;
-    // 12.25 + 7.55 against 19.80; cut by bytes the fields would read 12.2, 7.5 and 19.
-    EXPECT_EQ(f.ctx->run.tally.totalsChecked, 1u);
-    const Strings expected = csv ? Strings{"10,1000, 12.25", "10,1010,  7.55"}
-                                 : Strings{"10|1000| 12.25", "10|1010|  7.55"};
-    EXPECT_EQ(Rows(f, table, csv), expected) << (csv ? "csv" : "sheet");
-  }
-}
-
-}  // namespace
-}  // namespace kroveld::testing
-
-namespace kroveld::testing {
-namespace {
 
 // What the rules made of each line: row or not, and the carried line it left.
 struct Verdicts {
-  std::vector<std::string> lines;
-  std::vector<std::string> messages;
+  Strings lines;
+  Strings messages;
   std::uint64_t checked = 0;
   std::uint64_t differing = 0;
 };
@@ -412,15 +342,8 @@ Verdicts RunRules(const clsTable& table, const std::string& report, bool inPlace
   std::string error;
   EXPECT_TRUE(rules.Prepare(table, 8, false, error)) << error;
   // The lines as views into the report, or each a copy of its own.
-  std::vector<std::string_view> views;
-  std::size_t from = 0;
-  for (std::size_t i = 0; i < report.size(); ++i) {
-    if (report[i] != '\r' && report[i] != '\n') continue;
-    views.emplace_back(report.data() + from, i - from);
-    if (report[i] == '\r' && i + 1 < report.size() && report[i + 1] == '\n') ++i;
-    from = i + 1;
-  }
-  std::vector<std::string> copies(views.begin(), views.end());
+  const std::vector<std::string_view> views = LinesOf(report);
+  const Strings copies(views.begin(), views.end());
   if (inPlace) rules.ReadsFrom(report);
   Verdicts v;
   for (std::size_t i = 0; i < views.size(); ++i) {
@@ -430,7 +353,7 @@ Verdicts RunRules(const clsTable& table, const std::string& report, bool inPlace
     if (rules.HasMessages()) rules.ShowMessages(*f.ctx);
   }
   rules.Finish(*f.ctx);
-  for (const auto& m : f.ui.messages) v.messages.push_back(m.text);
+  v.messages = f.ui.Texts();
   v.checked = f.ctx->run.tally.totalsChecked;
   v.differing = f.ctx->run.tally.totalsDiffering;
   return v;
@@ -459,20 +382,10 @@ TEST(RowRulesInPlace, DecideAsForLinesReadOneByOne) {
                      (dept % 8 != 0 ? 100 : 0)};
     std::string total = FormatGrouped(sum, 2);
     total.insert(0, 16 - total.size(), ' ');
-    switch (dept % 4) {
-      case 0:
-        report += "          DEPT TOTAL" + total + "\r\n";
-        break;
-      case 1:
-        report += "DEPT\fTOTAL\r\n";
-        break;  // no amount printed
-      case 2:
-        report += "          DEPT TOTAL\r\n";
-        break;  // empty columns
-      default:
-        report += "      GRAND DEPT TOTAL\n";
-        break;  // literal at the end
-    }
+    // With an amount, with none printed, with empty columns, with the literal at the line's end.
+    const std::string totals[] = {"          DEPT TOTAL" + total + "\r\n", "DEPT\fTOTAL\r\n",
+                                  "          DEPT TOTAL\r\n", "      GRAND DEPT TOTAL\n"};
+    report += totals[dept % 4];
   }
   clsColumn department = MakeColumn(8, 10, "B");
   department.CarryFrom = "^ *DEPT [0-9]";
@@ -492,44 +405,6 @@ TEST(RowRulesInPlace, DecideAsForLinesReadOneByOne) {
   // The report is built to give some of each: rows, passed-over lines, totals that differ.
   EXPECT_GT(apart.differing, 0u);
   EXPECT_GT(apart.checked, apart.differing);
-}
-
-}  // namespace
-}  // namespace kroveld::testing
-
-namespace kroveld::testing {
-namespace {
-
-// The quick CSV rows write a carried field once per heading: every row must still show the
-// heading above it, and a carried "=" value still warns on each row that writes it.
-TEST(CarriedColumns, ManyRowsUnderChangingHeadingsInCsv) {
-  std::string report = "TOP\r\n";
-  Strings expected;
-  int rowsUnderEqualSign = 0;
-  for (int d = 1; d <= 6; ++d) {
-    const std::string dept = d == 4 ? "=40" : std::to_string(d * 100);
-    report += "DEPT: " + dept + "\r\n";
-    for (int r = 0; r < 25 * d; ++r) {
-      const std::string account = std::to_string(1000 + d * 100 + r);
-      report += account + " item\r\n";
-      expected.push_back(account + "," + dept);
-      if (d == 4) ++rowsUnderEqualSign;
-    }
-  }
-  report += "END\r\n";
-  ExtractFixture f;
-  f.ui.SetAlwaysDue(false);  // no status text between rows: the quick CSV path takes them
-  f.UseReport(report);
-  clsColumn department = MakeColumn(7, 9, "B");
-  department.CarryFrom = "^DEPT: ";
-  clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 4, "A"), department});
-  table.KeepLinesMatching = "^[0-9]{4} ";
-  f.Run(table, true);
-  EXPECT_EQ(f.sink.rows, expected);
-  int warnings = 0;
-  for (const auto& m : f.ui.messages) warnings += m.icon == Icon::Critical ? 1 : 0;
-  EXPECT_EQ(warnings, rowsUnderEqualSign);
-  EXPECT_EQ(f.ui.messages.size(), static_cast<std::size_t>(rowsUnderEqualSign));
 }
 
 }  // namespace

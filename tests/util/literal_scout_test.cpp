@@ -10,22 +10,10 @@
 #include <string_view>
 #include <vector>
 
+#include "support/report_lines.h"
+
 namespace kroveld {
 namespace {
-
-// The lines of `block` (ended by CR LF, LF or a lone CR) as views into it.
-std::vector<std::string_view> Lines(const std::string& block) {
-  std::vector<std::string_view> lines;
-  std::size_t from = 0;
-  for (std::size_t i = 0; i < block.size(); ++i) {
-    if (block[i] != '\r' && block[i] != '\n') continue;
-    lines.emplace_back(block.data() + from, i - from);
-    if (block[i] == '\r' && i + 1 < block.size() && block[i + 1] == '\n') ++i;
-    from = i + 1;
-  }
-  if (from < block.size()) lines.emplace_back(block.data() + from, block.size() - from);
-  return lines;
-}
 
 bool Holds(std::string_view line, const std::string& literal, LiteralScout::Kind kind) {
   if (kind == LiteralScout::Kind::Literal) return line.find(literal) != std::string_view::npos;
@@ -38,7 +26,7 @@ void ExpectSameAnswers(const std::string& block, const std::string& literal,
   LiteralScout scout;
   scout.Reset(block, literal, kind);
   int line = 0;
-  for (const std::string_view text : Lines(block)) {
+  for (const std::string_view text : testing::LinesOf(block)) {
     ++line;
     EXPECT_EQ(scout.Holds(text), Holds(text, literal, kind))
         << "'" << literal << "' on line " << line << ": '" << text.substr(0, 60) << "'";
@@ -91,7 +79,7 @@ TEST(LiteralScout, RareLiteralsFarBeyondOneSearchAreFoundAndMissedAlike) {
 
 TEST(LiteralScout, LinesOutsideTheBlockOrOutOfOrderAreSearchedByThemselves) {
   const std::string block = "one TOTAL\r\ntwo\r\nthree TOTAL\r\nfour\r\n";
-  const std::vector<std::string_view> lines = Lines(block);
+  const std::vector<std::string_view> lines = testing::LinesOf(block);
   LiteralScout scout;
   scout.Reset(block, "TOTAL");
   EXPECT_FALSE(scout.Holds(lines[1]));
