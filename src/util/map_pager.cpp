@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 
 #ifndef MADV_POPULATE_READ
 #define MADV_POPULATE_READ 22  // Linux 5.14
@@ -69,8 +70,9 @@ void MapPager::Release(std::size_t from, std::size_t to) const {
 
 void MapPager::Populate(std::size_t from, std::size_t to) const {
   char* const start = const_cast<char*>(map_) + from;
-  if (::madvise(start, to - from, MADV_POPULATE_READ) == 0) return;
-  // An older kernel: reading one byte of each page maps it all the same.
+  if (::madvise(start, to - from, MADV_POPULATE_READ) == 0 || errno != EINVAL) return;
+  // An older kernel: reading one byte of each page maps it all the same. (Any other failure, a
+  // file cut short meanwhile among them, is left to the reader to meet.)
   volatile char sink = 0;
   for (std::size_t at = from; at < to; at += PageSize()) sink = sink + map_[at];
 }
@@ -90,13 +92,26 @@ void MapPager::Run() {
     lock.unlock();
     Release(from, to);
     ready = std::max(ready, PageFloor(at));
-    const std::size_t want = std::min(size_, at + kAhead);
-    while (ready < want) {
-      const std::size_t end = std::min(want, ready + kStep);
-      Populate(ready, end);
+    for (;;) {
+      std::size_t start = 0, end = 0;
+      {
+        // Where the reader is now: what it has passed meanwhile is not made ready any more.
+        std::lock_guard look(mutex_);
+        if (stopping_) return;
+        ready = std::max({ready, PageFloor(at_), released_});
+        end = std::min({size_, at_ + kAhead, ready + kStep});
+        start = ready;
+      }
+      if (start >= end) break;
+      Populate(start, end);
       ready = end;
-      std::lock_guard look(mutex_);
-      if (stopping_) return;
+      // Pages the reader gave back while they were being made ready go again.
+      std::size_t again = start;
+      {
+        std::lock_guard look(mutex_);
+        again = std::min(end, std::max(start, released_));
+      }
+      Release(start, again);
     }
     lock.lock();
   }
