@@ -115,11 +115,16 @@ class MainWindowTest : public QObject {
       dialog.findChild<QLineEdit*>(QStringLiteral("txtTabSize"))->setText(QStringLiteral("4"));
       dialog.findChild<QLineEdit*>(QStringLiteral("txtSheetTarget"))->setText(QString());
       dialog.findChild<QCheckBox*>(QStringLiteral("cbShowExcel"))->setChecked(false);
+      auto* encoding = dialog.findChild<QComboBox*>(QStringLiteral("cboInputEncoding"));
+      QCOMPARE(encoding->accessibleName(), QStringLiteral("cboInputEncoding"));
+      QCOMPARE(encoding->currentData().toString(), QString());  // as the recipe says
+      encoding->setCurrentIndex(encoding->findData(QStringLiteral("utf-8")));
       dialog.findChild<QPushButton*>(QStringLiteral("cmdApply"))->click();
       QVERIFY(!dialog.isVisible());
     }
     QCOMPARE(owner.lTabSize, 4);
     QVERIFY(!owner.bShowExcel);
+    QCOMPARE(owner.sInputEncoding, std::string("utf-8"));
     QCOMPARE(owner.sSheetTarget, std::string());
     // Apply writes no file; the main window's unload does.
     QVERIFY(!Read(s.Config()).contains("lTabSize"));
@@ -203,19 +208,6 @@ class MainWindowTest : public QObject {
     QCOMPARE(s.Find<QComboBox>("cbOutputFile")->itemText(0), output);
     QCOMPARE(s.settings->recipes.Items().back(),
              (kExamples + QStringLiteral("trial-balance.rcp")).toStdString());
-  }
-
-  // The input encoding is chosen in the options dialog like the other settings.
-  void InputEncodingInTheOptionsDialog() {
-    Session s;
-    OptionsDialog dialog(*s.settings, s.port);
-    auto* encoding = dialog.findChild<QComboBox*>(QStringLiteral("cboInputEncoding"));
-    QVERIFY(encoding != nullptr);
-    QCOMPARE(encoding->accessibleName(), QStringLiteral("cboInputEncoding"));
-    QCOMPARE(encoding->currentData().toString(), QString());  // as the recipe says
-    encoding->setCurrentIndex(encoding->findData(QStringLiteral("utf-8")));
-    dialog.findChild<QPushButton*>(QStringLiteral("cmdApply"))->click();
-    QCOMPARE(s.settings->sInputEncoding, std::string("utf-8"));
   }
 
   // Pause during the second file of three: the batch stops before the third.
