@@ -152,11 +152,9 @@ TEST(Preview, MessagesAreCollectedUnderTheirSectionWithTheRecipeLineToShow) {
   }
   // The recipe check's notes on the text as typed follow, each on its line; a note alone is not
   // a message against the run.
-  const PreviewResult typo = RunPreview(
-      {CrLf({"[Header]", "Product=KRO-B", "FileType=RECIPE", "FileFormat=1.0", "", "[Table 1]",
-             "ReadStartLine=ITEMS", "ReadStartLinOffset=1", "ReadEndLine=END",
-             "ReadEndLineOffset=-1", "Parsing=xxxxx xxxxxxx", "WriteColumn=B"}),
-       work.File("r.rcp"), report, 8, 100});
+  std::string typed = ShortRecipe();
+  typed.replace(typed.find("ReadStartLineOffset"), 19, "ReadStartLinOffset");
+  const PreviewResult typo = RunPreview({typed, work.File("r.rcp"), report, 8, 100});
   ASSERT_FALSE(typo.messages.empty());
   const PreviewMessage& note = typo.messages.back();
   EXPECT_TRUE(note.note);
