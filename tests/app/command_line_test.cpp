@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "app/cli_command_line.h"
 #include "app/help_text.h"
 #include "app/slash_command_line.h"
@@ -81,20 +79,12 @@ TEST(SlashCommandLine, EmptyTextIsNoJobAndBlanksAreAJob) {
   EXPECT_TRUE(options.bClearOutputFileBeforeProcessing);
 }
 
-TEST(ConventionalCommandLine, RelativePathsBecomeAbsoluteAndFlagsApply) {
+// Paths, -r, -s and -g are checked through the binary, whose messages name absolute paths.
+TEST(ConventionalCommandLine, FlagsApply) {
   clsConversionOptions options;
-  const auto r =
-      ParseConventionalCommandLine({"-i", "in/*.txt", "--output", "out/*.csv", "-r", "x.rcp", "-s",
-                                    "-g", "-e", "--no-clear", "-w", "Budget", "-t", "4", "-v"},
-                                   options);
+  const auto r = ParseConventionalCommandLine(
+      {"-i", "a", "-o", "b.csv", "-e", "--no-clear", "-w", "Budget", "-t", "4", "-v"}, options);
   ASSERT_TRUE(r.job) << r.err;
-  const std::string cwd = std::filesystem::current_path().string();
-  EXPECT_EQ(options.sInputFile, cwd + "/in/*.txt");
-  EXPECT_EQ(options.sOutputFile, cwd + "/out/*.csv");
-  EXPECT_EQ(options.sRecipeFile, cwd + "/x.rcp");
-  EXPECT_TRUE(options.bUseRecipe);
-  EXPECT_TRUE(options.bDoSubfolders);
-  EXPECT_TRUE(options.bSaveInOriginalFolder);
   EXPECT_TRUE(options.bShowExcel);
   EXPECT_FALSE(options.bClearOutputFileBeforeProcessing);
   EXPECT_EQ(options.sSheetTarget, "Budget");
