@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 
 #include "engine/context.h"
 #include "jobs/conversion_job.h"
@@ -46,20 +47,13 @@ std::string ShortRecipe(std::string_view topKey = "ITEMS") {
 class TmpDirScope {
  public:
   explicit TmpDirScope(const std::string& dir) {
-    if (const char* old = std::getenv("TMPDIR")) saved_ = old, had_ = true;
+    if (const char* old = std::getenv("TMPDIR")) saved_ = old;
     ::setenv("TMPDIR", dir.c_str(), 1);
   }
-  ~TmpDirScope() {
-    if (had_) {
-      ::setenv("TMPDIR", saved_.c_str(), 1);
-    } else {
-      ::unsetenv("TMPDIR");
-    }
-  }
+  ~TmpDirScope() { saved_ ? ::setenv("TMPDIR", saved_->c_str(), 1) : ::unsetenv("TMPDIR"); }
 
  private:
-  std::string saved_;
-  bool had_ = false;
+  std::optional<std::string> saved_;
 };
 
 TEST(Preview, ExampleGivesTheCellsARealConversionWrites) {

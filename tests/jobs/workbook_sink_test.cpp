@@ -19,16 +19,6 @@ using testing::ReadWithPython;
 using testing::TempDir;
 using testing::WriteFile;
 
-// Saves a workbook holding "old content" at `path` and gives its bytes, for the tests that
-// check a failed or stopped save leaves it alone.
-std::string SaveOldContent(const std::string& path) {
-  WorkbookSink sink;
-  sink.Open(path, false);
-  sink.SetCell(1, 1, 1, "old content");
-  EXPECT_TRUE(sink.Save()) << sink.Error();
-  return ReadFile(path);
-}
-
 // What a conversion typically leaves: renamed sheets, the standard font, text and numbers.
 void FillLikeAConversion(WorkbookSink& sink) {
   sink.RenameSheet(1, "Detail (P1)");
@@ -112,7 +102,11 @@ TEST_P(WorkbookFormats, UnreadableOutputIsKeptAsBak) {
 TEST(WorkbookSink, ATableBeyondTheLastRowIsRefusedBeforeWritingAndKeepsTheOldFile) {
   TempDir dir;
   const std::string path = dir.File("big.xlsx");
-  const std::string before = SaveOldContent(path);
+  WorkbookSink old;
+  old.Open(path, false);
+  old.SetCell(1, 1, 1, "old content");
+  ASSERT_TRUE(old.Save()) << old.Error();
+  const std::string before = ReadFile(path);
   WorkbookSink sink;
   sink.Open(path, false);
   sink.SetCell(1, kMaxSheetRows, 1, "last that fits");
