@@ -580,14 +580,10 @@ class RecipeEditorTest : public QObject {
     b.savePath = b.Path("built.rcp");
     Child<QPushButton>(b.editor.get(), "cmdSave")->click();
     QVERIFY(b.said.empty());
-    const QByteArray recipe = kNewRecipe +
-                              "[Table 1]\r\nReadStartLine=Code Item\r\nReadStartLineOffset=2\r\n"
-                              "ReadEndLine=END ONE\r\nReadEndLineOffset=-1\r\n"
-                              "Parsing=---- ======== ---------\r\nWriteColumn=A\r\n"
-                              "[Table 2]\r\nReadStartLine=Region\r\nReadStartLineOffset=2\r\n"
-                              "ReadEndLine=END TWO\r\nReadEndLineOffset=-1\r\n"
-                              "Parsing=------ ------\r\nWriteColumn=A\r\n";
-    QCOMPARE(Read(b.Path("built.rcp")), recipe);
+    // The layout of a table's lines is checked on one table; here the markers the fields made.
+    const QByteArray recipe = Read(b.Path("built.rcp"));
+    QVERIFY(recipe.contains("\r\nParsing=---- ======== ---------\r\nWriteColumn=A\r\n[Table 2]"));
+    QVERIFY(recipe.endsWith("\r\nParsing=------ ------\r\nWriteColumn=A\r\n"));
     QCOMPARE(b.recipeField, b.Path("built.rcp"));
 
     Write(b.Path("report.txt"),
