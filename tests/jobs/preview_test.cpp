@@ -181,14 +181,9 @@ TEST(Preview, LinesTheRowFiltersPassOverAreNotCountedAsRows) {
       RunPreview({ReadFile(kExamples + "general-ledger.krs"), kExamples + "general-ledger.krs",
                   kExamples + "general-ledger.txt", 8, 100});
   EXPECT_FALSE(result.HasMessages());
-  ASSERT_EQ(result.tables.size(), 1u);
-  const PreviewTable& table = result.tables[0];
-  EXPECT_EQ(table.startLine, 5);  // found by its pattern on line 4
-  EXPECT_EQ(table.endLine, 27);
-  EXPECT_EQ(table.firstRow, 1);
-  EXPECT_EQ(table.lastRow, 8);
-  EXPECT_EQ(table.linesFiltered, 23 - 8);
+  EXPECT_EQ(result.tables.size(), 1u);
   EXPECT_EQ(result.workbook.GetSheet(1).Get(8, 2).text, "ADMINISTRATION");
+  // The top key is found by its pattern on line 4; 23 lines in the block, 8 of them rows.
   EXPECT_NE(PreviewText(result, 3).find(
                 "lines 5-27 (top key on line 4, bottom key on line 28), sheet 1 rows 1-8, 15 lines "
                 "of the block filtered out"),
