@@ -40,10 +40,12 @@ TEST(Cli, SingleConversionThroughTheConventionalSyntax) {
   EXPECT_EQ(r.status, 0) << r.err;
   EXPECT_EQ(r.err, kTabNote);  // a note only: the run still succeeds
   EXPECT_EQ(ReadFile(w.F("tb.csv")), ExpectedCsv());
-  // The note is shown once per config.ini.
-  r = w.Run({"-i", "trial-balance.txt", "-o", "tb2.csv", "-r", "trial-balance.rcp"});
+  // The note is shown once per config.ini; a log's folders are made.
+  r = w.Run({"-i", "trial-balance.txt", "-o", "tb2.csv", "-r", "trial-balance.rcp", "-l",
+             "logs/a/k.log"});
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(r.err, "");
+  EXPECT_TRUE(fs::is_directory(w.F("logs/a")));
   EXPECT_EQ(ReadFile(w.F("tb2.csv")), ExpectedCsv());
   // Absolute paths typed with backslashes are the same paths.
   r = w.Run({"-i", Backslashed(w.F("trial-balance.txt")), "-o", Backslashed(w.F("tb3.csv")), "-r",
@@ -212,20 +214,17 @@ TEST(Cli, HelpAndRejectedCommandLines) {
   EXPECT_EQ(r.status, 0);
   EXPECT_EQ(r.out, help);
   EXPECT_EQ(r.err, "");
-  // Rejected lines: exit status 2 and the reason on stderr.
-  const std::vector<std::vector<std::string>> bad = {
-      {"-i", "a.txt", "-o", "b.csv", "--frobnicate"},  // unknown option
-      {"report.txt", "out.csv"},                       // stray arguments
-      {"-i", "a.txt"},                                 // no output
-      {"-i", "a.txt", "-o", "a.csv", "-t", "x"},       // tab size not a number
+  // Rejected lines: exit status 2 and the reason on stderr (unknown options: the parser's test).
+  const std::pair<std::vector<std::string>, std::string> bad[] = {
+      {{"report.txt", "out.csv"}, "The following arguments were not expected: out.csv report.txt"},
+      {{"-o", "b.csv"}, "--input is required"},
+      {{"-i", "a.txt"}, "--output is required"},
+      {{"-i", "a.txt", "-o", "a.csv", "-t", "x"}, "Could not convert: --tab-size = x"},
   };
-  for (const auto& args : bad) {
+  for (const auto& [args, reason] : bad) {
     r = w.Run(args);
-    EXPECT_EQ(r.status, 2) << args.back();
-    EXPECT_EQ(r.err.rfind("kroveld: ", 0), 0u) << r.err;
-    if (args.back() == "--frobnicate") {
-      EXPECT_NE(r.err.find("--frobnicate"), std::string::npos);
-    }
+    EXPECT_EQ(r.status, 2) << reason;
+    EXPECT_EQ(r.err, "kroveld: " + reason + "\nRun with --help for more information.\n");
   }
 }
 
@@ -306,21 +305,13 @@ TEST(Cli, NothingIsWrittenBesideTheOutputsAndTheApplicationFiles) {
     }
     for (const auto& out : c.outputs) {
       ASSERT_TRUE(fs::exists(w.F(out))) << out;
-      if (!c.automatic) {
-        EXPECT_EQ(ReadFile(w.F(out)), ExpectedCsv()) << out;
-      }
       expected[w.F(out)] = ReadFile(w.F(out));
     }
     std::vector<std::string> homeFiles = {"ErrorLog.txt", "config.ini"};
     if (c.automatic)
       homeFiles = {"ErrorLog.txt", "_AutoRecipe.rcp", "_ExportSpecs.krs", "config.ini"};
     for (const auto& f : homeFiles) expected[w.home + "/" + f] = ReadFile(w.home + "/" + f);
-    const auto after = Snapshot(w.dir.path());
-    std::vector<std::string> paths, wanted;
-    for (const auto& [path, content] : after) paths.push_back(path);
-    for (const auto& [path, content] : expected) wanted.push_back(path);
-    EXPECT_EQ(paths, wanted);
-    EXPECT_TRUE(after == expected);
+    EXPECT_EQ(Snapshot(w.dir.path()), expected);
   }
 }
 
