@@ -65,19 +65,6 @@ class Consolidation : public ::testing::Test {
   clsCon con;
 };
 
-TEST_F(Consolidation, RepeatedAccountsAreAddedIntoTheFirstRow) {
-  specs().WritePointer2 = 3;
-  con.Process(ctx);
-  EXPECT_TRUE(ui.messages.empty()) << ui.messages[0].text;
-  EXPECT_EQ(con.FirstRowWritten, 3);
-  EXPECT_EQ(Sheet2Row(3), (std::vector<std::string>{"A", "10", "1"}));
-  EXPECT_EQ(Sheet2Row(4), (std::vector<std::string>{"B", "25.5", "5"}));
-  EXPECT_EQ(Sheet2Row(5), (std::vector<std::string>{"C", "7", "4"}));
-  EXPECT_EQ(specs().WritePointer2, 6);
-  EXPECT_EQ(specs().WritePointer1, 1);
-  EXPECT_FALSE(specs().Failed);
-}
-
 // Departments found by patterns in place of key texts, and the messages that name a pattern.
 TEST_F(Consolidation, DepartmentsFoundByPatterns) {
   con.Departments[0].ReadStartLine.clear();

@@ -30,25 +30,6 @@ ColumnSpan S(int start, int end, bool sum = false) {
   return ColumnSpan{start, end, sum};
 }
 
-// A ledger: negatives in parentheses, one row whose two amounts are one blank apart, a label of
-// two words, a blank line and an indented total.
-//          1         2         3         4
-// 1234567890123456789012345678901234567890123456789
-const Lines kLedger = {
-    "1001  Cash                  1,250.00    (12.50)",
-    "1002  Receivables             980.15 (1,300.00)",
-    "1100  Prepaid rent             45.00      75.25",
-    "",
-    "      Total                 2,275.15 (1,237.25)",
-};
-
-// Right-aligned amounts of growing width, with a year-to-date line wider to the left.
-const Lines kAmounts = {
-    "Sales           1,200.00      950.00", "Returns           (45.50)      (3.00)",
-    "Freight            12.00        7.25", "",
-    "Net             1,166.50      954.25", "YTD            21,166.50  100,954.25",
-};
-
 // The pictures of the user page are checked by the UserPage tests below; these are the cases the
 // page does not draw.
 struct AnalyzeCase {
@@ -63,12 +44,10 @@ AnalyzeCase A(const char* what, Lines lines, const char* tmpl, Spans spans) {
 
 TEST(AnalyzeTemplate, CasesThePageDoesNotDraw) {
   const AnalyzeCase cases[] = {
-      A("a template wider than every row keeps its marks", kAmounts,
-        "-------   -------------------   ------------------------", {S(1, 8), S(9, 30), S(31, 56)}),
-      A("leading blanks place the fields; the first still reads from position 1", kLedger,
-        "      ----------            -------- ---------", {S(1, 17), S(18, 37), S(38, 47)}),
-      A("codes ignore case and surrounding blanks", kAmounts, " =r ",
-        {S(1, 6), S(7, 25), S(26, 37)}),
+      A("a template wider than every row keeps its marks", {"ab 12"}, "---   ----   ------",
+        {S(1, 4), S(5, 11), S(12, 19)}),
+      A("codes ignore case and surrounding blanks", {"ab  12 3", "x"}, " =r ",
+        {S(1, 3), S(4, 7), S(8, 8)}),
       // "ab cdefgh" is one stretch of text; the second field may grow to 7 only, so the third
       // still starts at 9. The first cannot grow at all (the second starts two places after it).
       A("widening stops one blank before the next field", {"ab cdefgh  12"}, "== ===  --",

@@ -14,23 +14,6 @@ class TableTest : public ::testing::Test {
   ExtractFixture f;
 };
 
-TEST_F(TableTest, KeysAndOffsetsSelectTheBlockAndMoveThePointer) {
-  f.UseReport(NumberedLines(25, {{10, "== TOP =="}, {20, "== BOTTOM =="}}));
-  f.ctx->recipe.ExportSpecs.WritePointer1 = 5;
-  clsTable table = MakeTable("TOP", 2, "BOTTOM", -1, {MakeColumn(1, 8, "B")});
-  f.Run(table);
-
-  EXPECT_TRUE(f.ui.messages.empty());
-  EXPECT_FALSE(f.Failed());
-  for (int i = 0; i < 8; ++i)
-    EXPECT_EQ("line " + std::to_string(12 + i) + " ", f.sink.At(5 + i, 2));
-  EXPECT_FALSE(f.sink.RowWritten(4));
-  EXPECT_FALSE(f.sink.RowWritten(13));
-  EXPECT_EQ(13, f.Pointer());
-  EXPECT_EQ(5, table.FirstRowWritten);
-  EXPECT_EQ(12, table.LastRowWritten);
-}
-
 TEST_F(TableTest, AFullOutputStopsTheTableAtOnce) {
   f.UseReport(NumberedLines(25, {{10, "== TOP =="}, {20, "== BOTTOM =="}}));
   f.sink.fullFrom = 3;  // the third row is the first the output cannot take

@@ -56,6 +56,7 @@ TEST(TypedColumnRead, BadValuesAreErrorsOfTheColumn) {
        "by . / - or a blank (such as MM/DD/YYYY or DD.MM.YY)!"},
       {{"Type=Number", "DateFormat=DD.MM.YY"},
        "Error in Table 1 Col 1 : DateFormat is only for Type Date!"},
+      {{"DateFormat=DD.MM.YY"}, "Error in Table 1 Col 1 : DateFormat is only for Type Date!"},
   };
   for (const auto& c : cases) {
     ExtractFixture f;
