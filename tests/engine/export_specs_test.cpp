@@ -267,7 +267,6 @@ TEST_F(ExportSpecsProcess, SheetNamesAndFontOnlyForWorkbooks) {
     std::vector<std::pair<int, std::string>> renames;
     std::size_t fonts;
   } cases[] = {
-      {true, "Detail", "Summary", "2", {{1, "Detail (P2)"}, {2, "Summary (P2)"}}, 1},
       {true, "   ", " Sum ", "1-3", {{2, "Sum (P1-3)"}}, 1},
       {false, "Detail", "Summary", "2", {}, 0},
   };

@@ -128,11 +128,8 @@ TEST(Locate, Found) {
         "END OF LISTING", 5, 8, 9, {"END OF LISTING", "ACCOUNT LISTING again"}),
       F("a tab after a full stop is swallowed", CrLf({"TOP", "ABCDEFGH\tX", "AB\tC", "END"}), "TOP",
         1, "END", -1, 8, 2, {"ABCDEFGHX", "AB      C"}),
-      F("start above the key line", mixed, "TOP", -3, "END", 0, 8, 1,
-        {"one", "two", "three", "TOP", "five", "six", "END"}),
-      F("start just above the key line", mixed, "TOP", -1, "END", 0, 8, 3,
+      F("start above the key line", mixed, "TOP", -1, "END", 0, 8, 3,
         {"three", "TOP", "five", "six", "END"}),
-      F("start on the key line", mixed, "TOP", 0, "END", 0, 8, 4, {"TOP", "five", "six", "END"}),
       F("start below the key line", mixed, "TOP", 2, "END", 0, 8, 6, {"six", "END"}),
   };
   TempDir dir;
