@@ -98,12 +98,6 @@ TEST(BlockSurvey, SortsTheLinesOfABlock) {
        {K::kRow, K::kRule, K::kRow, K::kRule, K::kRow, K::kRule},
        false,
        R"(^\s*(={5,}|\+-{5,}|_{5,}))"},
-      {"nothing to skip",
-       {"North       12   1,204.50", "South        3    (88.00)", "  Total     15   1,116.50"},
-       "=",
-       {K::kRow, K::kRow, K::kRow},
-       false,
-       ""},
       {"a group label over its rows and a label wrapped onto two lines stay rows",
        {" By States:", "   Funds            0     12", "   Unemployment    45    102",
         " Supplementary", " Program Account    0      7"},
@@ -160,11 +154,7 @@ TEST(BlockSurvey, LineShapes) {
     bool blank, rule;
     std::string key;
   } cases[] = {
-      {"", true, false, ""},
       {" \f \t", true, false, ""},
-      {"-----", false, true, "-----"},
-      {"  ===  ====", false, true, "=== ===="},
-      {"+----+----+", false, true, "+----+----+"},
       {"--", false, false, "--"},
       {"- 12.00", false, false, "- 9.9"},
       {"**** END ****", false, false, "**** END ****"},

@@ -14,23 +14,6 @@ class TableTest : public ::testing::Test {
   ExtractFixture f;
 };
 
-TEST_F(TableTest, KeysAndOffsetsSelectTheBlockAndMoveThePointer) {
-  f.UseReport(NumberedLines(25, {{10, "== TOP =="}, {20, "== BOTTOM =="}}));
-  f.ctx->recipe.ExportSpecs.WritePointer1 = 5;
-  clsTable table = MakeTable("TOP", 2, "BOTTOM", -1, {MakeColumn(1, 8, "B")});
-  f.Run(table);
-
-  EXPECT_TRUE(f.ui.messages.empty());
-  EXPECT_FALSE(f.Failed());
-  for (int i = 0; i < 8; ++i)
-    EXPECT_EQ("line " + std::to_string(12 + i) + " ", f.sink.At(5 + i, 2));
-  EXPECT_FALSE(f.sink.RowWritten(4));
-  EXPECT_FALSE(f.sink.RowWritten(13));
-  EXPECT_EQ(13, f.Pointer());
-  EXPECT_EQ(5, table.FirstRowWritten);
-  EXPECT_EQ(12, table.LastRowWritten);
-}
-
 TEST_F(TableTest, AFullOutputStopsTheTableAtOnce) {
   f.UseReport(NumberedLines(25, {{10, "== TOP =="}, {20, "== BOTTOM =="}}));
   f.sink.fullFrom = 3;  // the third row is the first the output cannot take
@@ -210,18 +193,16 @@ TEST_F(TableTest, RowsAreTheLinesCountedFromLineOneWhateverTheLineEnds) {
       {"TOP", -3, "e", 0},        // start before the top key line
       {"BOTTOM", 5, "no", 8},     // start after the bottom key line (found first)
       {"zed", 0, "zed", 2},       // the last line, then lines past the end: empty rows
-      {"title", 0, "TOP", 0},
       // Starts before the top key line: stepped back from it when that is nearer than line 1
       // or the bottom key line, otherwise read forward from there.
-      {"c", -1, "zed", 0},      // one line back
-      {"c", -3, "zed", 0},      // three back, four forward: back
-      {"c", -4, "zed", 0},      // as far back as forward from line 1: forward
-      {"c", -8, "zed", 0},      // line 1 itself
-      {"zed", -2, "no", 9},     // back from the top key rather than on from the bottom key
-      {"zed", -10, "b", 10},    // on from line 1 rather than back from the top key
-      {"d", -3, "zed", 0},      // back over CR LF, a lone CR and an empty line
-      {"c", -9, "zed", 0},      // line 0: nothing, silently
-      {"title", -1, "zed", 0},  // the key on line 1, one back: nothing
+      {"c", -1, "zed", 0},    // one line back
+      {"c", -3, "zed", 0},    // three back, four forward: back
+      {"c", -4, "zed", 0},    // as far back as forward from line 1: forward
+      {"c", -8, "zed", 0},    // line 1 itself
+      {"zed", -2, "no", 9},   // back from the top key rather than on from the bottom key
+      {"zed", -10, "b", 10},  // on from line 1 rather than back from the top key
+      {"d", -3, "zed", 0},    // back over CR LF, a lone CR and an empty line
+      {"c", -9, "zed", 0},    // line 0: nothing, silently
   };
   for (const auto& c : cases) {
     ExtractFixture g;
