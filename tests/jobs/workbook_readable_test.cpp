@@ -5,7 +5,9 @@
 #include <gsf/gsf-outfile.h>
 #include <gsf/gsf-output-stdio.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
+#include <cerrno>
 #include <cstring>
 #include <vector>
 
@@ -129,24 +131,36 @@ TEST(ReadableWorkbooks, CharactersXmlCannotCarryReadBackUnchanged) {
   EXPECT_EQ(dumped.sheets[0].cells.at({1, 1}).value, "a_xFFFE_b");
 }
 
-// A stop that arrives while the parts are packed (the last, uninterruptible seconds of a big
-// save) still keeps the file that was there: the writer asks once more after packing.
+// A stop while the parts are packed into the zip keeps the file that was there. The packing runs
+// in a child process and the tick is asked meanwhile, so a big workbook's save ends there and then
+// with nothing of it left behind, no file and no process; a small one, packed before its next
+// turn, is asked once more after the packing.
 TEST(ReadableWorkbooks, StopDuringThePackingKeepsThePreviousFile) {
-  TempDir dir;
-  const std::string path = dir.File("kept.xlsx");
-  testing::WriteFile(path, "the previous output");
-  Workbook book;
-  for (int r = 1; r <= 100; ++r) book.GetSheet(1).SetText(r, 1, "row");
-  std::vector<std::int64_t> asked;
-  const SaveTick stopAfterPacking = [&](std::int64_t written, std::int64_t held) {
-    asked.push_back(written);
-    return written < held;  // rows 64 pass; the call after packing (100 of 100) stops
-  };
-  std::string error;
-  EXPECT_FALSE(WriteXlsx(book, path, error, stopAfterPacking));
-  EXPECT_EQ(asked, (std::vector<std::int64_t>{64, 100}));
-  EXPECT_NE(error.find("was stopped; the file there is kept as it was"), std::string::npos);
-  EXPECT_EQ(testing::ReadFile(path), "the previous output");
+  for (const int rows : {100, 400000}) {
+    SCOPED_TRACE(rows);
+    TempDir dir;
+    const std::string path = dir.File("kept.xlsx");
+    testing::WriteFile(path, "the previous output");
+    Workbook book;
+    for (int r = 1; r <= rows; ++r) {
+      book.GetSheet(1).SetText(r, 1, "row " + std::to_string(r));
+      book.GetSheet(1).SetNumber(r, 2, r * 1.25);
+    }
+    const int stopAt = rows > 100 ? 3 : 1;  // packed in place, a big one would be asked only once
+    int packingTurns = 0;
+    const SaveTick tick = [&](std::int64_t written, std::int64_t held) {
+      return written < held || ++packingTurns < stopAt;
+    };
+    std::string error;
+    EXPECT_FALSE(WriteXlsx(book, path, error, tick));
+    EXPECT_EQ(packingTurns, stopAt);
+    EXPECT_NE(error.find("was stopped; the file there is kept as it was"), std::string::npos);
+    EXPECT_TRUE(testing::ReadFile(path) == "the previous output");  // (no dump of a workbook)
+    EXPECT_EQ(testing::FileNames(dir.path()), std::vector<std::string>{"kept.xlsx"});
+    errno = 0;
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);  // no child left, not even a finished one
+    EXPECT_EQ(errno, ECHILD);
+  }
 }
 
 TEST(XlsxReader, HostileWorkbooksAreRefusedWithoutTheirMemory) {
