@@ -21,6 +21,7 @@
 #include <memory>
 #include <string>
 
+#include "detail_ledger.h"
 #include "engine/context.h"
 #include "jobs/csv/csv_conversion.h"
 
@@ -46,42 +47,18 @@ class QuietPort final : public kroveld::UiPort {
   std::string first;
 };
 
-kroveld::clsColumn Column(int start, int end, const char* letter) {
-  kroveld::clsColumn c;
-  c.ReadColumnStart = start;
-  c.ReadColumnEnd = end;
-  c.WriteColumn = letter;
-  return c;
-}
-
 // A context that converts the detail table of `report`, read as UTF-8 when `utf8`, its amount
 // columns typed `type` (none when empty).
 std::unique_ptr<kroveld::Context> DetailTable(QuietPort& ui, const std::string& report, bool utf8,
                                               const std::string& type = {}) {
   auto ctx = std::make_unique<kroveld::Context>(ui, std::filesystem::current_path().string());
-  ctx->recipe.InputFileNames[0] = report;
-  ctx->recipe.InputFileFirst = 1;
-  ctx->recipe.InputFileLast = 1;
-  ctx->statusPrefix = "Converting";
   ctx->lineProcessor.SetUtf8(utf8);
-  kroveld::clsTable table;
-  table.ReadStartLine = "*** DETAIL LEDGER BEGIN ***";
-  table.ReadStartLineOffset = 1;
-  table.ReadEndLine = "*** DETAIL LEDGER END ***";
-  table.ReadEndLineOffset = -1;
-  const char* letters[] = {"A", "B", "C", "D", "E", "F"};
-  table.Number = 1;
-  for (int c = 0; c < 6; ++c) {
-    table.Columns.push_back(Column(43 + 16 * c, 58 + 16 * c, letters[c]));
-    if (!type.empty()) {
-      table.Columns.back().SetType(ui, type, "", "Table 1 Col " + std::to_string(c + 1));
+  kroveld::clsTable& table = bench::UseDetailLedger(*ctx, report);
+  if (!type.empty()) {
+    for (std::size_t c = 0; c < table.Columns.size(); ++c) {
+      table.Columns[c].SetType(ui, type, "", "Table 1 Col " + std::to_string(c + 1));
     }
   }
-  table.TotalColumns = 6;
-  auto& specs = ctx->recipe.ExportSpecs;
-  specs.Tables.push_back(std::move(table));
-  specs.TableCount = 1;
-  specs.SectionSequenceCollection = {"Table"};
   return ctx;
 }
 

@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <string>
 
+#include "detail_ledger.h"
 #include "engine/context.h"
 #include "jobs/csv/csv_conversion.h"
 
@@ -34,14 +35,6 @@ class QuietPort final : public kroveld::UiPort {
   std::string first;
 };
 
-kroveld::clsColumn Column(int start, int end, const char* letter) {
-  kroveld::clsColumn c;
-  c.ReadColumnStart = start;
-  c.ReadColumnEnd = end;
-  c.WriteColumn = letter;
-  return c;
-}
-
 double CpuSeconds() {
   timespec t{};
   clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
@@ -60,31 +53,18 @@ struct Result {
 Result Convert(const std::string& report, const std::string& output, bool rules) {
   QuietPort ui;
   kroveld::Context ctx(ui, std::filesystem::current_path().string());
-  ctx.recipe.InputFileNames[0] = report;
-  ctx.recipe.InputFileFirst = 1;
-  ctx.recipe.InputFileLast = 1;
-  ctx.statusPrefix = "Converting";
-  kroveld::clsTable table;
-  table.Number = 1;
-  table.ReadStartLine = "*** DETAIL LEDGER BEGIN ***";
-  table.ReadStartLineOffset = 1;
-  table.ReadEndLine = "*** DETAIL LEDGER END ***";
-  table.ReadEndLineOffset = -1;
+  std::vector<kroveld::clsColumn> first;
   if (rules) {
-    kroveld::clsColumn department = Column(14, 17, "G");
-    department.CarryFrom = "^  DEPARTMENT [0-9]";
-    table.Columns.push_back(department);
+    first.push_back(bench::Column(14, 17, "G"));
+    first.back().CarryFrom = "^  DEPARTMENT [0-9]";
+  }
+  kroveld::clsTable& table = bench::UseDetailLedger(ctx, report, std::move(first));
+  if (rules) {
     table.SkipBlankLines = true;
     table.SkipLinesMatching = "^(ACME|DEPARTMENTAL|  Account|  ---|  DEPARTMENT)|TOTAL";
     table.TotalLinesMatching = "DEPARTMENT TOTAL";
   }
-  const char* letters[] = {"A", "B", "C", "D", "E", "F"};
-  for (int c = 0; c < 6; ++c) table.Columns.push_back(Column(43 + 16 * c, 58 + 16 * c, letters[c]));
-  table.TotalColumns = static_cast<int>(table.Columns.size());
   auto& specs = ctx.recipe.ExportSpecs;
-  specs.Tables.push_back(std::move(table));
-  specs.TableCount = 1;
-  specs.SectionSequenceCollection = {"Table"};
 
   Result r;
   const auto t0 = std::chrono::steady_clock::now();

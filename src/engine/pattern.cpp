@@ -210,13 +210,14 @@ std::vector<std::string_view> SplitAlternatives(std::string_view p) {
 
 // The longest literal run a pattern without outer "|" needs, and whether it opens an anchored
 // pattern; empty when there is none to rely on.
-std::string LongestRun(std::string_view p, bool& atStart) {
+// The longest run of literal bytes of an analysed pattern, whether it is the pattern's anchored
+// start, and whether the pattern is nothing but literal bytes.
+std::string LongestRun(const Analysis& a, bool& atStart, bool& allLiteral) {
   atStart = false;
-  const Analysis a = Analyse(p);
-  if (!a.usable) return {};
+  allLiteral = true;
   std::string best;
   std::string run;
-  bool inFirstRun = true;
+  bool inFirstRun = true;  // the run being read starts at the first atom
   for (const Atom& atom : a.atoms) {
     if (atom.literal) {
       run.push_back(atom.c);
@@ -225,11 +226,20 @@ std::string LongestRun(std::string_view p, bool& atStart) {
         atStart = inFirstRun && a.anchoredStart;
       }
     } else {
+      allLiteral = false;
       inFirstRun = false;
       run.clear();
     }
   }
   return best;
+}
+
+std::string LongestRun(std::string_view p, bool& atStart) {
+  atStart = false;
+  const Analysis a = Analyse(p);
+  if (!a.usable) return {};
+  bool allLiteral = false;
+  return LongestRun(a, atStart, allLiteral);
 }
 
 // Whether a pattern without outer "|" is nothing but literal bytes, perhaps after a "^": a line
@@ -361,22 +371,8 @@ bool Pattern::Compile(std::string_view text, std::string& error) {
     return true;
   }
   // The longest run of literal bytes is what the prefilter looks for.
-  std::string run;
   bool allLiteral = true;
-  bool inFirstRun = true;  // the run being read starts at the first atom
-  for (const Atom& atom : a.atoms) {
-    if (atom.literal) {
-      run.push_back(atom.c);
-      if (run.size() > required_.size()) {
-        required_ = run;
-        requiredAtStart_ = inFirstRun && a.anchoredStart;
-      }
-    } else {
-      allLiteral = false;
-      inFirstRun = false;
-      run.clear();
-    }
-  }
+  required_ = LongestRun(a, requiredAtStart_, allLiteral);
   if (allLiteral && !required_.empty()) {
     if (a.anchoredStart && a.anchoredEnd) {
       kind_ = Kind::WholeLiteral;

@@ -1,8 +1,5 @@
 #include "jobs/write_report.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include "jobs/csv/csv_conversion.h"
 #include "jobs/workbook/workbook_sink.h"
 #include "util/files.h"
@@ -94,11 +91,7 @@ void WriteWorkbook(Context& ctx) {
 }  // namespace
 
 void SyncOutputs(const std::string& anyOutput) {
-  const std::string folder = NativePath(ParentFolderName(anyOutput));
-  const int fd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (fd < 0) return;
-  ::syncfs(fd);
-  ::close(fd);
+  SyncFolderOf(anyOutput, true);
 }
 
 void WriteReport(Context& ctx, bool csv) {

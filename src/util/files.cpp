@@ -52,6 +52,18 @@ std::string LastErrorText() {
   return std::strerror(errno);
 }
 
+void SyncFolderOf(std::string_view path, bool wholeFileSystem) {
+  const std::string folder = FolderOfPath(NativePath(path));
+  const int fd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  if (wholeFileSystem) {
+    ::syncfs(fd);
+  } else {
+    ::fsync(fd);
+  }
+  ::close(fd);
+}
+
 bool FileExists(std::string_view path) {
   const std::string_view trimmed = Trim(path);
   struct stat st {};
@@ -223,16 +235,6 @@ AtomicFile::~AtomicFile() {
 namespace {
 
 constexpr std::string_view kTempMark = ".kroveld-";
-
-// Flushes the folder holding the native path `path`, so a file renamed into it stays there after
-// a crash. Best effort: the file itself is already on the disk.
-void SyncFolderOf(const std::string& path) {
-  const std::string folder = FolderOfPath(path);
-  const int fd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (fd < 0) return;
-  ::fsync(fd);
-  ::close(fd);
-}
 
 // ".NAME.kroveld-PID-TAIL" beside the native path `target`: hidden, and naming the process that
 // writes it, so RemoveStaleTempFiles can tell one left by a process that is gone.

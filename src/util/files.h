@@ -147,4 +147,8 @@ class AtomicFile {
 // Text of errno for messages.
 std::string LastErrorText();
 
+// Flushes the folder holding `path` to the disk, so that a file renamed into it stays after a
+// crash; with wholeFileSystem, everything written to the file system it lies on. Best effort.
+void SyncFolderOf(std::string_view path, bool wholeFileSystem = false);
+
 }  // namespace kroveld

@@ -24,16 +24,20 @@ void FillTyped(WorkbookSink& sink) {
   sink.SetValue(1, 2, 1, {Kind::kEmpty, 0, ""});  // empties the cell
 }
 
+void WriteTyped(const std::string& path) {
+  WorkbookSink sink;
+  sink.Open(path, false);
+  FillTyped(sink);
+  ASSERT_TRUE(sink.Save()) << sink.Error();
+}
+
 class TypedWorkbook : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(TypedWorkbook, OtherReadersSeeNumbersTextAndDates) {
   if (!testing::HavePythonModules("xlrd, openpyxl")) GTEST_SKIP() << "python3 readers missing";
   TempDir dir;
   const std::string path = dir.File(std::string("typed") + GetParam());
-  WorkbookSink sink;
-  sink.Open(path, false);
-  FillTyped(sink);
-  ASSERT_TRUE(sink.Save()) << sink.Error();
+  ASSERT_NO_FATAL_FAILURE(WriteTyped(path));
   const testing::DumpedBook book = ReadWithPython(path);
   ASSERT_FALSE(book.sheets.empty());
   testing::ExpectCells(book.sheets[0],
@@ -48,12 +52,7 @@ TEST_P(TypedWorkbook, OtherReadersSeeNumbersTextAndDates) {
 TEST_P(TypedWorkbook, DatesStayDatesWhenTheOutputIsReadAgain) {
   TempDir dir;
   const std::string path = dir.File(std::string("typed") + GetParam());
-  {
-    WorkbookSink sink;
-    sink.Open(path, false);
-    FillTyped(sink);
-    ASSERT_TRUE(sink.Save()) << sink.Error();
-  }
+  ASSERT_NO_FATAL_FAILURE(WriteTyped(path));
   WorkbookSink again;
   again.Open(path, false);
   const CellView date = again.Model().GetSheet(1).Get(1, 4);

@@ -37,7 +37,6 @@ class QtPort final : public UiPort {
   }
 
   void ShowMessage(std::string_view text, Icon icon, std::string_view title) override;
-  void ShowNote(std::string_view text) override { ShowMessage(text, Icon::Information, {}); }
   bool Ask(std::string_view text, Icon icon, std::string_view title) override;
   void Status(int panel, std::string_view text) override;
   std::string Caption() const override;

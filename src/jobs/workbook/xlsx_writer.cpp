@@ -241,11 +241,14 @@ bool WriteXlsx(const Workbook& book, const std::string& path, std::string& error
       }
     }
   }
-  const std::optional<lxw_error> packed =
-      stopped ? std::optional<lxw_error>(LXW_NO_ERROR) : PackWorkbook(wb, tick, held);
-  if (stopped) lxw_workbook_free(wb);
-  // A stop asked for during the packing, or in its last moments, keeps the file there.
-  if (!packed || (!stopped && tick && !tick(held, held))) stopped = true;
+  std::optional<lxw_error> packed;
+  if (stopped) {
+    lxw_workbook_free(wb);  // nothing to pack
+  } else {
+    packed = PackWorkbook(wb, tick, held);
+    // A stop asked for during the packing, or in its last moments, keeps the file there.
+    stopped = !packed || (tick && !tick(held, held));
+  }
   if (stopped) {
     error = "Saving " + path + " was stopped; the file there is kept as it was";
     return false;
