@@ -262,8 +262,4 @@ void RowRules::ShowMessages(Context& ctx) {
   messages_.clear();
 }
 
-void RowRules::Finish(Context& ctx) {
-  ShowMessages(ctx);
-}
-
 }  // namespace kroveld

@@ -61,9 +61,6 @@ class RowRules {
   // True when every carried line is ASCII (a UTF-8 line beyond it is cut by printed columns).
   bool CarriedAscii() const { return carriedAscii_; }
 
-  // At the end of the pass: the differences held, and those counted but not shown one by one.
-  void Finish(Context& ctx);
-
  private:
   void AddRow(std::string_view line);
   void CheckTotals(Context& ctx, std::int64_t lineNumber, std::string_view line);

@@ -138,7 +138,7 @@ void TableRowWriter::Finish() {
   for (std::size_t c = 0; c < table_.Columns.size(); ++c) {
     table_.Columns[c].NoteKeptAsText(ctx_.ui, table_.Number, static_cast<int>(c) + 1);
   }
-  if (rules_ != nullptr) rules_->Finish(ctx_);
+  if (rules_ != nullptr) rules_->ShowMessages(ctx_);
   ctx_.run.tally.rowsWritten += static_cast<std::uint64_t>(rowIndex_);
   ctx_.recipe.ExportSpecs.setWritePointer(ctx_.ui, 1, baseRow_ + rowIndex_);
   table_.FirstRowWritten = baseRow_;

@@ -352,7 +352,7 @@ Verdicts RunRules(const clsTable& table, const std::string& report, bool inPlace
     v.lines.push_back((row ? "row " : "--- ") + std::string(rules.CarriedLine(1)));
     if (rules.HasMessages()) rules.ShowMessages(*f.ctx);
   }
-  rules.Finish(*f.ctx);
+  rules.ShowMessages(*f.ctx);
   v.messages = f.ui.Texts();
   v.checked = f.ctx->run.tally.totalsChecked;
   v.differing = f.ctx->run.tally.totalsDiffering;
