@@ -54,7 +54,7 @@ class TabNote {
     }
     search_ = std::async(std::launch::async,
                          [path = ctx.currentInput] { return FileContainsByte(path, '\t'); });
-    ctx.ui.ShowFirst([this] {
+    ctx.ui.ShowFirst(this, [this] {
       if (search_.get()) WarnAboutTabsInFile(ctx_, host_);
     });
   }

@@ -9,6 +9,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kroveld {
 
@@ -54,17 +55,22 @@ class UiPort {
     return Ask(text, icon, title);
   }
   // Something to be shown before whatever the port shows next, but not known yet (the tab note
-  // while a second thread still looks for tabs): `settle` runs once, at the next message, note or
-  // question, or at Settle(), whichever comes first. Its owner calls Settle() before it goes.
-  void ShowFirst(std::function<void()> settle) {
-    Settle();
-    pending_ = std::move(settle);
+  // while a second thread still looks for tabs, differences a second thread still looks for):
+  // `settle` runs once, at the next message, note or question, or at Settle(), whichever comes
+  // first. What several owners hold back runs in the order it was held. An owner that goes first
+  // calls Settle() or Withdraw().
+  void ShowFirst(const void* owner, std::function<void()> settle) {
+    held_.push_back(Held{owner, std::move(settle)});
+  }
+  void Withdraw(const void* owner) {
+    std::erase_if(held_, [owner](const Held& h) { return h.owner == owner; });
   }
   void Settle() {
-    if (!pending_) return;
-    const std::function<void()> settle = std::move(pending_);
-    pending_ = nullptr;
-    settle();
+    if (held_.empty()) return;
+    // What runs here may show something itself: by then nothing is held.
+    const std::vector<Held> held = std::move(held_);
+    held_.clear();
+    for (const Held& h : held) h.settle();
   }
   // Status-bar panel text (panels 1..3 of the main frame; 2 is the elapsed time, 3 the file and
   // row).
@@ -103,7 +109,11 @@ class UiPort {
   void CountMessage() { ++messages_shown_; }
 
  private:
-  std::function<void()> pending_;
+  struct Held {
+    const void* owner;
+    std::function<void()> settle;
+  };
+  std::vector<Held> held_;
   std::uint64_t messages_shown_ = 0;
   std::uint32_t calls_ = 0;
   bool always_due_ = false;

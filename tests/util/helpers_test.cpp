@@ -68,23 +68,28 @@ TEST(Timing, SecondsToOneDecimal) {
   EXPECT_EQ(FormatSeconds(50), "0.1");
 }
 
-// What is held back with ShowFirst comes before the next message, note or question, once.
-TEST(UiPortShowFirst, HeldTextComesFirstAndOnce) {
+// What is held back with ShowFirst comes before the next message, note or question, once, in
+// the order it was held; a withdrawn owner's never comes.
+TEST(UiPortShowFirst, HeldTextsComeFirstOnceInOrder) {
   for (const int next : {0, 1, 2}) {
     SCOPED_TRACE(next);
     RecordingPort ui;
     int runs = 0;
-    ui.ShowFirst([&] {
-      ++runs;
-      ui.Note("held");  // showing from inside does not run it again
-    });
+    const int owners[3] = {};
+    for (int h = 0; h < 3; ++h) {
+      ui.ShowFirst(&owners[h], [&ui, &runs, h] {
+        ++runs;
+        ui.Note("held " + std::to_string(h));  // showing from inside does not run it again
+      });
+    }
+    ui.Withdraw(&owners[1]);
     if (next == 0) ui.Message("next", Icon::Exclamation);
     if (next == 1) ui.Note("next");
     ui.Settle();
-    const std::vector<std::string> expected =
-        next == 2 ? std::vector<std::string>{"held"} : std::vector<std::string>{"held", "next"};
+    std::vector<std::string> expected = {"held 0", "held 2"};
+    if (next != 2) expected.push_back("next");
     EXPECT_EQ(ui.Texts(), expected);
-    EXPECT_EQ(runs, 1);
+    EXPECT_EQ(runs, 2);
   }
 }
 
