@@ -1,4 +1,4 @@
-// The row filters, carried columns and totals check of one table pass.
+// The row filters, carried columns and total lines of one table pass.
 #include "engine/row_rules.h"
 
 #include <algorithm>
@@ -7,6 +7,7 @@
 #include "engine/context.h"
 #include "engine/table.h"
 #include "util/strings.h"
+#include "util/utf8_text.h"
 
 namespace kroveld {
 
@@ -20,15 +21,6 @@ bool CompileKey(Pattern& into, std::string_view key, const std::string& text,
   return false;
 }
 
-// The sum as the report would most likely print it: two decimals with separators when it has no
-// more, otherwise every decimal.
-std::string SumText(Fixed4 sum) {
-  if (sum.raw % 100 == 0) return FormatGrouped(sum, 2);
-  std::string text;
-  AppendPlain(text, sum);
-  return text;
-}
-
 }  // namespace
 
 bool IsFilterBlank(std::string_view line) {
@@ -39,10 +31,6 @@ bool IsFilterBlank(std::string_view line) {
 }
 
 bool RowRules::Prepare(const clsTable& table, int tabSize, bool utf8, std::string& error) {
-  *this = RowRules();
-  tableNumber_ = table.Number;
-  tabSize_ = tabSize;
-  utf8_ = utf8;
   const std::string section = "Table " + ToText(table.Number);
   skipBlank_ = table.SkipBlankLines.value_or(false);
   if (!CompileKey(skip_, "SkipLinesMatching", table.SkipLinesMatching, section, error) ||
@@ -73,19 +61,9 @@ bool RowRules::Prepare(const clsTable& table, int tabSize, bool utf8, std::strin
   carriedLines_.assign(carryPatterns_.size(), std::string());
   if (!carries) carry_.clear();
   if (!total_.Empty()) {
-    for (std::size_t c = 0; c < table.Columns.size(); ++c) {
-      if (Carries(c)) continue;
-      const clsColumn& column = table.Columns[c];
-      summed_.push_back(SummedColumn{c, column.ReadColumnStart, column.ReadColumnEnd,
-                                     UpperAscii(Trim(column.WriteColumn))});
-    }
-    sums_.assign(summed_.size(), AmountSum(NumberLocale::Current()));
-    for (const SummedColumn& c : summed_) {
-      const bool valid = c.start >= 1 && c.end >= c.start;
-      fieldBytes_.push_back(valid ? AmountSum::Bytes{static_cast<std::size_t>(c.start - 1),
-                                                     static_cast<std::size_t>(c.end - c.start + 1)}
-                                  : AmountSum::Bytes{std::string_view::npos, 0});
-    }
+    std::vector<bool> carried(table.Columns.size());
+    for (std::size_t c = 0; c < carried.size(); ++c) carried[c] = Carries(c);
+    totals_.Prepare(table, carried, tabSize, utf8);
   }
   active_ = skipBlank_ || !skip_.Empty() || !keep_.Empty() || !total_.Empty() || carries;
   PlanScouts({});
@@ -137,17 +115,15 @@ std::vector<LiteralScout*> RowRules::ScoutsFor(const Pattern& pattern) {
 
 void RowRules::ReadsFrom(std::string_view report) {
   PlanScouts(report);
-}
-
-std::string_view RowRules::CarriedLine(std::size_t index) const {
-  return carriedLines_[static_cast<std::size_t>(carry_[index])];
+  totals_.ReadsFrom(report);
 }
 
 bool RowRules::Admit(Context& ctx, std::int64_t lineNumber, std::string_view line) {
   // Form feeds count as blanks for the patterns as for the blank test.
   std::string_view tested = line;
   // (A line read past the end of the report is empty and may have no bytes at all.)
-  if (controls_.Holds(line) && line.find('\f') != std::string_view::npos) {
+  const bool controls = controls_.Holds(line);
+  if (controls && line.find('\f') != std::string_view::npos) {
     scratch_.assign(line);
     for (char& c : scratch_) {
       if (c == '\f') c = ' ';
@@ -166,7 +142,7 @@ bool RowRules::Admit(Context& ctx, std::int64_t lineNumber, std::string_view lin
     }
   }
   const bool isTotal = !total_.Empty() && total_.Matches(tested, totalScouts_.data());
-  if (isTotal) CheckTotals(ctx, lineNumber, line);
+  if (isTotal && totals_.Active()) totals_.Total(ctx, lineNumber, line, controls);
   bool row = true;
   if (skipBlank_ && IsFilterBlank(line)) {
     row = false;
@@ -175,91 +151,8 @@ bool RowRules::Admit(Context& ctx, std::int64_t lineNumber, std::string_view lin
   } else if (!skip_.Empty() && skip_.Matches(tested, skipScouts_.data())) {
     row = false;
   }
-  if (row && !isTotal && !summed_.empty()) AddRow(line);
+  if (row && !isTotal && totals_.Active()) totals_.Row(ctx, line, controls);
   return row;
-}
-
-std::string_view RowRules::Prepared(std::string_view line) {
-  byColumns_ = false;
-  if (utf8_ && !IsAscii(line)) {
-    if (!IsValidUtf8(line)) {
-      RepairUtf8(line, repaired_);
-      line = repaired_;
-    }
-    if (tabSize_ >= 1 && line.find('\t') != std::string_view::npos) {
-      ExpandTabsByColumns(line, tabSize_, expanded_);
-      line = expanded_;
-    }
-    columns_.Build(line);
-    byColumns_ = true;
-    return line;
-  }
-  if (tabSize_ >= 1 && controls_.Holds(line) && line.find('\t') != std::string_view::npos) {
-    ExpandTabs(line, tabSize_, expanded_);
-    line = expanded_;
-  }
-  return line;
-}
-
-// Positions start..end (from 1) of the prepared line: bytes, or printed columns.
-std::string_view RowRules::Field(std::string_view line, std::size_t column, std::size_t& readable) {
-  readable = 0;
-  const SummedColumn& c = summed_[column];
-  if (c.start < 1 || c.end < c.start) return {};
-  if (byColumns_) {
-    const std::string_view field = columns_.Cut(line, c.start, c.end - c.start + 1);
-    readable = field.size();
-    return field;
-  }
-  const std::size_t from = static_cast<std::size_t>(c.start - 1);
-  if (from >= line.size()) return {};
-  readable = line.size() - from;
-  return line.substr(from, static_cast<std::size_t>(c.end - c.start + 1));
-}
-
-void RowRules::AddRow(std::string_view line) {
-  line = Prepared(line);
-  if (!byColumns_) {
-    AmountSum::AddFields(sums_, fieldBytes_, line);
-    return;
-  }
-  for (std::size_t c = 0; c < summed_.size(); ++c) {
-    std::size_t readable = 0;
-    const std::string_view field = Field(line, c, readable);
-    sums_[c].Add(field, readable);
-  }
-}
-
-void RowRules::CheckTotals(Context& ctx, std::int64_t lineNumber, std::string_view line) {
-  line = Prepared(line);
-  for (std::size_t c = 0; c < summed_.size(); ++c) {
-    AmountSum& column = sums_[c];
-    std::size_t readable = 0;
-    const std::string_view printedText = Trim(Field(line, c, readable));
-    const AmountSum::Result sum = column.Take();
-    Fixed4 printed;
-    // Only numeric columns are checked, and only where the total line prints a number.
-    if (column.Numeric() && (QuickFixed(printedText, printed, NumberLocale::Current()) ||
-                             ParseFixed(printedText, printed) == NumberParse::kOk)) {
-      ++ctx.run.tally.totalsChecked;
-      if (sum.overflow || printed.raw != sum.total.raw) {
-        ++ctx.run.tally.totalsDiffering;
-        // Every difference is reported, once.
-        std::string text = "Error in Table " + ToText(tableNumber_) + " : Total on line ";
-        AppendInt(text, lineNumber);
-        text += " does not match its rows in column " + summed_[c].letter + ": printed ";
-        text += printedText;
-        text += ", sum of the rows ";
-        text += sum.overflow ? std::string("out of range") : SumText(sum.total);
-        messages_.push_back(std::move(text));
-      }
-    }
-  }
-}
-
-void RowRules::ShowMessages(Context& ctx) {
-  for (const std::string& text : messages_) ctx.ui.Message(text, Icon::Exclamation);
-  messages_.clear();
 }
 
 }  // namespace kroveld

@@ -51,12 +51,7 @@ bool TableRowWriter::TakeTurn(std::int64_t lineNumber) {
 
 TableRowWriter::Next TableRowWriter::Write(std::int64_t lineNumber, std::string_view line) {
   if (rules_ != nullptr) {
-    const bool row = rules_->Admit(ctx_, lineNumber, line);
-    if (rules_->HasMessages()) {
-      fast_.Settle(ctx_);
-      rules_->ShowMessages(ctx_);
-    }
-    if (!row) {
+    if (!rules_->Admit(ctx_, lineNumber, line)) {
       ++filtered_;
       return Next::Row;
     }

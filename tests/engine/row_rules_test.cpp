@@ -233,25 +233,45 @@ TEST(TotalsCheck, ReportsEachDifferenceOnceAndCountsTheTotals) {
   }
 }
 
-// However many totals differ, each is reported once, in the order of the report: none is folded
-// into a count.
-TEST(TotalsCheck, EveryDifferenceIsReported) {
-  std::string report = "ACCOUNT   DESCRIPTION           AMOUNT\r\n";
-  Strings expected;
-  for (int d = 0; d < 30; ++d) {
-    report += Detail("1000", "Cash", "10.00") + "\r\n" + Detail("", "DEPT TOTAL", "99.00") + "\r\n";
-    expected.push_back(
-        "Error in Table 1 : Total on line " + std::to_string(3 + 2 * d) +
-        " does not match its rows in column C: printed 99.00, sum of the rows 10.00");
+// However many totals differ, each is reported once, in the order of the report and in its place
+// among the run's other messages (here the equal-sign warnings of some rows), also when the block
+// is long enough for its rows to be summed on a second thread.
+TEST(TotalsCheck, EveryDifferenceIsReportedInItsPlace) {
+  const std::string equalWarning =
+      "Error: Source Data field begin with Equal Sign! This may not be accepted by Excel!";
+  for (const int departments : {30, 3000}) {
+    std::string report = "ACCOUNT   DESCRIPTION           AMOUNT\r\n";
+    Strings expected;
+    int line = 1;
+    for (int d = 0; d < departments; ++d) {
+      for (int r = 0; r < 3; ++r) {
+        const bool equalSign = d % 11 == 5 && r == 1;
+        report += Detail(equalSign ? "=1000" : "1000", "Cash", "10.00") + "\r\n";
+        if (equalSign) expected.push_back(equalWarning);
+      }
+      const bool differs = d % 7 != 3;
+      report += Detail("", "DEPT TOTAL", differs ? "99.00" : "30.00") + "\r\n";
+      line += 4;
+      if (differs) {
+        expected.push_back("Error in Table 1 : Total on line " + std::to_string(line) +
+                           " does not match its rows in column C: printed 99.00, sum of the "
+                           "rows 30.00");
+      }
+    }
+    for (const bool csv : {false, true}) {
+      SCOPED_TRACE(std::to_string(departments) + (csv ? " (csv)" : " (sheet)"));
+      ExtractFixture f;
+      f.UseReport(report + "END OF REPORT\r\n");
+      clsTable table = LedgerTable({MakeColumn(1, 10, "A"), MakeColumn(29, 38, "C")});
+      table.KeepLinesMatching = "^=?[0-9]{4} ";
+      table.TotalLinesMatching = "DEPT TOTAL";
+      f.Run(table, csv);
+      ASSERT_EQ(f.ui.Texts().size(), expected.size());
+      EXPECT_EQ(f.ui.Texts(), expected);
+      EXPECT_EQ(f.ctx->run.tally.totalsChecked, static_cast<std::uint64_t>(departments));
+      EXPECT_EQ(Rows(f, table, csv).size(), static_cast<std::size_t>(departments) * 3);
+    }
   }
-  ExtractFixture f;
-  f.UseReport(report + "END OF REPORT\r\n");
-  clsTable table = LedgerTable({MakeColumn(1, 10, "A"), MakeColumn(29, 38, "C")});
-  table.KeepLinesMatching = "^[0-9]{4} ";
-  table.TotalLinesMatching = "DEPT TOTAL";
-  f.Run(table, true);
-  EXPECT_EQ(f.ui.Texts(), expected);
-  EXPECT_EQ(f.ctx->run.tally.totalsDiffering, 30u);
 }
 
 // A UTF-8 report: the carried heading and the total line hold characters beyond ASCII, so their
@@ -350,7 +370,6 @@ Verdicts RunRules(const clsTable& table, const std::string& report, bool inPlace
     const std::string_view line = inPlace ? views[i] : std::string_view(copies[i]);
     const bool row = rules.Admit(*f.ctx, static_cast<std::int64_t>(i) + 1, line);
     v.lines.push_back((row ? "row " : "--- ") + std::string(rules.CarriedLine(1)));
-    if (rules.HasMessages()) rules.ShowMessages(*f.ctx);
   }
   rules.ShowMessages(*f.ctx);
   v.messages = f.ui.Texts();
