@@ -63,6 +63,7 @@ class AmountSum {
   template <bool full>
   bool Counted(const char* field, std::size_t length);
   void AddOtherwise(std::string_view field, std::size_t readable);
+  bool Relearn(unsigned digits, unsigned points);
   bool Learn(unsigned digits, unsigned points);
   void AddValue(Fixed4 value);
   void Flush();
@@ -74,16 +75,14 @@ class AmountSum {
   bool countable_ = false;  // the locale's characters allow counting by place
   bool numeric_ = false;
 
-  // How the counted amounts are laid out in the field: the place of the decimal point, and the
-  // places of the whole digits, separators, decimals and what follows (bit p: place p).
-  bool laidOut_ = false;
-  int pointAt_ = 0;
-  unsigned beforePoint_ = 0;  // the places before the point
-  unsigned wholePlaces_ = 0;
-  unsigned separatorPlaces_ = 0;
-  unsigned fraction_ = 0;  // the decimals' places
-  unsigned after_ = 0;     // the places after the decimals
-  unsigned close_ = 0;     // the place just after the decimals (none when the field ends there)
+  // How the counted amounts are laid out in the field: the place of the decimal point, the
+  // places before it (bit p: place p), and the field as such an amount prints with its digits
+  // made '0', per sign (none, a minus, parentheses) and place of the first digit (shaped_: the
+  // first-digit places that have a shape).
+  unsigned pointPlace_ = ~0u;  // the point's place as a bit; none before the first layout
+  unsigned beforePoint_ = 0;
+  alignas(16) char shape_[3][kPlaces][kPlaces] = {};
+  unsigned shaped_[3] = {};
   std::int64_t weight_[kPlaces] = {};  // what a digit at each place is worth, in units of 1/10000
   std::uint64_t most_[kPlaces] = {};   // more than any amount whose first digit is at the place
 
