@@ -161,8 +161,13 @@ template <bool full>
   if (whole == 0) return false;
   const int first = std::countr_zero(whole);
   // A minus or an opening parenthesis just before the first digit makes the amount negative.
-  const char before = first > 0 ? field[first - 1] : ' ';
-  const int sign = before == '-' ? 1 : before == '(' ? 2 : 0;
+  // Worked out without a branch, as is where its digits go: signs fall at random among the rows.
+  const auto before = [&v, first](char c) {
+    const unsigned at =
+        static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(v, _mm_set1_epi8(c))));
+    return static_cast<int>((at << 1) >> first & 1u);
+  };
+  const int sign = before('-') | before('(') << 1;
   // Every byte in its place: the field, its digits made '0', is the shape of an amount of the
   // layout with this sign and first digit.
   const __m128i shape = _mm_sub_epi8(v, d);
@@ -177,8 +182,11 @@ template <bool full>
   bound_ += most;
   numeric_ = true;
   counted_ = true;
-  __m128i* sums = reinterpret_cast<__m128i*>(sign != 0 ? minus_ : plus_);
-  _mm_store_si128(sums, _mm_add_epi8(_mm_load_si128(sums), d));
+  const __m128i negative = _mm_set1_epi8(static_cast<char>(sign != 0 ? -1 : 0));
+  __m128i* const plus = reinterpret_cast<__m128i*>(plus_);
+  __m128i* const minus = reinterpret_cast<__m128i*>(minus_);
+  _mm_store_si128(plus, _mm_add_epi8(_mm_load_si128(plus), _mm_andnot_si128(negative, d)));
+  _mm_store_si128(minus, _mm_add_epi8(_mm_load_si128(minus), _mm_and_si128(negative, d)));
   if (++byteRows_ == kRowsPerByte) Flush();
   return true;
 }
