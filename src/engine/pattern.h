@@ -39,7 +39,7 @@ class Pattern {
   bool Matches(std::string_view line) const { return Matches(line, nullptr); }
   // The same, with the searches for the literals of SearchedLiterals() left to `scouts` (one per
   // literal, in that order), which may answer them faster for the lines of a mapped report.
-  bool Matches(std::string_view line, LiteralScout* const* scouts) const {
+  [[gnu::always_inline]] bool Matches(std::string_view line, LiteralScout* const* scouts) const {
     // Most lines of a report are settled here, without a call: by the first eight bytes of a
     // pattern that opens with a literal, by the scout of a pattern that is one literal, or by
     // the literals of a pattern of alternatives.
