@@ -47,8 +47,17 @@ void clsTable::Process(Context& ctx) {
   TextFile file;
   if (keysInFile) file.OpenMapped(inputPath);  // a file it cannot open is reported below
 
+  // A report that another program cuts short while it is read fails the table, saying so.
+  const auto cutShort = [&ctx, &file] {
+    if (!file.CutShort()) return false;
+    FailTable(ctx, "Error in Table specs: Can not read input file: " + file.Error());
+    return true;
+  };
   LocatedBlock block;
-  if (!LocateTableBlock(ctx, *this, keysInFile ? &file : nullptr, block)) return;
+  if (!LocateTableBlock(ctx, *this, keysInFile ? &file : nullptr, block)) {
+    cutShort();
+    return;
+  }
   // Row filters, carried columns and the totals check, when the table has any.
   RowRules rules;
   std::string ruleError;
@@ -70,6 +79,7 @@ void clsTable::Process(Context& ctx) {
     if (!rows.Turn(lineNumber)) break;
     std::string_view line;
     if (!file.ReadLine(line)) {
+      if (file.CutShort()) break;
       line = {};  // past the end of the file: empty lines, up to a point
       if (++pastEnd > kMaxRowsPastEnd) {
         rows.Settle();
@@ -86,6 +96,8 @@ void clsTable::Process(Context& ctx) {
     if (next == TableRowWriter::Next::Fail) return;
     if (next == TableRowWriter::Next::Stop) break;
   }
+  rows.Settle();
+  if (cutShort()) return;
   rows.Finish();
 }
 

@@ -13,6 +13,7 @@
 
 #include "util/byte_scan.h"
 #include "util/files.h"
+#include "util/map_guard.h"
 #include "util/map_pager.h"
 
 namespace kroveld {
@@ -103,6 +104,8 @@ bool TextFile::OpenMapped(const std::string& path) {
   ::madvise(map, size, MADV_SEQUENTIAL);
   map_ = static_cast<const char*>(map);
   map_size_ = size;
+  guard_ = map_guard::Watch(map_, size);
+  path_ = path;
   map_pos_ = released_ = 0;
   next_turn_ = kReleaseStep + kReleaseLag;
   if (size >= kPagedFrom) {
@@ -139,6 +142,8 @@ void TextFile::MapTurn() {
 
 void TextFile::Close() {
   pager_.reset();  // before the pages it looks after go
+  if (guard_ != 0) map_guard::Forget(guard_);
+  guard_ = 0;
   if (map_ != nullptr) {
     ::munmap(const_cast<char*>(map_), map_size_);
     map_ = nullptr;
@@ -192,6 +197,13 @@ bool TextFile::ReadMappedLine(std::string_view& line) {
     ++next;
     if (s[k] == '\r' && next < map_size_ && map_[next] == '\n') ++next;
   }
+  // A read that found the file cut short met zeros from there on: the line is not what the file
+  // held, and reading ends.
+  if (guard_ != 0 && map_guard::Cut(guard_)) {
+    error_ = path_ + ": the file was cut short while it was read";
+    map_pos_ = map_size_;
+    return false;
+  }
   std::size_t length = k;
   if (length > kMaxLineBytes) {
     if (first_cut_line_ == 0) first_cut_line_ = lines_read_ + 1;
@@ -202,6 +214,10 @@ bool TextFile::ReadMappedLine(std::string_view& line) {
   map_pos_ = next;
   ++lines_read_;
   return true;
+}
+
+bool TextFile::CutShort() const {
+  return guard_ != 0 && map_guard::Cut(guard_);
 }
 
 bool TextFile::ReadLine(std::string_view& line) {

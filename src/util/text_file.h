@@ -55,6 +55,10 @@ class TextFile {
   // reported it; the next ReadLine returns that line. False when the file cannot seek there.
   bool SeekToLine(std::int64_t offset, std::int64_t lineNumber);
 
+  // Whether the mapped file was cut short by another program while it was read: reading ends
+  // there, as at the end of the file, and Error() says so.
+  bool CutShort() const;
+
   // Number of lines read or skipped so far.
   std::int64_t LinesRead() const { return lines_read_; }
   // The number of the first line that was cut at kMaxLineBytes (0 when none was).
@@ -86,6 +90,8 @@ class TextFile {
   std::size_t released_ = 0;         // the pages before this offset were given back
   std::size_t next_turn_ = 0;        // MapTurn() when reading gets here
   std::unique_ptr<MapPager> pager_;  // a large file's pages, handled on a thread of their own
+  int guard_ = 0;                    // the mapping's ticket with map_guard
+  std::string path_;                 // the mapped file, for the message when it is cut short
 };
 
 }  // namespace kroveld

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "engine/context.h"
 #include "engine/table.h"
@@ -141,6 +142,24 @@ TEST_F(TableTest, AStopRequestIsAskedAboutOnceAndAnsweredEitherWay) {
     EXPECT_FALSE(g.Failed());
     EXPECT_TRUE(g.ui.messages.empty());
   }
+}
+
+// Another program cuts the report short while its rows are read (the mapped pages beyond its new
+// end are gone): the table fails saying so, and the process goes on.
+TEST_F(TableTest, AReportCutShortWhileReadFailsTheTable) {
+  const std::string path = f.UseReport(NumberedLines(20000, {{1, "TOP"}, {20000, "END"}}));
+  f.ui.onProcessEvents = [&] {
+    if (f.ui.events == 5) {
+      ASSERT_EQ(::truncate(path.c_str(), 0), 0);
+    }
+  };
+  clsTable table = MakeTable("TOP", 1, "END", -1, {MakeColumn(1, 10)});
+  f.Run(table, true);
+  EXPECT_EQ(f.ui.Texts(),
+            std::vector<std::string>{"Error in Table specs: Can not read input file: " + path +
+                                     ": the file was cut short while it was read"});
+  EXPECT_TRUE(f.Failed());
+  EXPECT_LT(f.sink.rows.size(), 10u);
 }
 
 TEST_F(TableTest, TheStatusPanelShowsTheRowAndThenEachColumn) {
