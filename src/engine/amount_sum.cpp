@@ -200,7 +200,9 @@ bool AmountSum::Counted(const char*, std::size_t) {
 
 #endif
 
-void AmountSum::Add(std::string_view field, std::size_t readable) {
+// Add, inline where a row's fields are added.
+[[gnu::always_inline]] inline void AmountSum::AddHere(std::string_view field,
+                                                      std::size_t readable) {
   if (readable >= kPlaceBytes && countable_ && !inOrder_) {
     if (field.size() == kPlaceBytes
             ? Counted<true>(field.data(), kPlaceBytes)
@@ -209,6 +211,10 @@ void AmountSum::Add(std::string_view field, std::size_t readable) {
     }
   }
   AddOtherwise(field, readable);
+}
+
+void AmountSum::Add(std::string_view field, std::size_t readable) {
+  AddHere(field, readable);
 }
 
 void AmountSum::AddFields(std::vector<AmountSum>& sums, const std::vector<Bytes>& fields,
@@ -221,13 +227,7 @@ void AmountSum::AddFields(std::vector<AmountSum>& sums, const std::vector<Bytes>
       continue;
     }
     const std::size_t readable = line.size() - at.from;
-    const std::string_view field(line.data() + at.from, std::min(at.width, readable));
-    // The usual field, sixteen bytes wide, counted here without a call.
-    if (field.size() == kPlaceBytes && readable >= kPlaceBytes && sum.countable_ && !sum.inOrder_) {
-      if (!sum.Counted<true>(field.data(), kPlaceBytes)) sum.AddOtherwise(field, readable);
-      continue;
-    }
-    sum.Add(field, readable);
+    sum.AddHere(std::string_view(line.data() + at.from, std::min(at.width, readable)), readable);
   }
 }
 

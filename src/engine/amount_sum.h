@@ -62,6 +62,7 @@ class AmountSum {
   // `full`: the field is sixteen bytes long (the usual case, with nothing to mask).
   template <bool full>
   bool Counted(const char* field, std::size_t length);
+  void AddHere(std::string_view field, std::size_t readable);
   void AddOtherwise(std::string_view field, std::size_t readable);
   bool Relearn(unsigned digits, unsigned points);
   bool Learn(unsigned digits, unsigned points);

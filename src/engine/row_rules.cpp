@@ -60,11 +60,7 @@ bool RowRules::Prepare(const clsTable& table, int tabSize, bool utf8, std::strin
   }
   carriedLines_.assign(carryPatterns_.size(), std::string());
   if (!carries) carry_.clear();
-  if (!total_.Empty()) {
-    std::vector<bool> carried(table.Columns.size());
-    for (std::size_t c = 0; c < carried.size(); ++c) carried[c] = Carries(c);
-    totals_.Prepare(table, carried, tabSize, utf8);
-  }
+  if (!total_.Empty()) totals_.Prepare(table, tabSize, utf8);
   active_ = skipBlank_ || !skip_.Empty() || !keep_.Empty() || !total_.Empty() || carries;
   PlanScouts({});
   return true;

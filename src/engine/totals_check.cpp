@@ -34,14 +34,12 @@ TotalsCheck::~TotalsCheck() {
   }
 }
 
-void TotalsCheck::Prepare(const clsTable& table, const std::vector<bool>& carries, int tabSize,
-                          bool utf8) {
+void TotalsCheck::Prepare(const clsTable& table, int tabSize, bool utf8) {
   tableNumber_ = table.Number;
   tabSize_ = tabSize;
   utf8_ = utf8;
-  for (std::size_t c = 0; c < table.Columns.size(); ++c) {
-    if (c < carries.size() && carries[c]) continue;
-    const clsColumn& column = table.Columns[c];
+  for (const clsColumn& column : table.Columns) {
+    if (!column.CarryFrom.empty()) continue;
     summed_.push_back(SummedColumn{column.ReadColumnStart, column.ReadColumnEnd,
                                    UpperAscii(Trim(column.WriteColumn))});
   }

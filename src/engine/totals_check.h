@@ -32,9 +32,9 @@ class TotalsCheck {
   TotalsCheck(const TotalsCheck&) = delete;
   TotalsCheck& operator=(const TotalsCheck&) = delete;
 
-  // Sums every column of `table` for which `carries` is false. `utf8`: the report is read as
-  // UTF-8, so positions count printed columns. Once, before the first line.
-  void Prepare(const clsTable& table, const std::vector<bool>& carries, int tabSize, bool utf8);
+  // Sums every column of `table` that does not carry its value down. `utf8`: the report is read
+  // as UTF-8, so positions count printed columns. Once, before the first line.
+  void Prepare(const clsTable& table, int tabSize, bool utf8);
   bool Active() const { return !summed_.empty(); }
 
   // Lines that lie in `report` (the mapped report, which outlives the check) are read there

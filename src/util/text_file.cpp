@@ -199,7 +199,7 @@ bool TextFile::ReadMappedLine(std::string_view& line) {
   }
   // A read that found the file cut short met zeros from there on: the line is not what the file
   // held, and reading ends.
-  if (guard_ != 0 && map_guard::Cut(guard_)) {
+  if (CutShort()) {
     error_ = path_ + ": the file was cut short while it was read";
     map_pos_ = map_size_;
     return false;
